@@ -1,0 +1,5 @@
+# 32-bit Windows.
+set(CMAKE_SYSTEM_PROCESSOR x86)
+set(MARVO_TARGET win32)
+set(MARVO_TRIPLET i686-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)

@@ -1,0 +1,5 @@
+# 64-bit Windows.
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+set(MARVO_TARGET win64)
+set(MARVO_TRIPLET x86_64-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)
