@@ -1,0 +1,42 @@
+/// @file
+/// Ownership of a system handle.
+#pragma once
+
+#include "core/platform.h"
+
+#include <utility>
+
+namespace vcore {
+
+/// Owns one system handle and closes it at the end. Null and `INVALID_HANDLE_VALUE` both mean that there is
+/// none.
+class handle {
+public:
+    /// Takes over `h`.
+    explicit handle(HANDLE h = nullptr) : _handle(h == INVALID_HANDLE_VALUE ? nullptr : h) {}
+    handle(handle&& source) noexcept : _handle(source.release()) {}
+    handle& operator=(handle&& source) noexcept {
+        reset(source.release());
+        return *this;
+    }
+    ~handle() { reset(); }
+
+    /// The handle, null when there is none.
+    HANDLE get() const { return _handle; }
+    /// Whether there is a handle.
+    explicit operator bool() const { return _handle != nullptr; }
+    /// Gives the handle up without closing it.
+    HANDLE release() { return std::exchange(_handle, nullptr); }
+    /// Closes the handle and takes over `h`.
+    void reset(HANDLE h = nullptr) {
+        if (h == INVALID_HANDLE_VALUE)
+            h = nullptr;
+        if (HANDLE old = std::exchange(_handle, h); old && old != h)
+            CloseHandle(old);
+    }
+
+private:
+    HANDLE _handle;
+};
+
+} // namespace vcore

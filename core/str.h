@@ -1,0 +1,244 @@
+/// @file
+/// The string of the library: wide text with a narrow copy made on demand.
+#pragma once
+
+#include "core/platform.h"
+#include "core/strtoken.h"
+
+#include <climits>
+
+namespace vcore {
+
+/// Zero-terminated text of 16-bit characters that keeps a narrow copy (8 bits, current ANSI code page) of itself,
+/// refreshed when it is asked for, so that one object serves wide interfaces and narrow ones.
+///
+/// A growable string doubles its capacity as needed; one that is not truncates silently. Arguments may point into
+/// the string itself. Null pointers count as empty text. Positions are character indices; -1 means not found.
+/// A first capacity of 65536 characters and more is a programming error and stops the process: text of any length, as
+/// it comes from outside, is assigned and not given to a constructor.
+/// Not thread-safe, not even for reading: `getStr` may allocate and convert.
+class MARVO_API str {
+public:
+    /// The bits of the `flags` of a constructor.
+    enum flagBits : int {
+        narrowStale = 1, ///< the wide text changed since the narrow copy was made
+        growable = 2,    ///< the buffer may be reallocated; else the capacity is fixed
+        keepNarrow = 4,  ///< the narrow copy is allocated at construction
+        defaultFlags = growable | narrowStale
+    };
+
+    /// Stands for "up to the end of the text" where a count is asked for.
+    static constexpr unsigned long toEnd = ULONG_MAX;
+
+    /// An empty growable string of capacity 64.
+    str() : str(0ul) {}
+
+    /// A copy with the source's capacity and flags; only the wide text is copied. A source at an address below
+    /// 1024 is no string at all (a null object, or a member of one): the result is empty, growable, with capacity
+    /// 64 and a narrow copy.
+    str(const str& source);
+
+    /// A copy of `s`. The capacity is the larger of its length + 1 and `size`, or 8 when `s` is null.
+    str(const wchar_t* s, unsigned long size = 0, int flags = defaultFlags);
+
+    /// Each byte of `s` widened on its own, and the bytes themselves as the narrow copy. Capacity as above.
+    str(const char* s, unsigned long size = 0, int flags = defaultFlags);
+
+    /// An empty string with room for `size` characters, terminator included (64 when `size` is 0).
+    explicit str(unsigned long size, int flags = defaultFlags);
+
+    /// The registry form of a GUID, braces included, in a string of fixed capacity 256.
+    explicit str(const GUID& guid);
+
+    /// A growable copy of the token's characters.
+    str(const strtoken& token);
+
+    virtual ~str();
+
+    /// Bytes held by the buffers: twice the capacity, three times with a narrow copy.
+    virtual unsigned long memSize() const;
+
+    /// Length in characters, without the terminator; 0 on a null object.
+    unsigned long len() const { return isNullObject(this) ? 0 : _length; }
+    /// Same as `len`.
+    unsigned long GetLength() const { return len(); }
+    /// Capacity in characters, terminator included; 0 on a null object.
+    unsigned long bufferSize() const { return isNullObject(this) ? 0 : _capacity; }
+
+    /// The narrow text: converted to the ANSI code page if the wide text changed since the last call, with "?" for
+    /// a character that the code page lacks, and cut at `len()` bytes. Owned by the string; the buffer holds
+    /// `bufferSize()` bytes and may be written to, followed by `updateStr`. Empty text on a null object.
+    char* getStr() const;
+    /// Same as `getStr`.
+    const char* getS() const { return getStr(); }
+    /// The wide buffer, `bufferSize()` characters; writing to it is to be followed by `updateWStr`.
+    /// Null on a null object.
+    wchar_t* oleStr() const { return isNullObject(this) ? nullptr : _wide; }
+    /// Copies the text with its terminator to `out`, which must have room for `len()` + 1 characters.
+    void copyTo(wchar_t* out) const;
+    /// Copies the narrow text with its terminator to `out`.
+    void copyTo(char* out) const;
+    /// Writes a count byte (the length, at most 255) and that many bytes of narrow text to `out`, and a terminating
+    /// zero if the count is below 255. `out` must have room for 256 bytes.
+    void toPascal(char* out) const;
+
+    str& operator=(const str& source);
+    str& operator=(const char* s);
+    str& operator=(const wchar_t* s);
+    str& operator=(const strtoken& token);
+    /// Adds text, a character or a token at the end; a zero character adds nothing.
+    str& operator+=(const wchar_t* s) { return append(s); }
+    str& operator+=(wchar_t c) { return appendChar(c); }
+    str& operator+=(char c) { return appendChar(static_cast<unsigned char>(c)); }
+    str& operator+=(const strtoken& token) { return append(token.start(), token.len()); }
+    /// A new growable string: this text followed by `s`.
+    str operator+(const wchar_t* s) const;
+
+    /// Takes over at most `n` bytes of `s`, each widened on its own; an existing narrow copy is filled with them.
+    str& setStr(const char* s, unsigned long n = toEnd);
+    /// Takes over at most `n` characters of `s`.
+    str& setWStr(const wchar_t* s, unsigned long n = toEnd);
+    /// Takes over at most `n` characters of text in network (big-endian) byte order, up to the first zero.
+    str& setWStrNet(const wchar_t* s, unsigned long n);
+    /// Adds at most `n` characters of `s` at the end.
+    str& append(const wchar_t* s, unsigned long n = toEnd);
+    /// Adds the text of another string (or of this one) at the end.
+    str& Append(const str& s) { return append(s.oleStr(), s.len()); }
+    /// Adds one character; a zero adds nothing.
+    str& appendChar(wchar_t c);
+    /// Adds the text of a Pascal string (a count byte, then that many bytes), each byte widened on its own.
+    str& appendPascal(const char* counted);
+    /// Inserts at most `n` characters of `s` in front of position `pos`, or at the end when `pos` is beyond it.
+    str& insert(unsigned long pos, const wchar_t* s, unsigned long n = toEnd);
+    /// Removes `n` characters from `pos` on. The part of the range that lies before the text removes nothing.
+    str& remove(int pos, unsigned long n);
+    /// Removes everything up to the end of the first occurrence of `s`. False, and nothing removed, when there is
+    /// none.
+    bool removeTo(const wchar_t* s);
+    /// Replaces the text by `n` times the character `c`.
+    str& fill(wchar_t c, unsigned long n);
+    /// Empties the string; the buffers stay.
+    void Clear();
+    /// Makes a growable string's capacity at least `size` characters, terminator included; with `discard` the text
+    /// is given up. False when a fixed capacity is too small.
+    bool allocBuffer(unsigned long size, bool discard = false);
+    /// Frees the narrow copy and every character of the wide buffer beyond the terminator.
+    void compact();
+    /// To be called after writing into the narrow buffer: takes over `n` bytes, or up to its zero when `n` is 0.
+    /// A length that does not fit the capacity stops the process.
+    void updateStr(unsigned long n);
+    /// To be called after writing into the wide buffer: the length becomes that of the text up to its zero, or `n`
+    /// if that is larger. A length that does not fit the capacity stops the process.
+    void updateWStr(unsigned long n = 0);
+    /// `updateStr` up to the narrow text's zero.
+    void updateT() { updateStr(0); }
+
+    /// First occurrence of `s` at or after `from`; -1 for a null `s` or a `from` beyond the text.
+    int findStr(const wchar_t* s, unsigned long from = 0) const;
+    /// First `c` at or after `from`.
+    int findChar(wchar_t c, unsigned long from = 0) const;
+    /// First character at or after `from` that is a member of `set`.
+    int findChar(const wchar_t* set, unsigned long from = 0) const;
+    /// Last `c` at or before `from`.
+    int findRChar(wchar_t c, unsigned long from = toEnd) const;
+    /// Last character at or before `from` that is a member of `set`.
+    int findRChar(const wchar_t* set, unsigned long from = toEnd) const;
+    /// Number of `c` at or after `from`.
+    unsigned long countChar(wchar_t c, unsigned long from = 0) const;
+    /// Whether the last character is a member of `set`.
+    bool checkCharAtEnd(const wchar_t* set) const;
+    /// Whether the text begins with `s`, case-sensitively; false for a null `s`.
+    bool startsWith(const wchar_t* s) const;
+    /// Whether the text ends with `s`, case-sensitively; false for a null `s`.
+    bool endsWith(const wchar_t* s) const;
+
+    /// Below, at or above 0 as this text sorts before, with or after `s`. A null `s` sorts before any text.
+    int compare(const wchar_t* s) const { return compare(oleStr(), s); }
+    /// `compare` without regard to letter case.
+    int compareI(const wchar_t* s) const { return compareI(oleStr(), s); }
+    /// `compare` of the first `n` characters.
+    int compare(const wchar_t* s, unsigned long n) const;
+    /// `compareI` of the first `n` characters.
+    int compareI(const wchar_t* s, unsigned long n) const;
+    /// As the members; when either side is null the result is the difference of the pointers, so that null sorts
+    /// before any text and equals null.
+    static int compare(const wchar_t* a, const wchar_t* b);
+    /// `compare` without regard to letter case.
+    static int compareI(const wchar_t* a, const wchar_t* b);
+    /// Whether two texts are the same, with or without regard to letter case.
+    static bool equal(const wchar_t* a, const wchar_t* b, bool caseSensitive);
+    /// Whether the text is `s`; never on a null object.
+    bool equal(const wchar_t* s, bool caseSensitive) const;
+    /// Same as `compare`.
+    int CompareTo(const str& s) const { return compare(s.oleStr()); }
+
+    /// The operators compare as `compare` does, case-sensitively.
+    bool operator==(const str& s) const { return compare(s.oleStr()) == 0; }
+    bool operator==(const wchar_t* s) const { return compare(s) == 0; }
+    bool operator==(const strtoken& token) const { return token.compare(oleStr()) == 0; }
+    bool operator!=(const str& s) const { return !(*this == s); }
+    bool operator!=(const wchar_t* s) const { return !(*this == s); }
+    bool operator!=(const strtoken& token) const { return !(*this == token); }
+    bool operator>(const wchar_t* s) const { return compare(s) > 0; }
+    bool operator>=(const wchar_t* s) const { return compare(s) >= 0; }
+    bool operator<(const wchar_t* s) const { return compare(s) < 0; }
+    bool operator<=(const wchar_t* s) const { return compare(s) <= 0; }
+
+    /// Turns every letter into its small form.
+    str& lower();
+    /// Turns every letter into its capital form.
+    str& upper();
+    /// Removes every leading and trailing character that is a member of `set`.
+    str& trimStr(const wchar_t* set = L" \t\r\n");
+
+    /// View of the first `n` characters.
+    strtoken left(unsigned long n) const;
+    /// View of the last `n` characters.
+    strtoken right(unsigned long n) const;
+    /// View of `n` characters from `pos` on; the part of the range that lies outside the text is dropped.
+    strtoken mid(int pos, unsigned long n = toEnd) const;
+    /// Takes the text before the first `separator` out of the string, together with the separator, and returns it;
+    /// the whole text when there is no separator.
+    str tok(wchar_t separator);
+
+    /// The decimal number that the text begins with (blanks before it are skipped), limited to the range of the
+    /// result; 0 when there is none. `end`, when given, is set to the place in the buffer where the number stops,
+    /// which is the beginning of the text when there is none.
+    long toLong(wchar_t** end = nullptr) const;
+    /// As `toLong`, with 64 bits.
+    long long toInt64(wchar_t** end = nullptr) const;
+    /// As `toLong`, for a number with a decimal point and an exponent, or a hexadecimal integer after "0x".
+    double toDouble(wchar_t** end = nullptr) const;
+    /// The number in decimal.
+    static str toStr(int value);
+    /// The number with up to 12 fraction digits: trailing zeros beyond `decimals` digits are dropped, and the point
+    /// with them if no digit is left after it.
+    static str toStr(double value, int decimals);
+    /// Replaces the text by the formatted one; "%s" and "%c" stand for wide text. The arguments may be taken from
+    /// this string.
+    str& sprintf(const wchar_t* format, ...);
+    /// As `sprintf`, with the arguments as a `va_list`; with `add` the formatted text is added at the end.
+    str& sprintfArgs(const str& format, void* args, bool add);
+    /// The value of the text as an arithmetic expression: numbers with point or comma, and the operators
+    /// + - * / < <= > >= == !=, applied strictly from left to right without precedence (2+3*4 is 20). Deliberately
+    /// forgiving: brackets at the ends are dropped, a sign in front of a right operand is ignored, division by zero
+    /// leaves the left value, "=" or "!" alone takes the operand, and an unknown operator (a blank, too) ignores
+    /// its operand. 0 for text that begins with no number.
+    double calculate() const;
+
+private:
+    void _init(unsigned long size, unsigned long minSize, int flags);
+    void _allocate(unsigned long capacity, int flags);
+    unsigned long _checkLen(unsigned long needed, bool discard);
+    void _reallocate(unsigned long capacity, bool discard);
+    void _wideChanged(unsigned long length);
+    bool _owns(const wchar_t* s) const { return s >= _wide && s < _wide + _capacity; }
+
+    wchar_t* _wide = nullptr;
+    mutable char* _narrow = nullptr;
+    unsigned long _capacity = 0;
+    unsigned long _length = 0;
+    mutable int _flags = 0;
+};
+
+} // namespace vcore

@@ -1,0 +1,56 @@
+/// @file
+/// Splitting text into tokens.
+#pragma once
+
+#include "core/str.h"
+#include "core/strtoken.h"
+
+namespace vcore {
+
+/// A growable array of views into one text, filled by the splitting rule of a subclass. The tokens dangle when the
+/// text is changed or freed; they are numbered from 0 on.
+class MARVO_API strtokens {
+public:
+    /// No tokens.
+    strtokens();
+    /// The tokens of `text`, as `splitStr` of this class makes them.
+    strtokens(const str& text);
+    /// A copy of the views; both lists then view the same text.
+    strtokens(const strtokens& source);
+    strtokens& operator=(const strtokens& source);
+    virtual ~strtokens();
+
+    /// Replaces the tokens by those of `text` and returns their number. The base class has no separators: the whole
+    /// of a text that is not empty is one token.
+    virtual int splitStr(const str& text);
+    /// As above; for rules that have to edit the text.
+    virtual int splitStr(str& text);
+
+    /// Appends an empty token and returns it; it stays where it is until the next one is appended.
+    strtoken& newToken();
+    /// Removes the last token and returns it; an empty token when there is none.
+    strtoken takeLast();
+    /// Removes every token.
+    void clearAll();
+    /// Number of tokens.
+    int count() const { return _count; }
+    /// The token at `index`; an empty one when there is no such token.
+    strtoken operator[](int index) const;
+
+protected:
+    /// Makes room for a token at `index`; nothing happens for a negative one. Deliberately simple: the array is
+    /// allocated anew and the tokens set anew (so capped at their text's end) for every token.
+    void _checkIndex(int index);
+    /// The token at `index`, which must exist.
+    strtoken& _token(int index) { return _tokens[index]; }
+    /// Replaces the tokens by the pieces of `text` between the members of `separators`. Empty pieces are tokens only
+    /// with `keepEmpty`, an empty piece at the end only with `keepLast`. Returns the number of tokens.
+    int _split(const str& text, const wchar_t* separators, bool keepEmpty, bool keepLast);
+
+private:
+    strtoken* _tokens;
+    int _count = 0;
+    int _capacity;
+};
+
+} // namespace vcore

@@ -1,0 +1,276 @@
+#include "core/var.h"
+
+#include "core/str.h"
+
+#include <atomic>
+#include <cmath>
+#include <limits>
+
+namespace vcore {
+
+namespace {
+
+/// Drops the fraction and keeps the result within the integer's range; a NaN is 0.
+template <class Integer>
+Integer truncated(double value) {
+    if (std::isnan(value))
+        return 0;
+    // As a double, an integer type's maximum may round up to the first value beyond it.
+    if (value >= static_cast<double>(std::numeric_limits<Integer>::max()))
+        return std::numeric_limits<Integer>::max();
+    if (value <= static_cast<double>(std::numeric_limits<Integer>::min()))
+        return std::numeric_limits<Integer>::min();
+    return static_cast<Integer>(value);
+}
+
+} // namespace
+
+var::var(SAFEARRAY* array) : var() {
+    VARTYPE element = VT_VARIANT;
+    if (!array || FAILED(SafeArrayGetVartype(array, &element)))
+        element = VT_VARIANT;
+    _setType(static_cast<VARTYPE>(VT_ARRAY | element));
+    parray = array;
+}
+
+var::var(const VARIANT* source) : var() {
+    if (source)
+        _assign(*source);
+}
+
+var& var::operator=(const var& source) {
+    _assign(source);
+    return *this;
+}
+
+void var::_assign(const VARIANT& source) {
+    const VARIANT copy = source;
+    if (copy.vt == VT_BSTR) {
+        setS(copy.bstrVal);
+    } else {
+        freeS();
+        static_cast<VARIANT&>(*this) = copy;
+    }
+}
+
+void var::_setType(VARTYPE type) {
+    static_cast<VARIANT&>(*this) = VARIANT{};
+    vt = type;
+}
+
+void var::freeS() {
+    if (vt == VT_BSTR)
+        SysFreeString(bstrVal);
+    _setType(VT_EMPTY);
+}
+
+void var::setI(long value) {
+    freeS();
+    vt = VT_I4;
+    lVal = value;
+}
+
+void var::setI64(long long value) {
+    freeS();
+    vt = VT_I8;
+    llVal = value;
+}
+
+void var::setF(double value) {
+    freeS();
+    vt = VT_R8;
+    dblVal = value;
+}
+
+void var::setS(const wchar_t* text) {
+    const BSTR copy = SysAllocString(text);
+    freeS();
+    vt = VT_BSTR;
+    bstrVal = copy;
+}
+
+void var::setB(bool value) {
+    freeS();
+    vt = VT_BOOL;
+    boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+void var::setU(IUnknown* object) {
+    freeS();
+    vt = VT_UNKNOWN;
+    punkVal = object;
+}
+
+void var::setD(IDispatch* object) {
+    freeS();
+    vt = VT_DISPATCH;
+    pdispVal = object;
+}
+
+void var::setP(void* pointer) {
+    freeS();
+    vt = VT_VOID;
+    byref = pointer;
+}
+
+VARIANT& var::_target() const {
+    static VARIANT nothing;
+    if (isNullObject(this))
+        return nothing = VARIANT{};
+    // References do not refer to references, but a damaged value could make a circle.
+    constexpr int deepest = 8;
+    VARIANT* target = const_cast<var*>(this);
+    for (int i = 0; i < deepest && target->vt == (VT_BYREF | VT_VARIANT) && target->pvarVal; ++i)
+        target = target->pvarVal;
+    return *target;
+}
+
+int var::_type() const {
+    return _target().vt & (VT_TYPEMASK | VT_ARRAY);
+}
+
+bool var::isI() const {
+    switch (_type()) {
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+        return true;
+    default:
+        return isI64();
+    }
+}
+
+bool var::isI64() const {
+    return _type() == VT_I8 || _type() == VT_UI8;
+}
+
+bool var::isF() const {
+    return _type() == VT_R4 || _type() == VT_R8;
+}
+
+long long var::_integer() const {
+    switch (_type()) {
+    case VT_I1:
+        return _payload<signed char>();
+    case VT_UI1:
+        return _payload<unsigned char>();
+    case VT_I2:
+    case VT_BOOL:
+        return _payload<short>();
+    case VT_UI2:
+        return _payload<unsigned short>();
+    case VT_I4:
+    case VT_INT:
+        return _payload<long>();
+    case VT_UI4:
+    case VT_UINT:
+        return _payload<unsigned long>();
+    case VT_I8:
+    case VT_UI8:
+        return _payload<long long>();
+    default:
+        return 0;
+    }
+}
+
+double var::_fraction() const {
+    switch (_type()) {
+    case VT_R4:
+        return _payload<float>();
+    case VT_R8:
+        return _payload<double>();
+    case VT_BSTR:
+    case VT_LPSTR: {
+        str text;
+        return (text = getS()).calculate();
+    }
+    default:
+        return 0;
+    }
+}
+
+long var::getI() const {
+    return isI() || isB() ? static_cast<long>(_integer()) : truncated<long>(_fraction());
+}
+
+long long var::getI64() const {
+    return isI() || isB() ? _integer() : truncated<long long>(_fraction());
+}
+
+double var::getF() const {
+    if (_type() == VT_UI8)
+        return static_cast<double>(static_cast<unsigned long long>(_integer()));
+    return isI() || isB() ? static_cast<double>(_integer()) : _fraction();
+}
+
+bool var::getB() const {
+    if (isB())
+        return _integer() != 0;
+    if (!isS() && !isC())
+        return getF() != 0;
+    for (const wchar_t* word : {L"TRUE", L"WAHR", L"ON", L"JA", L"YES", L"AN"})
+        if (str::equal(getS(), word, false))
+            return true;
+    return getI() != 0;
+}
+
+const wchar_t* var::getS() const {
+    if (isC()) {
+        str text;
+        text = _payload<char*>();
+        VARIANT& target = _target();
+        target = VARIANT{};
+        target.vt = VT_BSTR;
+        target.bstrVal = SysAllocString(text.oleStr());
+    }
+    const wchar_t* const text = isS() ? _payload<BSTR>() : nullptr;
+    return text ? text : L"";
+}
+
+IUnknown* var::getU() const {
+    return isU() ? _payload<IUnknown*>() : nullptr;
+}
+
+IDispatch* var::getD() const {
+    return isD() ? _payload<IDispatch*>() : nullptr;
+}
+
+void* var::getP() const {
+    return isP() ? _payload<void*>() : nullptr;
+}
+
+var::operator const char*() const {
+    constexpr unsigned slots = 8;
+    static str texts[slots];
+    static std::atomic<unsigned> next{0};
+    if (isC() && _payload<char*>())
+        return _payload<char*>();
+    str& text = texts[next++ % slots];
+    return (text = getS()).getStr();
+}
+
+str& var::toStr(str& out, bool quote) const {
+    switch (_type()) {
+    case VT_R4:
+        return out.sprintf(L"%.4f", getF());
+    case VT_R8:
+        return out.sprintf(L"%.8f", getF());
+    case VT_BOOL:
+        return out = getB() ? L"TRUE" : L"FALSE";
+    case VT_BSTR:
+    case VT_LPSTR:
+        out = getS();
+        return quote ? out.insert(0, L"\"").append(L"\"") : out;
+    case VT_DISPATCH:
+        return out.sprintf(L"%8Ix", getD());
+    default:
+        return out.sprintf(L"%d", getI());
+    }
+}
+
+} // namespace vcore

@@ -1,0 +1,189 @@
+/// @file
+/// Values of dynamic type.
+#pragma once
+
+#include "core/platform.h"
+
+namespace vcore {
+
+class str;
+
+/// A value of dynamic type, laid out as the OLE `VARIANT` that it is, so that it can be handed to COM as it stands.
+///
+/// Reading converts leniently: what cannot be converted is 0, false or empty text, and so is a null object. A
+/// by-reference payload is read through its pointer; a reference to another variant reads that variant. Text is owned
+/// (a `BSTR`); interfaces and raw pointers are borrowed and never released. Not thread-safe.
+class MARVO_API var : public VARIANT {
+public:
+    /// Empty.
+    var() { _setType(VT_EMPTY); }
+    /// A 32-bit integer.
+    var(int value) : var() { setI(value); }
+    /// A 32-bit integer; the value is taken, not the reference.
+    var(long& value) : var() { setI(value); }
+    /// A 64-bit integer; the value is taken, not the reference.
+    var(long long& value) : var() { setI64(value); }
+    /// A boolean; the value is taken, not the reference.
+    var(bool& value) : var() { setB(value); }
+    /// A 64-bit floating point number.
+    var(double value) : var() { setF(value); }
+    /// A copy of the text; null makes an empty text.
+    var(const wchar_t* text) : var() { setS(text); }
+    /// A raw pointer, borrowed.
+    var(void* pointer) : var() { setP(pointer); }
+    /// An interface, borrowed.
+    var(IUnknown* object) : var() { setU(object); }
+    /// An automation interface, borrowed.
+    var(IDispatch* object) : var() { setD(object); }
+    /// An array, borrowed, of the element type that it tells (variants when it does not).
+    var(SAFEARRAY* array);
+    /// A copy with its own text; any other payload is taken as it stands.
+    var(const VARIANT& source) : var() { _assign(source); }
+    /// As above; null makes an empty value.
+    var(const VARIANT* source);
+    /// As above.
+    var(const var& source) : var() { _assign(source); }
+    var& operator=(const var& source);
+    ~var() { freeS(); }
+
+    /// Frees the text, if it is one, and makes the value empty.
+    void freeS();
+    /// Same as `freeS`.
+    void setEmpty() { freeS(); }
+    /// Stores a 32-bit integer.
+    void setI(long value);
+    /// Stores a 64-bit integer.
+    void setI64(long long value);
+    /// Stores a 64-bit floating point number.
+    void setF(double value);
+    /// Stores a copy of the text, which may be this value's own.
+    void setS(const wchar_t* text);
+    /// Stores a boolean, true as -1.
+    void setB(bool value);
+    /// Stores an interface, borrowed.
+    void setU(IUnknown* object);
+    /// Stores an automation interface, borrowed.
+    void setD(IDispatch* object);
+    /// Stores a raw pointer, borrowed.
+    void setP(void* pointer);
+
+    /// Whether there is no value.
+    bool isEmpty() const { return _type() == VT_EMPTY; }
+    /// Whether it is an integer of any size.
+    bool isI() const;
+    /// Whether it is a 64-bit integer.
+    bool isI64() const;
+    /// Whether it is a floating point number.
+    bool isF() const;
+    /// Whether it is text (a `BSTR`).
+    bool isS() const { return _type() == VT_BSTR; }
+    /// Whether it is a pointer to narrow text, which is borrowed.
+    bool isC() const { return _type() == VT_LPSTR; }
+    /// Whether it is a boolean.
+    bool isB() const { return _type() == VT_BOOL; }
+    /// Whether it is an interface of any kind.
+    bool isU() const { return _type() == VT_UNKNOWN || isD(); }
+    /// Whether it is an automation interface.
+    bool isD() const { return _type() == VT_DISPATCH; }
+    /// Whether it is a raw pointer.
+    bool isP() const { return _type() == VT_VOID; }
+
+    /// The value as an integer: fractions are dropped, numbers out of range become the nearest there is, text is
+    /// evaluated as an expression (`str::calculate`). A 64-bit integer is cut to its low half.
+    long getI() const;
+    /// As `getI`, with 64 bits.
+    long long getI64() const;
+    /// The value as a floating point number, converted like `getI` but with the fraction.
+    double getF() const;
+    /// The value as a boolean: text is true when it is TRUE, WAHR, ON, JA, YES or AN in any letter case, or evaluates to
+    /// an integer other than 0; any other value when it is not 0 (a NaN is true).
+    bool getB() const;
+    /// The text, owned by the value; empty text for any other type (numbers are written by `toStr`). Narrow text is
+    /// first turned into wide text in place.
+    const wchar_t* getS() const;
+    /// The interface, not referenced for the caller; null for any other type.
+    IUnknown* getU() const;
+    /// The automation interface in the same way.
+    IDispatch* getD() const;
+    /// The raw pointer; null for any other type.
+    void* getP() const;
+    /// The text in the ANSI code page. Valid until the eighth further conversion, of whatever value.
+    operator const char*() const;
+    /// Writes the value as text to `out` and returns it: numbers with a fraction with 4 digits (32 bits) or 8 (64 bits),
+    /// TRUE or FALSE, text as it is or in double quotes with `quote`, an object's address, and anything else as the
+    /// integer that `getI` gives.
+    str& toStr(str& out, bool quote) const;
+
+    /// The raw payload, whatever the type is; through the pointer for a by-reference value.
+    long& dataI() { return _payload<long>(); }
+    double& dataF() { return _payload<double>(); }
+    BSTR& dataS() { return _payload<BSTR>(); }
+    char*& dataC() { return _payload<char*>(); }
+    IUnknown*& dataU() { return _payload<IUnknown*>(); }
+    IDispatch*& dataD() { return _payload<IDispatch*>(); }
+    VARIANT_BOOL& dataB() { return _payload<VARIANT_BOOL>(); }
+    void*& dataP() { return _payload<void*>(); }
+
+private:
+    /// The variant that holds the payload: this one, or the one it refers to; an empty one on a null object.
+    VARIANT& _target() const;
+    /// Base type of the target, with the array flag.
+    int _type() const;
+    void _setType(VARTYPE type);
+    void _assign(const VARIANT& source);
+    /// The target's payload as a `T`.
+    template <class T>
+    T& _payload() const {
+        VARIANT& target = _target();
+        const bool indirect = (target.vt & VT_BYREF) && target.byref;
+        return *static_cast<T*>(indirect ? target.byref : static_cast<void*>(&target.llVal));
+    }
+    /// The value of an integer or boolean, else 0.
+    long long _integer() const;
+    /// The value of a floating point number or of text, else 0.
+    double _fraction() const;
+};
+
+/// A value constructed as a boolean.
+class MARVO_API varB : public var {
+public:
+    varB(bool value) { setB(value); }
+};
+
+/// A value constructed as a 32-bit integer.
+class MARVO_API varI : public var {
+public:
+    varI(long value) { setI(value); }
+};
+
+/// A value constructed as a 64-bit integer.
+class MARVO_API varI64 : public var {
+public:
+    varI64(long long value) { setI64(value); }
+};
+
+/// A value constructed as text.
+class MARVO_API varS : public var {
+public:
+    varS(const wchar_t* text) { setS(text); }
+};
+
+/// A value constructed as a floating point number.
+class MARVO_API varF : public var {
+public:
+    varF(double value) { setF(value); }
+};
+
+/// A value constructed as an interface, borrowed.
+class MARVO_API varU : public var {
+public:
+    varU(IUnknown* object) { setU(object); }
+};
+
+/// A value constructed as a raw pointer.
+class MARVO_API varP : public var {
+public:
+    varP(void* pointer) { setP(pointer); }
+};
+
+} // namespace vcore
