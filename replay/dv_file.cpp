@@ -1,0 +1,89 @@
+#include "replay/dv_file.h"
+
+#include <cstring>
+#include <new>
+
+namespace {
+
+/// The strictest sector size in use; memory aligned to it suits every volume.
+constexpr std::align_val_t sectorMemoryAlignment{4096};
+
+constexpr unsigned long maxPath = 1024;
+
+} // namespace
+
+dvFile::dvFile() = default;
+
+dvFile::~dvFile() = default;
+
+void dvFile::SectorFree::operator()(unsigned char* memory) const {
+    ::operator delete(memory, sectorMemoryAlignment);
+}
+
+dvFile::SectorBuffer dvFile::_allocSectors(unsigned long size) {
+    auto* memory = static_cast<unsigned char*>(::operator new(size, sectorMemoryAlignment, std::nothrow));
+    if (memory) {
+        std::memset(memory, 0, size);
+    }
+    return SectorBuffer(memory);
+}
+
+unsigned long dvFile::alignSize(unsigned long size) const {
+    const unsigned long over = size % alignment_;
+    return over == 0 ? size : size + (alignment_ - over);
+}
+
+void dvFile::setFrameSize(unsigned long size) {
+    data_.reset();
+    vvideo::clearMediaType(type_);
+    frameSize_ = 0;
+    bufferSize_ = 0;
+    if (size > maxFrameSize) {
+        return;
+    }
+    data_ = _allocSectors(alignSize(size + headerSize));
+    if (!data_) {
+        return;
+    }
+    frameSize_ = size;
+    bufferSize_ = alignSize(size + headerSize);
+    type_.initVideoType(size, 0xFFFFFFFFul);
+}
+
+void dvFile::_updateAlignment(const wchar_t* name) {
+    char path[maxPath + 1] = "";
+    vcore::str narrow;
+    narrow = name;
+    const unsigned long length = GetFullPathNameA(narrow.getStr(), maxPath, path, nullptr);
+    char* colon = length > 0 && length < maxPath ? std::strchr(path, ':') : nullptr;
+    const char* root = "\\";
+    if (colon) {
+        colon[1] = '\\';
+        colon[2] = '\0';
+        root = path;
+    }
+    DWORD sectorsPerCluster = 0;
+    DWORD bytesPerSector = 0;
+    DWORD freeClusters = 0;
+    DWORD clusters = 0;
+    if (GetDiskFreeSpaceA(root, &sectorsPerCluster, &bytesPerSector, &freeClusters, &clusters) &&
+        bytesPerSector != 0) {
+        alignment_ = bytesPerSector;
+    }
+}
+
+bool dvFile::_openUnbuffered(const wchar_t* name, unsigned long access, unsigned long share,
+                             unsigned long creation) {
+    close();
+    if (!name || !*name) {
+        return false;
+    }
+    _setName(name);
+    HANDLE handle = CreateFileW(name, access, share, nullptr, creation,
+                                FILE_ATTRIBUTE_NORMAL | FILE_FLAG_NO_BUFFERING, nullptr);
+    if (!attach(handle)) {
+        return false;
+    }
+    _updateAlignment(name);
+    return true;
+}
