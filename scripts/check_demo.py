@@ -1,0 +1,147 @@
+#!/usr/bin/env python3
+"""Checks what a demo session left behind against the camera's stream, and prints a short table.
+
+check_demo.py DIR: DIR holds source.dv, camera.log, recording.raw, report.json and the screenshots. Exit status 0 only
+if every check held.
+"""
+
+import json
+import struct
+import subprocess
+import sys
+from pathlib import Path
+
+FRAME_BYTES = 144000
+SECTOR = 512
+# The picture at the detail of one value per 8x8 block, which is what the simulated decoder shows.
+GRID = (90, 72)
+
+
+class Table:
+    def __init__(self):
+        self.rows = []
+        self.failed = False
+
+    def add(self, name, held, detail):
+        self.rows.append((name, "ok" if held else "FAILED", detail))
+        self.failed |= not held
+
+    def show(self):
+        width = max(len(name) for name, _, _ in self.rows)
+        for name, result, detail in self.rows:
+            print(f"  {name:<{width}}  {result:<6}  {detail}")
+
+
+def read_source(path):
+    data = path.read_bytes()
+    return [data[i:i + FRAME_BYTES] for i in range(0, len(data), FRAME_BYTES)]
+
+
+def read_recording(path):
+    """The frames of the records, or the reason why they are none."""
+    data = path.read_bytes()
+    record = (FRAME_BYTES + 8 + SECTOR - 1) // SECTOR * SECTOR
+    if not data or len(data) % record:
+        return [], f"{len(data)} bytes are not whole records of {record}"
+    frames = []
+    for at in range(0, len(data), record):
+        size, duration = struct.unpack_from("<II", data, at)
+        if (size, duration) != (FRAME_BYTES, 400000):
+            return frames, f"record {len(frames)} says {size} bytes, {duration} x 100 ns"
+        frames.append(data[at + 8:at + 8 + FRAME_BYTES])
+    return frames, ""
+
+
+def read_deliveries(path):
+    """The source frames that the camera delivered, in order."""
+    lines = path.read_text().splitlines()
+    return [int(line.split()[1]) for line in lines if line and not line.startswith("#")]
+
+
+def check_recording(table, source, frames, problem, deliveries, written):
+    place = {frame: index for index, frame in enumerate(source)}
+    order = [place.get(frame) for frame in frames]
+    foreign = [k for k, index in enumerate(order) if index is None]
+    table.add("frames are the camera's, byte for byte", not problem and not foreign and frames,
+              problem or f"{len(frames)} frames, {len(foreign)} foreign")
+    if foreign or not frames:
+        return None
+    gaps = sum((a + 1) % len(source) != b for a, b in zip(order, order[1:]))
+    table.add("in order, none missing, none twice", gaps == 0, f"{gaps} breaks in the sequence")
+    # The stream is shorter than the session, so the recording is looked for in the camera's own log.
+    starts = [i for i in range(len(deliveries) - len(order) + 1) if deliveries[i:i + len(order)] == order]
+    table.add("the camera's log agrees", bool(starts), f"{len(deliveries)} frames delivered in all")
+    table.add("as many frames as the engine reports", len(frames) == written, f"{written} reported written")
+    return order[0]
+
+
+def check_watch(table, name, posts, first, last, speed):
+    """Every frame of the range was shown, looped, each for the right number of ticks."""
+    frames = [post["frame"] for post in posts]
+    step = 1 if speed > 0 else -1
+    length = last - first + 1
+    jumps = sum((b - a - step) % length != 0 for a, b in zip(frames, frames[1:]))
+    # The first and the last post are cut off by the beginning and the end of the watch.
+    inner = [post["ticks"] for post in posts[1:-1]]
+    ticks = sum(inner) / len(inner) if inner else 0
+    held = set(frames) == set(range(first, last + 1)) and jumps == 0 and abs(ticks - 1 / abs(speed)) < 0.05
+    table.add(f"replay {first} to {last} at speed {speed:g}", held,
+              f"{len(set(frames))} different frames, {jumps} jumps, {ticks:.2f} ticks a frame")
+
+
+def gray_pictures(arguments):
+    """Pictures of the grid's size, as bytes of brightness."""
+    size = f"{GRID[0]}:{GRID[1]}"
+    made = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", *arguments[:2], "-vf",
+                           ",".join([*arguments[2:], f"scale={size}:flags=area"]), "-pix_fmt", "gray", "-f", "rawvideo",
+                           "-"], check=True, capture_output=True).stdout
+    length = GRID[0] * GRID[1]
+    return [made[i:i + length] for i in range(0, len(made), length)]
+
+
+def check_screenshots(table, folder, steps, pictures, first):
+    for step in steps:
+        words = step["command"].split()
+        if words[0] != "screenshot":
+            continue
+        shot = gray_pictures(["-i", str(folder / f"{words[1]}.png"), "crop=720:576:0:0"])[0]
+        distance = [sum(abs(a - b) for a, b in zip(shot, picture)) for picture in pictures]
+        seen = distance.index(min(distance))
+        shown = step["status"]["shown"]
+        if step["status"]["recording"]:
+            expected = (first + shown) % len(pictures)
+            off = (seen - expected + len(pictures) // 2) % len(pictures) - len(pictures) // 2
+            # While the picture moves, the screen may be a frame or two behind the number.
+            tolerance = 0 if step["status"]["paused"] else 3
+            table.add(f"screenshot {words[1]}.png", abs(off) <= tolerance,
+                      f"shows camera frame {seen}, engine says {shown} = camera frame {expected}")
+        else:
+            table.add(f"screenshot {words[1]}.png", min(distance) < sum(distance) / len(distance) / 2,
+                      f"shows camera frame {seen}")
+
+
+def main():
+    folder = Path(sys.argv[1])
+    report = json.loads((folder / "report.json").read_text(encoding="utf-8"))
+    source = read_source(folder / "source.dv")
+    frames, problem = read_recording(folder / "recording.raw")
+    steps = report["steps"]
+    by_command = {step["command"]: step for step in steps}
+    table = Table()
+    table.add("every step of the session", report["passed"],
+              f"{len(steps)} steps, {report['failures']} failed, {steps[-1]['time_ms'] / 1000:.1f} s")
+    begun = by_command["record recording.raw"]["status"]["newest"]
+    table.add("numbering began at 0", begun < 3, f"newest frame {begun} right after the start of the recording")
+    written = by_command["stop"]["status"]["written"] + 1
+    first = check_recording(table, source, frames, problem, read_deliveries(folder / "camera.log"), written)
+    for name, speed in (("normal", 1.0), ("slow", 0.5), ("backwards", -1.0)):
+        check_watch(table, name, report["watches"][name], 50, 99, speed)
+    if first is not None:
+        pictures = gray_pictures(["-i", str(folder / "source.dv")])
+        check_screenshots(table, folder, steps, pictures, first)
+    table.show()
+    return 1 if table.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
