@@ -1,0 +1,165 @@
+#include "com/com_fg.h"
+#include "fake_filter.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+
+using fake::offer;
+
+namespace {
+
+/// Source, splitter and sink as the capture graph has them: the sink takes every type and has a free output pin
+/// that cannot say what it offers.
+struct capture_chain {
+    capture_chain() {
+        source.output(L"Capture", offer::dv);
+        splitter.input(L"Input", offer::dv);
+        splitter.output(L"Sound", offer::sound);
+        splitter.output(L"Video", offer::dv);
+        sink.input(L"Input");
+        sink.output(L"Preview", offer::refuses);
+    }
+    bool addTo(vwin::com_fg& graph) {
+        return graph.add(&source, L"source") && graph.add(&splitter, L"splitter") &&
+               graph.add(&sink, L"sink") && holder.ref(&source);
+    }
+
+    fake::filter source;
+    fake::filter splitter;
+    fake::filter sink;
+    vwin::com_filter holder;
+};
+
+bool registered(const wchar_t* name) {
+    vwin::com_<IRunningObjectTable> table;
+    vwin::com_<IMoniker> moniker;
+    return SUCCEEDED(GetRunningObjectTable(0, table.put())) &&
+           SUCCEEDED(CreateItemMoniker(L"!", name, moniker.put())) && table->IsRunning(moniker.ptr()) == S_OK;
+}
+
+} // namespace
+
+TEST(FilterGraph, UnbuiltItAnswersHarmlessly) {
+    vwin::com_fg graph;
+    fake::filter filter;
+    vwin::com_filter holder;
+    EXPECT_TRUE(graph.done(true));
+    EXPECT_FALSE(graph.add(&filter, L"a") || graph.addSource(L"input0", holder, L"b") ||
+                 graph.renderSource(holder) || graph.renderPin(&filter, L"Output") || graph.remove(&filter) ||
+                 graph.connect(&filter, L"a", &filter, L"b", nullptr) || graph.run(0.0) || graph.pause() ||
+                 graph.stop() || graph.seek(1.0) || graph.running() || graph.finished() ||
+                 graph.completed(0) || graph.registerFG() || graph.unregisterFG());
+    EXPECT_EQ(graph.getEvent(0), 0);
+    EXPECT_EQ(graph.pos() + graph.len(), 0.0);
+    EXPECT_FALSE(graph.findFilter(L"a") || graph.findInterface(IID_IBaseFilter));
+    EXPECT_EQ(graph.mc(), nullptr);
+    EXPECT_EQ(filter.refs(), 1);
+}
+
+TEST(FilterGraph, RenderingASourceGoesThroughTheSplitter) {
+    capture_chain chain;
+    vwin::com_fg graph;
+    ASSERT_TRUE(graph.init(true) && chain.addTo(graph));
+    EXPECT_TRUE(graph.renderSource(chain.holder));
+    EXPECT_EQ(chain.splitter.at(0).peer(), &chain.source.at(0));
+    EXPECT_EQ(chain.sink.at(0).peer(), &chain.splitter.at(2)) << "the sound pin took the sink";
+    EXPECT_EQ(chain.splitter.at(1).peer(), nullptr);
+}
+
+TEST(FilterGraph, TheSourcePinIsChosenByNameThenByDv) {
+    struct {
+        std::vector<std::pair<const wchar_t*, offer>> pins;
+        int expected;
+    } const cases[] = {
+        {{{L"A", offer::dv}, {L"Stream 2", offer::sound}, {L"Output", offer::sound}}, 2},
+        {{{L"A", offer::dv}, {L"Stream 2", offer::sound}}, 1},
+        {{{L"A", offer::sound}, {L"B", offer::refuses}, {L"C", offer::dv}}, 2},
+        {{{L"A", offer::sound}}, -1},
+    };
+    for (const auto& [pins, expected] : cases) {
+        fake::filter source;
+        fake::filter sink;
+        for (const auto& [name, types] : pins)
+            source.output(name, types);
+        sink.input(L"Input");
+        vwin::com_fg graph;
+        vwin::com_filter holder;
+        ASSERT_TRUE(graph.init(true) && graph.add(&source, L"source") && graph.add(&sink, L"sink") &&
+                    holder.ref(&source));
+        EXPECT_EQ(graph.renderSource(holder), expected >= 0);
+        EXPECT_EQ(sink.at(0).peer(), expected >= 0 ? &source.at(expected) : nullptr);
+    }
+}
+
+TEST(FilterGraph, DoneLeavesNothingConnectedAndEveryCountAsItWas) {
+    capture_chain chain;
+    vwin::com_<IReferenceClock> clock;
+    vwin::com_fg graph;
+    for (bool wait : {true, false}) {
+        ASSERT_TRUE(graph.init(true) && chain.addTo(graph) && clock.create(CLSID_SystemClock));
+        ASSERT_TRUE(graph.setSync(clock.ptr()) && graph.renderSource(chain.holder));
+        ASSERT_TRUE(graph.run(0.0));
+        EXPECT_TRUE(graph.running());
+        EXPECT_TRUE(graph.done(wait));
+        chain.holder.clear();
+        for (fake::filter* filter : {&chain.source, &chain.splitter, &chain.sink}) {
+            EXPECT_EQ(filter->refs(), 1);
+            EXPECT_EQ(filter->state(), State_Stopped);
+            for (size_t i = 0; i < filter->pinCount(); ++i)
+                EXPECT_EQ(filter->at(i).peer(), nullptr);
+        }
+        EXPECT_EQ(clock->AddRef(), 2u) << "the clock is still held by the graph";
+        clock->Release();
+    }
+}
+
+TEST(FilterGraph, DisconnectAndRemoveActOnBothEnds) {
+    capture_chain chain;
+    vwin::com_fg graph;
+    ASSERT_TRUE(graph.init(true) && chain.addTo(graph) && graph.renderSource(chain.holder));
+    EXPECT_FALSE(graph.disconnect(&chain.source, L"Capture", &chain.sink, L"Input"))
+        << "not each other's peers";
+    EXPECT_TRUE(graph.disconnect(&chain.source, L"Capture", &chain.splitter, L"Input"));
+    EXPECT_EQ(chain.splitter.at(0).peer(), nullptr);
+    EXPECT_TRUE(graph.remove(&chain.splitter));
+    EXPECT_EQ(chain.sink.at(0).peer(), nullptr);
+    EXPECT_EQ(chain.splitter.refs(), 1);
+    EXPECT_TRUE(graph.renderCaptureSource(chain.holder, &chain.sink));
+    EXPECT_EQ(chain.sink.at(0).peer(), &chain.source.at(0));
+    EXPECT_EQ(graph.findFilter(L"sink").ptr(), static_cast<IBaseFilter*>(&chain.sink));
+    EXPECT_EQ(graph.findInterface(IID_IMediaFilter).ptr(), static_cast<IUnknown*>(&chain.source));
+}
+
+TEST(FilterGraph, PauseRunStopAndEventsReachTheFilters) {
+    capture_chain chain;
+    vwin::com_fg graph;
+    ASSERT_TRUE(graph.init(true) && chain.addTo(graph) && graph.renderSource(chain.holder));
+    EXPECT_TRUE(graph.pause());
+    EXPECT_EQ(chain.source.state(), State_Paused);
+    EXPECT_TRUE(graph.run(2.5));
+    EXPECT_EQ(chain.source.state(), State_Running);
+    EXPECT_EQ(chain.source.started(), 25000000);
+    EXPECT_FALSE(graph.completed(0) || graph.finished());
+    EXPECT_TRUE(graph.stop());
+    EXPECT_FALSE(graph.running());
+    EXPECT_TRUE(graph.reset());
+    EXPECT_EQ(graph.getEvent(0), EC_CLOCK_CHANGED);
+    EXPECT_EQ(graph.getEvent(0), 0);
+}
+
+TEST(FilterGraph, ItIsRegisteredUntilItIsDone) {
+    vwin::com_fg graph;
+    ASSERT_TRUE(graph.init(false));
+    wchar_t name[64];
+    std::swprintf(name, 64, L"FilterGraph %08x pid %08x",
+                  static_cast<unsigned>(reinterpret_cast<uintptr_t>(graph.graph())),
+                  static_cast<unsigned>(GetCurrentProcessId()));
+    EXPECT_TRUE(registered(name));
+    EXPECT_TRUE(graph.unregisterFG());
+    EXPECT_FALSE(registered(name));
+    EXPECT_FALSE(graph.unregisterFG());
+    EXPECT_TRUE(graph.registerFG());
+    graph.done(false);
+    EXPECT_FALSE(registered(name));
+}

@@ -1,0 +1,91 @@
+#include "com/com_clsid.h"
+#include "com/com_fg.h"
+#include "com/com_filter.h"
+#include "core/str.h"
+#include "fake_filter.h"
+
+#include <gtest/gtest.h>
+
+using vwin::com_;
+
+TEST(ComPointer, EveryWayInAndOutKeepsTheCount) {
+    fake::filter object;
+    {
+        com_<IBaseFilter> one(&object);
+        com_<IBaseFilter> two = one;
+        EXPECT_EQ(object.refs(), 3);
+        com_<IBaseFilter> moved = std::move(two);
+        EXPECT_FALSE(two);
+        moved = *&moved;
+        one = moved;
+        EXPECT_EQ(object.refs(), 3);
+        com_<IMediaFilter> other;
+        EXPECT_TRUE(other.ref(one.ptr()));
+        EXPECT_EQ(object.refs(), 4);
+        one.attach(moved.detach());
+        EXPECT_EQ(object.refs(), 3);
+        *one.put() = nullptr;
+        EXPECT_EQ(object.refs(), 2);
+    }
+    com_<IMediaFilter> held(&object);
+    com_<IVideoWindow> window;
+    EXPECT_FALSE(held.ref(nullptr) || held || window.ref(&object) || window) << "refused, so it is empty";
+    EXPECT_EQ(object.refs(), 1);
+}
+
+TEST(ComClsid, TextAndGuidStandForEachOther) {
+    const wchar_t* text = L"{E436EBB3-524F-11CE-9F53-0020AF0BA770}";
+    const vwin::com_clsid graph(text);
+    EXPECT_TRUE(IsEqualGUID(graph.guid(), CLSID_FilterGraph));
+    vcore::str back(64ul, 2);
+    EXPECT_TRUE(vwin::com_clsid(CLSID_FilterGraph).getText(back));
+    EXPECT_STREQ(back.oleStr(), text);
+    for (const wchar_t* wrong : {static_cast<const wchar_t*>(nullptr), L"{E436EBB3}", L"no such class"})
+        EXPECT_TRUE(vwin::com_clsid(wrong).empty());
+}
+
+TEST(ComFilter, AnEmptyHolderAnswersHarmlessly) {
+    vwin::com_filter filter;
+    vcore::str name(64ul, 2);
+    EXPECT_FALSE(filter.createS(L"no such class") || filter.findPin(nullptr, -1) || filter.compareName(L"") ||
+                 filter.getName(name) || filter.disconnectPins());
+    filter.destroy();
+    EXPECT_FALSE(filter);
+}
+
+TEST(ComFilter, FindsPinsByNameAndDirection) {
+    fake::filter object;
+    fake::pin& in = object.input(L"Same");
+    fake::pin& out = object.output(L"Same", fake::offer::dv);
+    {
+        vwin::com_filter filter;
+        ASSERT_TRUE(filter.ref(&object));
+        EXPECT_EQ(filter.findPin(L"Same", -1).ptr(), &in);
+        EXPECT_EQ(filter.findPin(L"Same", PINDIR_OUTPUT).ptr(), &out);
+        EXPECT_EQ(filter.findPin(nullptr, PINDIR_OUTPUT).ptr(), &out);
+        EXPECT_FALSE(filter.findPin(L"same", -1));
+    }
+    EXPECT_EQ(object.refs(), 1);
+}
+
+TEST(ComFilter, DestroyTakesItOutOfItsGraphButCloseDoesNot) {
+    fake::filter source;
+    fake::filter sink;
+    source.output(L"Output", fake::offer::dv);
+    sink.input(L"Input");
+    vwin::com_fg graph;
+    ASSERT_TRUE(graph.init(true));
+    ASSERT_TRUE(graph.add(&source, L"source") && graph.add(&sink, L"sink"));
+    ASSERT_TRUE(graph.connect(&source, L"Output", &sink, L"Input", nullptr));
+    vwin::com_filter filter;
+    filter.ref(&source);
+    EXPECT_TRUE(filter.compareName(L"source"));
+    filter.close();
+    EXPECT_EQ(sink.at(0).peer(), &source.at(0));
+
+    filter.ref(&source);
+    filter.destroy();
+    EXPECT_EQ(sink.at(0).peer(), nullptr);
+    EXPECT_FALSE(graph.findFilter(L"source"));
+    EXPECT_EQ(source.refs(), 1);
+}

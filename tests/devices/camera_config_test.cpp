@@ -1,0 +1,75 @@
+#include "devices/camera_config.h"
+
+#include "test_files.h"
+
+#include <gtest/gtest.h>
+
+using device_tests::bytes;
+using device_tests::test_folder;
+using devices::camera_config;
+
+TEST(camera_config, reads_every_key) {
+    const camera_config config = camera_config::parse("\xEF\xBB\xBFstream = clips/a b#1.dv  # the clip\r\n"
+                                                      "speed=2.5\n"
+                                                      "\n"
+                                                      "  burst = 4\t\n"
+                                                      "stall = 10:250\n"
+                                                      "stall = 20 : 5\n"
+                                                      "drop = 3-5\n"
+                                                      "drop = 9-9\n"
+                                                      "# drop = 0-99\n"
+                                                      "lose = 50\n"
+                                                      "return = 700\n"
+                                                      "log = C:\\out.txt\n"
+                                                      "devices = 3",
+                                                      L"R:\\here", "test");
+    EXPECT_EQ(config.stream, L"R:\\here\\clips/a b#1.dv");
+    EXPECT_EQ(config.log, L"C:\\out.txt");
+    EXPECT_EQ(config.speed, 2.5);
+    EXPECT_EQ(config.burst, 4u);
+    EXPECT_EQ(config.devices, 3u);
+    EXPECT_EQ(config.lose, 50u);
+    EXPECT_EQ(config.return_ms, 700u);
+    EXPECT_EQ(config.stall_before(10), 250u);
+    EXPECT_EQ(config.stall_before(20), 5u);
+    EXPECT_EQ(config.stall_before(11), 0u);
+    std::string dropped;
+    for (int frame = 0; frame < 100; ++frame)
+        dropped += config.drops_frame(frame) ? std::to_string(frame) + " " : "";
+    EXPECT_EQ(dropped, "3 4 5 9 ");
+}
+
+TEST(camera_config, names_bad_lines_and_goes_on) {
+    const char* const bad[] = {"burst",        "= 3",          "burst =",      "burst = 0",
+                               "burst = 4x",   "burst = -1",   "speed = 0",    "speed = nan",
+                               "speed = 1e9",  "stall = 5",    "stall = 5:",   "stall = :5",
+                               "drop = 5",     "drop = 5-4",   "drop = a-b",   "lose = -1",
+                               "lose = 1 2",   "devices = 17", "return = 1e3", "colour = red",
+                               "speed = 1.5.", "drop = 1--2",  "stream =",     "lose = 99999999999999999999"};
+    for (const char* line : bad) {
+        testing::internal::CaptureStderr();
+        const camera_config config = camera_config::parse(std::string(line) + "\nlog = C:\\x\n", L"", "test");
+        const std::string said = testing::internal::GetCapturedStderr();
+        EXPECT_NE(said.find("line 1 "), std::string::npos) << line << ": " << said;
+        EXPECT_EQ(said.find('\n'), said.size() - 1) << line << ": " << said;
+        EXPECT_TRUE(config.log == L"C:\\x" && config.speed == 1 && config.burst == 1 && config.devices == 1 &&
+                    config.stalls.empty() && config.drops.empty() && !config.lose && !config.return_ms)
+            << line;
+    }
+}
+
+TEST(camera_config, comes_from_the_named_file) {
+    test_folder folder;
+    const std::string text = "stream = clip.dv\n";
+    const std::wstring file = folder.write("plan.txt", bytes(text.begin(), text.end()));
+    SetEnvironmentVariableW(L"MARVO_CAMERA", file.c_str());
+    EXPECT_EQ(camera_config::location(), file);
+    SetEnvironmentVariableW(L"MARVO_CAMERA", nullptr);
+    const std::wstring beside = camera_config::location();
+    EXPECT_EQ(beside.substr(beside.find_last_of(L'\\')), L"\\camera.txt");
+
+    EXPECT_EQ(camera_config::load(file).stream, file.substr(0, file.find_last_of(L'\\')) + L"\\clip.dv");
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(camera_config::load(file + L".missing").stream.empty());
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("plan.txt.missing"), std::string::npos);
+}

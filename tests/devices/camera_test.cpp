@@ -1,0 +1,196 @@
+// The camera in a graph of the system's own, as a capture application builds it.
+#include "devices/camera.h"
+
+#include "collector.h"
+
+#include "devices/device_presence.h"
+
+#include <cstdio>
+
+using namespace device_tests;
+using namespace devices;
+
+namespace {
+
+const int clip_frames = 7;
+
+class camera_test : public device_test {
+protected:
+    camera_test() {
+        config_.stream = folder_.write("clip.dv", marked_frames(dv_system::pal_system(), clip_frames));
+        config_.speed = 10;
+        config_.log = folder_.path("log.txt");
+    }
+
+    /// Makes the graph camera -> collector.
+    void build(graph& graph) {
+        camera_ = graph.add(new camera(config_));
+        sink_ = graph.add(new collector);
+        ASSERT_EQ(graph.connect(camera_, sink_), S_OK);
+    }
+
+    void start(graph& graph) {
+        build(graph);
+        ASSERT_EQ(graph.run(), S_OK);
+    }
+
+    /// Runs until `count` frames have come and gives all that came, which are those of the log.
+    std::vector<arrival> play(size_t count) {
+        graph graph;
+        start(graph);
+        sink_->wait_for(count);
+        EXPECT_EQ(graph.stop(), S_OK);
+        const auto came = sink_->wait_for(count);
+        EXPECT_EQ(logged(), marks(came));
+        return came;
+    }
+
+    /// The source frames that the log names, in order of delivery.
+    std::vector<int> logged() {
+        std::ifstream file(std::filesystem::path(config_.log));
+        std::vector<int> frames;
+        for (std::string line; std::getline(file, line);) {
+            int delivery = 0, frame = 0;
+            if (std::sscanf(line.c_str(), "%d %d", &delivery, &frame) != 2)
+                continue;
+            EXPECT_EQ(delivery, static_cast<int>(frames.size()));
+            frames.push_back(frame);
+        }
+        return frames;
+    }
+
+    static std::vector<int> marks(const std::vector<arrival>& arrivals) {
+        std::vector<int> result;
+        for (const arrival& one : arrivals)
+            result.push_back(one.data.at(79));
+        return result;
+    }
+
+    test_folder folder_;
+    camera_config config_;
+    camera* camera_ = nullptr;
+    collector* sink_ = nullptr;
+};
+
+} // namespace
+
+TEST_F(camera_test, repeats_its_frames_in_order_with_times) {
+    const auto came = play(20);
+    for (size_t index = 0; index < came.size(); ++index) {
+        const arrival& one = came[index];
+        ASSERT_EQ(one.data, grey_frame(dv_system::pal_system(), index % clip_frames)) << index;
+        EXPECT_NEAR(one.start - came[0].start, static_cast<REFERENCE_TIME>(index) * 40000, 1);
+        EXPECT_NEAR(one.end - one.start, 40000, 1);
+        EXPECT_EQ(one.media_start, static_cast<LONGLONG>(index));
+        EXPECT_EQ(one.media_end, static_cast<LONGLONG>(index) + 1);
+        EXPECT_EQ(one.discontinuity, index == 0);
+    }
+}
+
+TEST_F(camera_test, keeps_the_frame_rate_by_the_clock_and_without_one) {
+    config_.speed = 1;
+    for (const bool with_clock : {true, false}) {
+        graph graph;
+        build(graph);
+        if (with_clock) {
+            ASSERT_EQ(graph.run(), S_OK);
+        }
+        ASSERT_EQ(sink_->Run(0), S_OK);
+        ASSERT_EQ(camera_->Run(0), S_OK);
+        const auto came = sink_->wait_for(26);
+        EXPECT_NEAR(came[25].ms - came[0].ms, 1000, 100) << with_clock;
+        camera_->Stop();
+        sink_->Stop();
+    }
+}
+
+TEST_F(camera_test, drops_and_stalls_as_told) {
+    config_.drops = {{2, 3}, {5, 5}};
+    config_.stalls = {{7, 300}};
+    const auto came = play(9);
+    const int expected[] = {0, 1, 4, 6, 7, 8, 9, 10, 11};
+    for (int index = 0; index < 9; ++index) {
+        EXPECT_EQ(came[index].media_start, expected[index]);
+        EXPECT_EQ(marks(came)[index], expected[index] % clip_frames);
+        EXPECT_EQ(came[index].discontinuity, index == 0 || index == 2 || index == 3) << index;
+    }
+    EXPECT_NEAR(came[4].ms - came[3].ms, 304, 100);
+    EXPECT_NEAR(came[8].ms - came[4].ms, 16, 60) << "after a stall the rate is as before";
+}
+
+TEST_F(camera_test, sends_bursts) {
+    config_.speed = 2;
+    config_.burst = 5;
+    const auto came = play(15);
+    for (int burst = 0; burst < 3; ++burst) {
+        EXPECT_LT(came[burst * 5 + 4].ms - came[burst * 5].ms, 60);
+        EXPECT_NEAR(came[burst * 5].ms - came[0].ms, burst * 100, 60);
+    }
+}
+
+TEST_F(camera_test, goes_on_after_refused_frames_and_after_a_pause) {
+    graph graph;
+    start(graph);
+    sink_->wait_for(3);
+    sink_->on_sample = [](IMediaSample*) { return E_FAIL; };
+    sink_->wait_for(sink_->wait_for(0).size() + 3);
+    ASSERT_EQ(graph.pause(), S_OK);
+    FILTER_STATE state;
+    EXPECT_EQ(camera_->GetState(0, &state), VFW_S_CANT_CUE);
+    EXPECT_EQ(state, State_Paused);
+    Sleep(30); // one more may be on its way
+    const size_t paused = sink_->wait_for(0).size();
+    Sleep(50);
+    EXPECT_EQ(sink_->wait_for(0).size(), paused);
+    ASSERT_EQ(graph.run(), S_OK);
+    sink_->wait_for(paused + 3);
+    graph.stop();
+    const auto came = marks(sink_->wait_for(0));
+    for (size_t index = 0; index < came.size(); ++index)
+        EXPECT_EQ(came[index], static_cast<int>(index % clip_frames));
+}
+
+TEST_F(camera_test, stops_while_downstream_keeps_all_buffers_or_does_not_come_back) {
+    for (const bool keeps : {true, false}) {
+        graph graph;
+        build(graph);
+        std::vector<com_ref<IMediaSample>> kept;
+        sink_->on_sample = [&](IMediaSample* sample) {
+            if (keeps)
+                kept.emplace_back(sample);
+            else
+                WaitForSingleObject(sink_->flushed.handle(), 10000);
+            return S_OK;
+        };
+        ASSERT_EQ(graph.run(), S_OK);
+        sink_->wait_for(keeps ? 4 : 1);
+        Sleep(50); // now no buffer is left, or the camera is held in the first frame
+        const double before = counter_ms();
+        EXPECT_EQ(graph.stop(), S_OK);
+        EXPECT_LT(counter_ms() - before, keeps ? 1000 : 4000);
+    }
+}
+
+TEST_F(camera_test, is_lost_once_and_comes_back) {
+    config_.lose = 4;
+    config_.return_ms = 400;
+    graph graph;
+    start(graph);
+    const double lost_at = sink_->wait_for(4).back().ms;
+    const auto events = query<IMediaEvent>(graph.get(), IID_IMediaEvent);
+    long code = 0;
+    LONG_PTR device = 0, present = -1;
+    while (code != EC_DEVICE_LOST && events->GetEvent(&code, &device, &present, 2000) == S_OK)
+        events->FreeEventParams(code, device, present);
+    EXPECT_EQ(code, EC_DEVICE_LOST);
+    EXPECT_EQ(present, 0);
+    EXPECT_EQ(graph.stop(), S_OK);
+    EXPECT_EQ(sink_->wait_for(0).size(), 4u);
+    EXPECT_EQ(camera_->Pause(), HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED));
+    while (!device_presence::present() && counter_ms() < lost_at + 5000)
+        Sleep(5);
+    EXPECT_NEAR(counter_ms() - lost_at, 404, 100);
+    ASSERT_EQ(graph.run(), S_OK);
+    const auto came = marks(sink_->wait_for(4 + 10)); // beyond the frame at which it went
+    EXPECT_EQ(std::vector<int>(came.begin() + 4, came.begin() + 7), (std::vector<int>{0, 1, 2}));
+}

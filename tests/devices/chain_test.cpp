@@ -1,0 +1,123 @@
+// Camera, splitter and decoder connected to each other. The engine's tests connect them to the system's renderer.
+#include "collector.h"
+
+#include "devices/camera.h"
+#include "devices/decoder.h"
+#include "devices/splitter.h"
+
+using namespace device_tests;
+using namespace devices;
+
+namespace {
+
+class chain_test : public device_test, public testing::WithParamInterface<bool> {
+protected:
+    chain_test() : system_(GetParam() ? dv_system::pal_system() : dv_system::ntsc_system()) {
+        camera_config config;
+        config.stream = folder_.write("clip.dv", marked_frames(system_, 5));
+        config.speed = 10;
+        source_ = graph_.add(new camera(config));
+        parts_ = graph_.add(new splitter);
+        pictures_ = graph_.add(new decoder);
+        sink_ = graph_.add(new collector);
+    }
+
+    static IPin* pin(base_filter* filter, int index) { return filter->pin(index)->as_pin(); }
+
+    const dv_system& system_;
+    test_folder folder_;
+    graph graph_;
+    camera* source_;
+    splitter* parts_;
+    decoder* pictures_;
+    collector* sink_;
+};
+
+} // namespace
+
+TEST_P(chain_test, carries_frames_to_pictures) {
+    sink_->offers_allocator = GetParam(); // else the system's is taken
+    ASSERT_EQ(graph_.connect(source_, parts_), S_OK);
+    ASSERT_EQ(graph_.connect(parts_, sink_), S_OK);
+    ASSERT_EQ(graph_.run(), S_OK);
+    auto came = sink_->wait_for(6);
+    graph_.stop();
+    for (int index = 0; index < 6; ++index) {
+        EXPECT_EQ(came[index].data, grey_frame(system_, index % 5));
+        EXPECT_EQ(came[index].media_start, index);
+        EXPECT_GE(came[index].start, 0);
+    }
+
+    EXPECT_EQ(graph_.get()->Disconnect(pin(sink_, 0)), S_OK);
+    EXPECT_EQ(graph_.get()->Disconnect(pin(parts_, 1)), S_OK);
+    ASSERT_EQ(graph_.connect(parts_, pictures_), S_OK);
+    ASSERT_EQ(graph_.connect(pictures_, sink_), S_OK);
+    const size_t before = sink_->wait_for(0).size();
+    ASSERT_EQ(graph_.run(), S_OK);
+    came = sink_->wait_for(before + 3);
+    EXPECT_EQ(came.back().data.size(), static_cast<size_t>(720) * system_.height * 4);
+    EXPECT_EQ(came.back().data[1000], 130);
+}
+
+TEST_P(chain_test, connects_only_what_fits) {
+    EXPECT_EQ(graph_.connect(source_, pictures_), VFW_E_TYPE_NOT_ACCEPTED);
+    EXPECT_EQ(graph_.connect(pictures_, sink_), VFW_E_NO_ACCEPTABLE_TYPES)
+        << "without an input there is no output type";
+    EXPECT_EQ(pin(source_, 0)->Connect(pin(source_, 0), nullptr), VFW_E_INVALID_DIRECTION);
+    com_ref<IEnumPins> old_list;
+    parts_->EnumPins(old_list.put());
+    ASSERT_EQ(graph_.connect(source_, parts_), S_OK);
+    EXPECT_EQ(parts_->pin_count(), 2);
+    com_ref<IPin> found;
+    EXPECT_EQ(old_list->Next(1, found.put(), nullptr), VFW_E_ENUM_OUT_OF_SYNC);
+    old_list.reset();
+    EXPECT_EQ(pin(source_, 0)->Connect(pin(sink_, 0), nullptr), VFW_E_ALREADY_CONNECTED);
+
+    ASSERT_EQ(graph_.connect(parts_, pictures_), S_OK);
+    const VIDEOINFOHEADER* info = media_type::video_info(pictures_->pin(0)->type().get());
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->bmiHeader.biWidth, 720);
+    EXPECT_EQ(info->bmiHeader.biHeight, GetParam() ? 576 : 480);
+    EXPECT_EQ(info->bmiHeader.biSizeImage, GetParam() ? 144000u : 120000u);
+    EXPECT_NEAR(info->AvgTimePerFrame, GetParam() ? 400000 : 333667, 1);
+
+    AM_MEDIA_TYPE wanted{};
+    wanted.subtype = MEDIASUBTYPE_RGB24;
+    ASSERT_EQ(pin(pictures_, 1)->Connect(pin(sink_, 0), &wanted), S_OK);
+    AM_MEDIA_TYPE type{};
+    ASSERT_EQ(pin(sink_, 0)->ConnectionMediaType(&type), S_OK);
+    EXPECT_EQ(type.subtype, MEDIASUBTYPE_RGB24);
+    EXPECT_EQ(type.lSampleSize, 720u * system_.height * 3);
+    CoTaskMemFree(type.pbFormat);
+    ASSERT_EQ(parts_->Pause(), S_OK);
+    EXPECT_EQ(pin(parts_, 0)->Disconnect(), VFW_E_NOT_STOPPED);
+    parts_->Stop();
+
+    // The input gone, the output goes, and the decoder is free again.
+    EXPECT_EQ(graph_.get()->Disconnect(pin(parts_, 0)), S_OK);
+    EXPECT_EQ(parts_->pin_count(), 1);
+    EXPECT_FALSE(pictures_->pin(0)->connected());
+}
+
+TEST_P(chain_test, hands_short_samples_on_as_they_are) {
+    ASSERT_EQ(graph_.connect(source_, parts_), S_OK);
+    ASSERT_EQ(graph_.connect(parts_, sink_), S_OK);
+    ASSERT_EQ(parts_->Pause(), S_OK);
+    const auto input = query<IMemInputPin>(pin(parts_, 0), IID_IMemInputPin);
+    com_ref<IMemAllocator> allocator;
+    ASSERT_EQ(input->GetAllocator(allocator.put()), S_OK);
+    ASSERT_EQ(allocator->Commit(), S_OK);
+    com_ref<IMediaSample> sample;
+    ASSERT_EQ(allocator->GetBuffer(sample.put(), nullptr, nullptr, 0), S_OK);
+    for (const long length : {0L, 1L, 80L, static_cast<long>(system_.frame_bytes)}) {
+        ASSERT_EQ(sample->SetActualDataLength(length), S_OK);
+        ASSERT_EQ(input->Receive(sample.get()), S_OK);
+        EXPECT_EQ(sink_->wait_for(1).back().data.size(), static_cast<size_t>(length));
+    }
+    EXPECT_EQ(references(sample.get()), 1u) << "the sender's reference stays the sender's";
+    parts_->Stop();
+    EXPECT_EQ(input->Receive(sample.get()), VFW_E_WRONG_STATE);
+}
+
+INSTANTIATE_TEST_SUITE_P(systems, chain_test, testing::Bool(),
+                         [](const auto& info) { return info.param ? "pal" : "ntsc"; });

@@ -1,0 +1,103 @@
+#include "gui/widget.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+namespace {
+
+class noting_widget : public vwin::vWidget {
+public:
+    noting_widget() : vWidget(L"MARVO TEST", 0x100000) {}
+    void destroyEvent() override {
+        ++destroyed;
+        reparent(nullptr);
+    }
+    void resizeEvent(int width, int height) override { size = {width, height}; }
+    void timerEvent(char id) override { timer = id; }
+
+    int destroyed = 0;
+    SIZE size = {};
+    char timer = 0;
+};
+
+HWND makeWindow(HWND parent, DWORD style) {
+    return CreateWindowExW(0, L"STATIC", L"", style, 0, 0, 400, 300, parent, nullptr, nullptr, nullptr);
+}
+
+/// A host's window; the test is skipped where there is no display.
+class WidgetTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (host == nullptr)
+            GTEST_SKIP() << "no display";
+    }
+    void TearDown() override { DestroyWindow(host); }
+
+    HWND host = makeWindow(nullptr, WS_POPUP);
+};
+
+} // namespace
+
+TEST_F(WidgetTest, IsAHiddenPopupUntilItIsPutIntoAHost) {
+    noting_widget widget;
+    EXPECT_TRUE(widget.hide(true) && widget.show(false) && widget.reparent(nullptr));
+    EXPECT_FALSE(widget.invalidate()) << "hiding must not make a window";
+    ASSERT_NE(widget.handle(), nullptr);
+    EXPECT_FALSE(widget.visible());
+    EXPECT_TRUE(GetWindowLongPtrW(widget.handle(), GWL_STYLE) & WS_POPUP);
+
+    EXPECT_TRUE(widget.resize(320, 240) && widget.reparent(host) && widget.show(true));
+    EXPECT_EQ(GetAncestor(widget.handle(), GA_PARENT), host);
+    EXPECT_TRUE(GetWindowLongPtrW(widget.handle(), GWL_STYLE) & WS_CHILD);
+    EXPECT_TRUE(widget.visible());
+    EXPECT_EQ(widget.size.cx, 320);
+    EXPECT_EQ(widget.size.cy, 240);
+    EXPECT_FALSE(widget.resize(-1, 5));
+
+    EXPECT_TRUE(widget.reparent(nullptr));
+    EXPECT_NE(GetAncestor(widget.handle(), GA_PARENT), host);
+    EXPECT_TRUE(GetWindowLongPtrW(widget.handle(), GWL_STYLE) & WS_POPUP);
+}
+
+TEST_F(WidgetTest, EventsReachTheWidget) {
+    noting_widget widget;
+    SendMessageW(widget.handle(), WM_TIMER, 7, 0);
+    EXPECT_EQ(widget.timer, 7);
+    widget.setEraseBackground(false);
+    EXPECT_EQ(SendMessageW(widget.handle(), WM_ERASEBKGND, 0, 0), TRUE);
+    EXPECT_EQ(widget.style(), 0x100000ul);
+}
+
+TEST_F(WidgetTest, OutlivesItsHostTogetherWithTheWindowsInsideIt) {
+    noting_widget widget;
+    ASSERT_TRUE(widget.reparent(host));
+    HWND inside = makeWindow(widget.handle(), WS_CHILD | WS_VISIBLE);
+    DestroyWindow(host);
+    EXPECT_EQ(widget.destroyed, 1);
+    EXPECT_TRUE(IsWindow(inside)) << "the picture's window went with the host";
+
+    host = makeWindow(nullptr, WS_POPUP);
+    EXPECT_TRUE(widget.reparent(host));
+    EXPECT_EQ(GetAncestor(inside, GA_ROOT), host);
+}
+
+TEST_F(WidgetTest, AnOwnerThatDispatchesNoMessagesIsGivenUp) {
+    noting_widget widget;
+    std::promise<void> leave;
+    std::promise<HWND> made;
+    std::thread owner([&] {
+        made.set_value(widget.handle());
+        leave.get_future().wait();
+    });
+    HWND old = made.get_future().get();
+    EXPECT_TRUE(widget.resize(64, 48) && widget.show(true));
+    EXPECT_TRUE(widget.reparent(host));
+    EXPECT_NE(widget.handle(), old);
+    EXPECT_EQ(GetAncestor(widget.handle(), GA_PARENT), host);
+    leave.set_value();
+    owner.join();
+    EXPECT_FALSE(IsWindow(old));
+    EXPECT_EQ(widget.destroyed, 0);
+}

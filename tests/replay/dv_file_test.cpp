@@ -1,0 +1,144 @@
+#include "marvo.h"
+
+#include "tests/support/samples.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr wchar_t name[] = L"dv_file_test.dv";
+
+/// Writes `frames` records, frame k holding the bytes of seed k, and returns the record size.
+unsigned long writeRecording(unsigned long frames, unsigned long frameSize = samples::palSize,
+                             std::uint32_t headerSize = samples::palSize, std::uint32_t duration = 400000) {
+    dvRecFile file;
+    file.setFrameSize(frameSize);
+    EXPECT_TRUE(file.open(name));
+    vvideo::dvFrame record(file.alignSize(frameSize + 8), nullptr);
+    for (unsigned long k = 0; k < frames; ++k) {
+        std::memcpy(record.data(), &headerSize, 4);
+        std::memcpy(record.data() + 4, &duration, 4);
+        std::memcpy(record.data() + 8, samples::bytes(k, frameSize).data(), frameSize);
+        unsigned long written = 0;
+        EXPECT_TRUE(file.write(record.data(), record.size(), &written));
+    }
+    return record.size();
+}
+
+TEST(DvFile, RecordsAreWholeSectors) {
+    dvRecFile file;
+    EXPECT_EQ(file.alignment(), 1u);
+    ASSERT_TRUE(file.open(name));
+    ASSERT_EQ(file.alignment(), 512u) << "the figures below are those of a volume with 512-byte sectors";
+    file.setFrameSize(samples::palSize);
+    EXPECT_EQ(file.bufferSize(), 144384u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(file.data()) % 4096, 0u);
+    file.setFrameSize(samples::ntscSize);
+    EXPECT_EQ(file.bufferSize(), 120320u);
+    EXPECT_EQ(file.type().timePerFrame(), 333333);
+    file.setFrameSize(0xFFFFFFF0ul);
+    EXPECT_EQ(file.data(), nullptr);
+    EXPECT_EQ(file.bufferSize(), 0u);
+}
+
+TEST(DvFile, ReadsBackByFrameNumber) {
+    writeRecording(10);
+    dvPlayFile file;
+    ASSERT_TRUE(file.open(name, 0));
+    EXPECT_EQ(file.frameCount(), 10u);
+    EXPECT_EQ(file.frameSize(), samples::palSize);
+    const struct {
+        long long seek;
+        std::uint32_t frame;
+    } positions[] = {{0, 0}, {7, 7}, {9, 9}, {11, 9}, {-5, 0}};
+    for (const auto& position : positions) {
+        ASSERT_TRUE(file.seekFrame(position.seek)) << position.seek;
+        ASSERT_TRUE(file.readFrame()) << position.seek;
+        EXPECT_TRUE(samples::holds(file.data() + 8, position.frame)) << position.seek;
+    }
+    ASSERT_TRUE(file.seekFrame(10));
+    EXPECT_FALSE(file.readFrame()) << "the frame count itself is the end of the file";
+}
+
+TEST(DvFile, ReadsFramesOneByOne) {
+    writeRecording(2);
+    dvPlayFile file;
+    ASSERT_TRUE(file.open(name, 0));
+    std::vector<unsigned char> frame(file.bufferSize());
+    unsigned long got = 0;
+    EXPECT_FALSE(file.read(frame.data(), file.bufferSize() - 7, &got)) << "does not fit a record";
+    ASSERT_TRUE(file.read(frame.data(), samples::palSize, &got));
+    EXPECT_EQ(got, samples::palSize);
+    EXPECT_TRUE(samples::holds(frame.data(), 0)) << "the refused read has not moved on";
+    ASSERT_TRUE(file.read(frame.data(), 100, nullptr));
+    EXPECT_EQ(std::memcmp(frame.data(), samples::bytes(1).data(), 100), 0)
+        << "a read moves on by a whole record";
+    EXPECT_FALSE(file.read(frame.data(), 100, &got));
+}
+
+TEST(DvFile, DescribesItselfByTheFirstRecord) {
+    const struct {
+        std::uint32_t size, duration;
+        unsigned long frameSize;
+        long long time;
+        bool opens;
+    } cases[] = {{120000, 333667, 120000, 333667, true},
+                 {0, 0, 144000, 400000, true},
+                 {144000, 0, 144000, 400000, true},
+                 {0xFFFFFFFFu, 400000, 0, 0, false},
+                 {0x7FFFFFFFu, 400000, 0, 0, false}};
+    for (const auto& c : cases) {
+        writeRecording(3, samples::palSize, c.size, c.duration);
+        dvPlayFile file;
+        ASSERT_EQ(file.open(name, 0), c.opens) << c.size;
+        if (c.opens) {
+            EXPECT_EQ(file.frameSize(), c.frameSize);
+            EXPECT_EQ(file.type().timePerFrame(), c.time);
+        } else {
+            EXPECT_FALSE(file.opened());
+        }
+    }
+}
+
+TEST(DvFile, CountsWholeRecordsOfAGrowingFile) {
+    const unsigned long record = writeRecording(0);
+    dvPlayFile reader;
+    ASSERT_TRUE(reader.open(name, samples::palSize));
+    EXPECT_EQ(reader.frameCount(), 0u);
+    EXPECT_FALSE(reader.seekFrame(0));
+    vcore::file writer(name, OPEN_EXISTING);
+    ASSERT_TRUE(writer.open(nullptr));
+    const std::vector<char> bytes(record + record / 2);
+    unsigned long written = 0;
+    ASSERT_TRUE(writer.write(bytes.data(), static_cast<unsigned long>(bytes.size()), &written));
+    reader.refresh();
+    EXPECT_EQ(reader.frameCount(), 1u);
+    ASSERT_TRUE(reader.seekFrame(1));
+    EXPECT_FALSE(reader.readFrame()) << "half a record";
+}
+
+TEST(DvFile, LoopsAndCutsFrameNumbers) {
+    writeRecording(10);
+    dvPlayFile file;
+    EXPECT_EQ(file.loopedFrame(3), 0);
+    EXPECT_EQ(file.shortedFrame(3), 4294967295ll);
+    ASSERT_TRUE(file.open(name, 0));
+    const long long looped[][2] = {{25, 5}, {9, 9}, {10, 0}, {-1, 9}, {-10, 10}, {-11, 9}};
+    for (const auto& [frame, expected] : looped)
+        EXPECT_EQ(file.loopedFrame(frame), expected) << frame;
+    const long long shorted[][2] = {{-3, -3}, {9, 9}, {10, 9}, {1000, 9}};
+    for (const auto& [frame, expected] : shorted)
+        EXPECT_EQ(file.shortedFrame(frame), expected) << frame;
+}
+
+TEST(DvFile, RefusesWhatCannotBeOpened) {
+    dvPlayFile play;
+    EXPECT_FALSE(play.open(L"no such file.dv", 0));
+    EXPECT_FALSE(play.open(nullptr, 0));
+    dvRecFile rec;
+    EXPECT_FALSE(rec.open(L"no such folder\\file.dv"));
+    EXPECT_FALSE(rec.open(L""));
+    EXPECT_FALSE(rec.opened());
+}
+
+} // namespace

@@ -1,0 +1,138 @@
+#include "marvo.h"
+
+#include "tests/support/recording.h"
+#include "tests/support/samples.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr wchar_t name[] = L"frame_loader_test.dv";
+
+/// Asks for a frame until it is loaded, as a play thread does once a tick. Whether it came, with the right bytes.
+bool arrives(dvFrameLoad& loader, unsigned long long number) {
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    return samples::eventually([&] { return loader.get(&frame, number); }) &&
+           samples::holds(frame.data(), static_cast<std::uint32_t>(number));
+}
+
+TEST(FrameLoader, PlaysARangeLoopedBothWays) {
+    recording::write(name, 60);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 10, 29, 8));
+    for (int round = 0; round < 2; ++round)
+        for (unsigned long long k = 10; k <= 29; ++k)
+            EXPECT_TRUE(arrives(loader, k)) << k;
+    for (int round = 0; round < 2; ++round)
+        for (unsigned long long k = 29; k >= 10; --k)
+            EXPECT_TRUE(arrives(loader, k)) << k;
+}
+
+TEST(FrameLoader, ReadsAheadInTheDirectionOfPlay) {
+    recording::write(name, 60);
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 10, 49, 20));
+    ASSERT_TRUE(arrives(loader, 20)) << "a jump";
+    ASSERT_TRUE(arrives(loader, 21));
+    loader.setSpeed(1.0); // asking twice for a frame that was late has stopped it
+    Sleep(500);
+    // Nothing is loaded between two gets that follow at once, so these must have been there.
+    for (unsigned long long k = 22; k < 28; ++k)
+        EXPECT_TRUE(loader.get(&frame, k)) << k;
+    loader.setSpeed(-1.0);
+    ASSERT_TRUE(arrives(loader, 12));
+    loader.get(&frame, 11);
+    Sleep(500);
+    for (unsigned long long k : {10ull, 49ull, 48ull})
+        EXPECT_TRUE(loader.get(&frame, k)) << k;
+}
+
+TEST(FrameLoader, ClampsTheRangeBeforeTheFinalFrame) {
+    recording::write(name, 20);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 5, 1000, 50));
+    EXPECT_EQ(loader.inPoint(), 5u);
+    EXPECT_EQ(loader.outPoint(), 18u);
+    EXPECT_TRUE(arrives(loader, 18));
+    loader.done();
+    EXPECT_EQ(loader.outPoint(), 0u);
+    ASSERT_TRUE(loader.init(name, 19, 19, 50));
+    EXPECT_EQ(loader.inPoint(), 18u);
+}
+
+TEST(FrameLoader, KeepsTheFileForTheNextRange) {
+    recording::write(name, 60);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 9, 50));
+    EXPECT_TRUE(loader.loaded(L"FRAME_loader_TEST.dv", 0, 9));
+    EXPECT_TRUE(arrives(loader, 9));
+    EXPECT_TRUE(loader.init(name, 0, 9, 50));
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    EXPECT_TRUE(loader.get(&frame, 9)) << "the same range has not been reloaded";
+    ASSERT_TRUE(loader.init(name, 30, 200, 50));
+    EXPECT_EQ(loader.outPoint(), 200u) << "a range of the open file is not clamped";
+    EXPECT_TRUE(arrives(loader, 40));
+    recording::append(name, 60, 20);
+    EXPECT_TRUE(arrives(loader, 75)) << "written after the file was opened";
+    EXPECT_FALSE(loader.get(&frame, 150)) << "beyond the end of the file";
+    Sleep(100);
+    EXPECT_FALSE(loader.get(&frame, 150));
+}
+
+TEST(FrameLoader, AnswersBadFilesAndRanges) {
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    dvFrameLoad loader;
+    EXPECT_FALSE(loader.init(L"no such file.dv", 0, 9, 50));
+    EXPECT_FALSE(loader.init(nullptr, 0, 9, 50));
+    EXPECT_FALSE(loader.init(L"recording.avi", 0, 9, 50));
+    recording::write(name, 1);
+    EXPECT_FALSE(loader.init(name, 0, 9, 50)) << "one frame leaves no range";
+    EXPECT_FALSE(loader.loaded(name, 0, 0));
+    recording::write(name, 0);
+    EXPECT_TRUE(loader.init(name, 0, 9, 50)) << "nothing yet is not an error";
+    EXPECT_FALSE(loader.get(&frame, 0));
+    loader.done();
+    recording::write(name, 20);
+    EXPECT_TRUE(loader.init(name, 9, 3, 50)) << "a range that is no range";
+    EXPECT_FALSE(loader.get(&frame, 5));
+    EXPECT_FALSE(loader.get(nullptr, 5));
+    vvideo::dvMediaType type;
+    EXPECT_TRUE(loader.getType(type));
+    EXPECT_EQ(type.frameSize(), samples::palSize);
+    loader.done();
+    EXPECT_FALSE(loader.getType(type));
+}
+
+TEST(FrameLoader, TheBreakerSlowsLoading) {
+    recording::write(name, 40);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 30, 31));
+    loader.setBreaker(20);
+    EXPECT_EQ(loader.breaker(), 20u);
+    const ULONGLONG begin = GetTickCount64();
+    for (unsigned long long k = 0; k <= 30; ++k)
+        ASSERT_TRUE(arrives(loader, k));
+    EXPECT_GE(GetTickCount64() - begin, 20u * 15) << "half of the range had to be read at 20 ms a frame";
+    loader.setBreaker(60000);
+    loader.setSpeed(1.0);
+    loader.init(name, 5, 15, 31);
+    Sleep(100);
+    const ULONGLONG end = GetTickCount64();
+    loader.done();
+    EXPECT_LT(GetTickCount64() - end, 5000u) << "the sleep ends with the loader";
+}
+
+TEST(FrameLoader, StartsAndStopsQuickly) {
+    recording::write(name, 20);
+    dvFrameLoad loader;
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(loader.init(name, 0, 9, 50));
+        const ULONGLONG begin = GetTickCount64();
+        loader.done();
+        EXPECT_LT(GetTickCount64() - begin, 1000u);
+        EXPECT_FALSE(loader.running());
+    }
+}
+
+} // namespace

@@ -1,0 +1,107 @@
+#include "marvo.h"
+
+#include "tests/support/samples.h"
+#include "tests/support/sink_filter.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A live filter connected to a foreign pin, with the system's clock.
+struct LiveFilter : testing::Test {
+    samples::Com com;
+    ForeignPin sink;
+    dvLiveFilter filter;
+
+    void SetUp() override {
+        vvideo::dvMediaType type;
+        type.initDVType(samples::palSize, true);
+        ASSERT_TRUE(filter.init(type));
+        vwin::com_<IPin> output;
+        output.attach(pinOf(filter, 0));
+        ASSERT_EQ(output->Connect(&sink, nullptr), S_OK);
+        vwin::com_<IReferenceClock> clock;
+        clock.attach(systemClock());
+        filter.SetSyncSource(clock.ptr());
+    }
+
+    void TearDown() override {
+        filter.done();
+        filter.SetSyncSource(nullptr);
+        vwin::com_<IPin> output;
+        output.attach(pinOf(filter, 0));
+        sink.Disconnect();
+        output->Disconnect();
+        EXPECT_EQ(sink.references(), 1);
+    }
+
+    bool delivered(size_t n) {
+        return samples::eventually([&] { return sink.count() >= n; });
+    }
+
+    void add(std::uint32_t seed) {
+        EXPECT_TRUE(filter.addFrame(vvideo::dvFrame(samples::palSize, samples::bytes(seed).data())));
+    }
+};
+
+TEST_F(LiveFilter, SendsGrayUntilTheSecondFrameThenLagsByOne) {
+    ASSERT_EQ(filter.Run(0), S_OK);
+    ASSERT_TRUE(delivered(2));
+    add(1);
+    ASSERT_TRUE(delivered(sink.count() + 3));
+    vvideo::dvFrame gray(samples::palSize, nullptr);
+    gray.fillGray();
+    EXPECT_EQ(std::memcmp(sink.arrivals().back().bytes.data(), gray.data(), samples::palSize), 0);
+    add(2);
+    ASSERT_TRUE(delivered(sink.count() + 3));
+    EXPECT_TRUE(samples::holds(sink.arrivals().back().bytes.data(), 1));
+    EXPECT_EQ(filter.frames(), 2);
+    EXPECT_EQ(filter.frames(), 0);
+}
+
+TEST_F(LiveFilter, StampsMediaTimesOnly) {
+    ASSERT_EQ(filter.Run(0), S_OK);
+    ASSERT_TRUE(delivered(3));
+    const auto arrivals = sink.arrivals();
+    for (size_t i = 0; i < arrivals.size(); ++i) {
+        EXPECT_FALSE(arrivals[i].hasTime);
+        EXPECT_TRUE(arrivals[i].syncPoint);
+        EXPECT_EQ(arrivals[i].discontinuity, i == 0) << i;
+        EXPECT_EQ(arrivals[i].mediaStart, static_cast<long long>(i) * 400000);
+        EXPECT_EQ(arrivals[i].mediaStop, static_cast<long long>(i + 1) * 400000);
+    }
+}
+
+TEST_F(LiveFilter, IsPacedByTheClock) {
+    sink.keepBytes = false;
+    ASSERT_EQ(filter.Run(0), S_OK);
+    ASSERT_TRUE(delivered(51));
+    const auto arrivals = sink.arrivals();
+    const auto took = static_cast<double>(arrivals[50].time_ms - arrivals[0].time_ms);
+    EXPECT_GT(took, 1900) << "no faster than the clock";
+    EXPECT_LT(took, 3500) << "not at the pace of the fall-back, which needs 6 s";
+}
+
+TEST_F(LiveFilter, GoesOnWithoutAClock) {
+    filter.SetSyncSource(nullptr);
+    ASSERT_EQ(filter.Run(0), S_OK);
+    EXPECT_TRUE(delivered(3)) << "the floor of about eight samples a second";
+}
+
+TEST_F(LiveFilter, StopsAndStartsAgain) {
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(filter.Run(0), S_OK);
+        ASSERT_TRUE(delivered(sink.count() + 2));
+        filter.done();
+        EXPECT_FALSE(filter.running());
+        EXPECT_EQ(filter.period(), 0);
+        const size_t count = sink.count();
+        Sleep(100);
+        EXPECT_EQ(sink.count(), count);
+        vvideo::dvMediaType type;
+        type.initDVType(samples::palSize, true);
+        ASSERT_TRUE(filter.init(type));
+    }
+}
+
+} // namespace

@@ -1,0 +1,298 @@
+#include "marvo.h"
+
+#include "tests/support/recording.h"
+#include "tests/support/samples.h"
+#include "tests/support/sink_filter.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace {
+
+constexpr wchar_t name[] = L"play_filter_test.dv";
+constexpr unsigned message = WM_APP + 1;
+
+/// A window that collects the posted progress.
+class Drain {
+public:
+    play_info info;
+    HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+
+    ~Drain() { DestroyWindow(window); }
+
+    /// The frame numbers posted since the last call.
+    std::vector<unsigned long> take() {
+        std::vector<unsigned long> frames;
+        MSG posted;
+        while (PeekMessageW(&posted, window, message, message, PM_REMOVE)) {
+            EXPECT_EQ(posted.lParam, reinterpret_cast<LPARAM>(&info));
+            frames.push_back(static_cast<unsigned long>(posted.wParam));
+        }
+        return frames;
+    }
+
+    /// The numbers of the next `count` ticks.
+    std::vector<unsigned long> next(size_t count) {
+        take();
+        std::vector<unsigned long> frames;
+        samples::eventually([&] {
+            for (unsigned long frame : take())
+                frames.push_back(frame);
+            return frames.size() >= count;
+        });
+        frames.resize(std::min(frames.size(), count));
+        return frames;
+    }
+};
+
+/// A play filter that delivers into a foreign pin, on a store with a ring of 50 frames.
+struct PlayFilter : testing::Test {
+    samples::Source source;
+    ForeignPin sink;
+    Drain drain;
+    dvFrameStore store;
+    dvPlayFilter filter;
+
+    void SetUp() override {
+        ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
+        start();
+    }
+
+    void start() { start(sink); }
+
+    void start(ForeignPin& receiver) {
+        vvideo::dvMediaType type;
+        type.initDVType(samples::palSize, false);
+        ASSERT_TRUE(filter.init(store, type));
+        filter.setInfoDrain(drain.window, message, &drain.info);
+        run(receiver);
+    }
+
+    void run(ForeignPin& receiver) {
+        vwin::com_<IPin> output;
+        output.attach(pinOf(filter, 0));
+        ASSERT_EQ(output->Connect(&receiver, nullptr), S_OK);
+        vwin::com_<IReferenceClock> clock;
+        clock.attach(systemClock());
+        filter.SetSyncSource(clock.ptr());
+        ASSERT_EQ(filter.Run(0), S_OK);
+    }
+
+    void disconnect() { disconnect(sink); }
+
+    void disconnect(ForeignPin& receiver) {
+        filter.done();
+        filter.SetSyncSource(nullptr);
+        vwin::com_<IPin> output;
+        output.attach(pinOf(filter, 0));
+        receiver.Disconnect();
+        output->Disconnect();
+    }
+
+    void TearDown() override {
+        disconnect();
+        EXPECT_EQ(sink.references(), 1);
+    }
+
+    void capture(std::uint32_t first, std::uint32_t count) {
+        for (std::uint32_t k = first; k < first + count; ++k)
+            ASSERT_TRUE(source.addTo(store, k));
+    }
+
+    /// Waits until the picture of frame `number` is delivered.
+    void expectShown(std::uint32_t number) {
+        const auto picture = samples::bytes(number);
+        EXPECT_TRUE(samples::eventually([&] { return sink.shows(picture); }))
+            << number << ", but " << filter.playedFrame() << " is shown";
+    }
+};
+
+TEST_F(PlayFilter, ShowsGrayBeforeTheFirstFrameAndThenTheNewest) {
+    ASSERT_TRUE(samples::eventually([&] { return sink.count() >= 2; }));
+    vvideo::dvFrame gray(samples::palSize, nullptr);
+    gray.fillGray();
+    EXPECT_EQ(std::memcmp(sink.arrivals().back().bytes.data(), gray.data(), samples::palSize), 0);
+    EXPECT_EQ(filter.playedFrame(), ~0ull);
+    EXPECT_FALSE(filter.playing());
+    capture(0, 1);
+    expectShown(0);
+    const auto first = sink.arrivals().front();
+    EXPECT_TRUE(first.discontinuity && first.syncPoint && !first.hasTime);
+    EXPECT_EQ(first.mediaStart, 0);
+    EXPECT_EQ(first.mediaStop, 400000);
+    EXPECT_FALSE(sink.arrivals()[1].discontinuity);
+}
+
+TEST_F(PlayFilter, CatchesUpGentlyAndJumpsWhenFarBehind) {
+    capture(0, 1);
+    expectShown(0);
+    capture(1, 12);
+    const auto gentle = drain.next(6);
+    for (size_t i = 1; i < gentle.size(); ++i)
+        EXPECT_LE(gentle[i] - gentle[i - 1], 2u) << "one extra frame a tick at most";
+    expectShown(12);
+    capture(13, 40);
+    // The jump leads to the frame that comes next.
+    ASSERT_TRUE(samples::eventually([&] { return filter.frame() == 53; }));
+    capture(53, 1);
+    expectShown(53);
+    const auto shown = sink.arrivals();
+    EXPECT_FALSE(std::any_of(shown.begin(), shown.end(), [](const Arrival& arrival) {
+        return samples::holds(arrival.bytes.data(), 30);
+    })) << "a jump leaves frames out";
+}
+
+TEST_F(PlayFilter, LoopsARangeInBothDirections) {
+    recording::write(name, 40);
+    ASSERT_TRUE(filter.play(19, 10, name, 1.0, 100, 50));
+    EXPECT_TRUE(filter.playing());
+    const auto forward = drain.next(25);
+    ASSERT_EQ(forward.size(), 25u);
+    for (size_t i = 1; i < forward.size(); ++i)
+        EXPECT_TRUE(forward[i] == forward[i - 1] ||
+                    forward[i] == (forward[i - 1] == 19 ? 10u : forward[i - 1] + 1));
+    EXPECT_EQ(drain.info.from, 10u);
+    EXPECT_EQ(drain.info.to, 19u);
+    EXPECT_TRUE(drain.info.replaying);
+    ASSERT_TRUE(filter.setSpeed(-1.0));
+    Sleep(200);
+    const auto backward = drain.next(25);
+    ASSERT_EQ(backward.size(), 25u);
+    for (size_t i = 1; i < backward.size(); ++i)
+        EXPECT_TRUE(backward[i] == backward[i - 1] ||
+                    backward[i] == (backward[i - 1] == 10 ? 19u : backward[i - 1] - 1));
+}
+
+TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
+    recording::write(name, 60);
+    ASSERT_TRUE(filter.play(10, 49, name, 0.5, 100, 50));
+    auto frames = drain.next(31);
+    // A busy machine may hold a frame for longer, but never shorten or skip one.
+    EXPECT_NEAR(static_cast<double>(frames.back() - frames.front()), 15, 3)
+        << "half speed: two ticks a frame";
+    ASSERT_TRUE(filter.setSpeed(2.0));
+    filter.seekFrame(10);
+    Sleep(100);
+    frames = drain.next(11);
+    for (size_t i = 1; i < frames.size(); ++i) {
+        const unsigned long step = (frames[i] + 40 - frames[i - 1]) % 40;
+        EXPECT_TRUE(step == 2 || step == 0) << frames[i - 1] << " to " << frames[i];
+    }
+    EXPECT_NE(frames.back(), frames.front());
+    ASSERT_TRUE(filter.setSpeed(0));
+    Sleep(100);
+    frames = drain.next(5);
+    EXPECT_EQ(frames.front(), frames.back());
+    EXPECT_FALSE(filter.setSpeed(std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_FALSE(filter.setSpeed(-std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(filter.speed(), 0.0);
+}
+
+TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
+    recording::write(name, 60);
+    ASSERT_TRUE(filter.play(10, 49, name, 1.0, 100, 50));
+    expectShown(14);
+    filter.setPause(true);
+    Sleep(100);
+    const unsigned long long held = filter.playedFrame();
+    const size_t count = sink.count();
+    ASSERT_TRUE(samples::eventually([&] { return sink.count() > count + 5; }))
+        << "the picture goes on being sent";
+    EXPECT_EQ(filter.playedFrame(), held);
+    filter.seekFrame(33);
+    expectShown(33);
+    filter.seekFrame(33 + 40);
+    EXPECT_EQ(filter.frame(), 33) << "wrapped into the range";
+    filter.seekFrame(9);
+    EXPECT_EQ(filter.frame(), 49);
+    filter.live();
+    filter.setPause(true);
+    filter.seekFrame(-1);
+    Sleep(200);
+    EXPECT_NE(filter.playedFrame(), ~0ull) << "no frame, whatever the empty slots of the ring hold";
+}
+
+TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {
+    recording::write(name, 40);
+    capture(0, 1);
+    ASSERT_TRUE(filter.play(0, 19, name, 1.0, 0, 50));
+    filter.setBreaker(120);
+    const auto frames = drain.next(20);
+    for (size_t i = 1; i < frames.size(); ++i)
+        EXPECT_LE(frames[i] - frames[i - 1], 1u) << "slow loading never skips a frame";
+}
+
+TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
+    recording::write(name, 40);
+    ASSERT_TRUE(filter.play(5, 30, name, 1.0, 100, 50));
+    expectShown(9);
+    const ULONGLONG begin = GetTickCount64();
+    ASSERT_TRUE(filter.play(5, 30, name, 0.0, 2000, 50));
+    EXPECT_LT(GetTickCount64() - begin, 1000u) << "no reload, so no delay";
+    expectShown(5);
+}
+
+TEST_F(PlayFilter, LiveAndRefusedReplays) {
+    capture(0, 3);
+    EXPECT_FALSE(filter.play(0, 9, L"no such file.dv", 1.0, 0, 50));
+    EXPECT_FALSE(filter.play(0, 9, L"", 1.0, 0, 50));
+    EXPECT_FALSE(filter.playing()) << "a refused replay changes nothing";
+    recording::write(name, 40);
+    ASSERT_TRUE(filter.play(5, 30, name, 0.5, 0, 50));
+    EXPECT_FALSE(filter.play(0, 9, L"no such file.dv", 1.0, 0, 50));
+    expectShown(12); // the replay goes on
+    filter.setPause(true);
+    EXPECT_TRUE(filter.live());
+    EXPECT_FALSE(filter.playing() || filter.paused());
+    EXPECT_EQ(filter.speed(), 1.0);
+    EXPECT_EQ(filter.frame(), 3);
+    EXPECT_TRUE(filter.reset());
+    EXPECT_EQ(filter.frame(), 0);
+}
+
+TEST_F(PlayFilter, PlaysAFileWithoutAStore) {
+    recording::write(name, 40);
+    disconnect();
+    EXPECT_FALSE(filter.play(0, 9, nullptr, 1.0, 0, 50)) << "no store, no name";
+    EXPECT_FALSE(filter.playinit(0, 9, L"no such file.dv", 1.0, 0, 50));
+    ASSERT_TRUE(filter.playinit(3, 12, name, 1.0, 50, 250));
+    EXPECT_TRUE(filter.playing());
+    EXPECT_EQ(filter.period(), 400000);
+    run(sink);
+    expectShown(7);
+}
+
+TEST_F(PlayFilter, WaitsForASlowReceiver) {
+    struct Slow : ForeignPin {
+        std::atomic<int> entered = 0;
+        std::atomic<int> left = 0;
+        STDMETHODIMP Receive(IMediaSample*) override {
+            ++entered;
+            Sleep(500);
+            ++left;
+            return S_OK;
+        }
+    } slow;
+    disconnect();
+    start(slow);
+    ASSERT_TRUE(samples::eventually([&] { return slow.entered > slow.left; }));
+    filter.done();
+    EXPECT_EQ(slow.entered, slow.left) << "killed inside the receiver";
+    disconnect(slow);
+    EXPECT_EQ(slow.references(), 1);
+}
+
+TEST_F(PlayFilter, StopsQuicklyAndKeepsOnStoppingRightAfterAStart) {
+    for (int i = 0; i < 20; ++i) {
+        disconnect();
+        EXPECT_FALSE(filter.running());
+        start();
+        const ULONGLONG begin = GetTickCount64();
+        filter.done();
+        EXPECT_LT(GetTickCount64() - begin, 1000u);
+        EXPECT_FALSE(filter.running());
+    }
+}
+
+} // namespace

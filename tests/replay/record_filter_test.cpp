@@ -1,0 +1,126 @@
+#include "marvo.h"
+
+#include "tests/support/samples.h"
+#include "tests/support/sink_filter.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A record filter whose input is fed as an unconnected own pin is: directly, one reference per sample handed over.
+struct RecordFilter : testing::Test {
+    samples::Source source;
+    ForeignPin preview;
+    dvRecFilter filter;
+    vwin::com_<IPin> input, output;
+    vwin::com_<IMemInputPin> transport;
+
+    void SetUp() override {
+        input.attach(pinOf(filter, 0));
+        output.attach(pinOf(filter, 1));
+        transport.ref(input.ptr());
+        vvideo::dvMediaType type;
+        type.initDVType(samples::palSize, false);
+        ASSERT_EQ(input->ReceiveConnection(&preview, type), S_OK);
+        ASSERT_TRUE(filter.init(5));
+        ASSERT_EQ(output->Connect(&preview, nullptr), S_OK);
+    }
+
+    void TearDown() override {
+        filter.done();
+        output->Disconnect();
+        input->Disconnect();
+        preview.Disconnect();
+        EXPECT_EQ(preview.references(), 1);
+    }
+
+    /// Hands a sample to the filter as a foreign pin does and checks that its reference is untouched.
+    HRESULT feed(std::uint32_t seed) {
+        IMediaSample* sample = source.sample(seed);
+        sample->SetTime(nullptr, nullptr);
+        const HRESULT result = transport->Receive(sample);
+        EXPECT_EQ(sample->Release(), 0u);
+        return result;
+    }
+};
+
+TEST_F(RecordFilter, StoresAndPassesOn) {
+    for (std::uint32_t k = 0; k < 3; ++k)
+        EXPECT_EQ(feed(k), S_OK);
+    EXPECT_EQ(filter.frameCount(), 3u);
+    EXPECT_EQ(filter.frameCount(), 0u);
+    EXPECT_EQ(filter.store().lastFrame(), 3u);
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    ASSERT_TRUE(filter.store().get(&frame, 2));
+    EXPECT_TRUE(samples::holds(frame.data(), 2));
+    const auto arrivals = preview.arrivals();
+    ASSERT_EQ(arrivals.size(), 3u);
+    for (std::uint32_t k = 0; k < 3; ++k) {
+        EXPECT_TRUE(samples::holds(arrivals[k].bytes.data(), k));
+        EXPECT_FALSE(arrivals[k].hasTime);
+        EXPECT_TRUE(arrivals[k].syncPoint && arrivals[k].discontinuity);
+    }
+}
+
+TEST_F(RecordFilter, PauseStoresNothingButPassesOn) {
+    filter.setPause(true);
+    EXPECT_TRUE(filter.paused());
+    feed(0);
+    EXPECT_EQ(filter.frameCount(), 1u);
+    EXPECT_EQ(filter.store().lastFrame(), 0u);
+    EXPECT_EQ(preview.count(), 1u);
+    filter.setPause(false);
+    feed(1);
+    EXPECT_EQ(filter.store().lastFrame(), 1u);
+}
+
+TEST_F(RecordFilter, RefusesAfterDoneUntilTheNextInit) {
+    filter.done();
+    feed(0);
+    EXPECT_EQ(preview.count(), 0u);
+    EXPECT_FALSE(filter.store().initialized());
+    ASSERT_TRUE(filter.init(5));
+    feed(1);
+    EXPECT_EQ(filter.store().lastFrame(), 1u);
+}
+
+TEST_F(RecordFilter, AnUnconnectedPreviewKeepsSamplesBalanced) {
+    output->Disconnect();
+    for (std::uint32_t k = 0; k < 20; ++k)
+        EXPECT_EQ(feed(k), S_OK);
+    EXPECT_EQ(filter.store().lastFrame(), 20u);
+}
+
+TEST_F(RecordFilter, OffersTheCapturedFormatOnItsPreview) {
+    vvideo::dvMediaType type;
+    filter.getMediaType(*static_cast<_AMMediaType*>(type));
+    EXPECT_EQ(type.frameSize(), samples::palSize);
+    EXPECT_EQ(type->majortype, MEDIATYPE_Interleaved);
+    EXPECT_EQ(filter.EnumPins(nullptr), E_POINTER);
+}
+
+TEST_F(RecordFilter, KeepsNothingOfADisconnectedCaptureBranch) {
+    vvideo::dvAlloc allocator;
+    const auto references = [&] {
+        allocator->AddRef();
+        return allocator->Release();
+    };
+    const ULONG before = references();
+    transport->NotifyAllocator(allocator, FALSE);
+    EXPECT_GT(references(), before);
+    input->Disconnect();
+    EXPECT_EQ(references(), before);
+}
+
+TEST_F(RecordFilter, DoesNotTouchAStrayFormatPointer) {
+    BYTE stray = 0;
+    AM_MEDIA_TYPE type{};
+    type.pbFormat = &stray;
+    input->Disconnect();
+    ASSERT_EQ(input->ReceiveConnection(&preview, &type), S_OK);
+    vvideo::dvMediaType kept;
+    filter.getMediaType(*static_cast<_AMMediaType*>(kept));
+    EXPECT_EQ(kept->pbFormat, nullptr);
+}
+
+} // namespace

@@ -1,0 +1,173 @@
+#pragma once
+
+#include "marvo.h"
+
+#include "tests/support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// The engine `dvFE` on the simulated camera, in a window of the test's own, with files in the current directory.
+class Engine : public testing::Test {
+protected:
+    static constexpr unsigned drainMessage = WM_APP + 7;
+
+    HWND window = nullptr;
+    play_info info;
+    /// The frames of every tick, as the info drain reported them.
+    std::vector<play_info> ticks;
+    std::streamoff logBegin = 0;
+
+    void SetUp() override {
+        logBegin = std::ifstream("marvo.log", std::ios::binary | std::ios::ate).tellg();
+        window = CreateWindowExW(0, L"STATIC", L"marvo test", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800,
+                                 700, nullptr, nullptr, nullptr, nullptr);
+        dvFE.setRecFile(L"system_test.dv");
+        dvFE.setPlayFile(L"system_test.dv");
+        dvFE.setInfoDrain(window, drainMessage, &info);
+        useCamera("pal.dv", "");
+    }
+
+    void TearDown() override {
+        dvFE.setInfoDrain(nullptr, 0, nullptr);
+        dvFE.done();
+        DestroyWindow(window);
+        pump(0);
+    }
+
+    static std::string streamPath(const std::string& stream) {
+        char folder[MAX_PATH] = "";
+        GetEnvironmentVariableA("MARVO_STREAMS", folder, sizeof(folder));
+        return std::string(folder) + "\\" + stream;
+    }
+
+    /// Has the camera opened next play a stream, with faults as its text file describes them.
+    static void useCamera(const std::string& stream, const std::string& faults) {
+        char folder[MAX_PATH];
+        GetCurrentDirectoryA(sizeof(folder), folder);
+        const std::string file = std::string(folder) + "\\camera.txt";
+        std::ofstream(file) << "stream = " << streamPath(stream) << "\n" << faults;
+        SetEnvironmentVariableA("MARVO_CAMERA", file.c_str());
+    }
+
+    /// Dispatches messages for `ms`.
+    void pump(unsigned long ms) {
+        pumpUntil([] { return false; }, ms);
+    }
+
+    /// Dispatches messages until `condition` holds, at most `limit_ms`; whether it does.
+    template <class Condition>
+    bool pumpUntil(Condition condition, unsigned long limit_ms = 10000) {
+        const ULONGLONG end = GetTickCount64() + limit_ms;
+        for (;;) {
+            MSG message;
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                if (message.message == drainMessage)
+                    ticks.push_back(info);
+                else
+                    DispatchMessageW(&message);
+            }
+            if (condition())
+                return true;
+            if (GetTickCount64() >= end)
+                return false;
+            Sleep(2);
+        }
+    }
+
+    bool captured(unsigned long long frames) {
+        return pumpUntil([=] { return dvFE.lastFrame() >= frames; });
+    }
+
+    /// The frames of the next `count` ticks.
+    std::vector<unsigned long long> nextTicks(size_t count) {
+        pump(60);
+        ticks.clear();
+        pumpUntil([&] { return ticks.size() >= count; });
+        std::vector<unsigned long long> frames;
+        for (const play_info& tick : ticks)
+            frames.push_back(tick.frame);
+        return frames;
+    }
+
+    /// The frames of the ticks from now on until `count` different ones have been shown.
+    std::vector<unsigned long long> ticksUntilShown(size_t count) {
+        pump(60);
+        ticks.clear();
+        std::set<unsigned long long> shown;
+        EXPECT_TRUE(pumpUntil([&] {
+            shown.clear();
+            for (const play_info& tick : ticks)
+                shown.insert(tick.frame);
+            return shown.size() >= count;
+        })) << shown.size()
+            << " different frames were shown, not " << count;
+        std::vector<unsigned long long> frames;
+        for (const play_info& tick : ticks)
+            frames.push_back(tick.frame);
+        return frames;
+    }
+
+    static std::vector<std::string> readFrames(const std::string& file, size_t recordSize, size_t offset,
+                                               size_t size) {
+        std::ifstream in(file, std::ios::binary);
+        std::vector<std::string> frames;
+        std::string record(recordSize, '\0');
+        while (in.read(record.data(), static_cast<std::streamsize>(recordSize)))
+            frames.push_back(record.substr(offset, size));
+        return frames;
+    }
+
+    /// Checks that a recording holds `least` or more frames of the stream, one behind the other as the camera sent them.
+    /// Returns the number of frames.
+    static size_t expectRecordingFollows(const std::string& recording, const std::string& stream,
+                                         size_t frameSize, size_t least) {
+        const size_t recordSize = (frameSize + 8 + 511) / 512 * 512;
+        const auto recorded = readFrames(recording, recordSize, 8, frameSize);
+        const auto source = readFrames(streamPath(stream), frameSize, 0, frameSize);
+        std::map<std::string, size_t> place;
+        for (size_t i = 0; i < source.size(); ++i)
+            place.emplace(source[i], i);
+        EXPECT_EQ(place.size(), source.size()) << "every frame of a test stream differs";
+        EXPECT_GE(recorded.size(), least);
+        size_t expected = source.size();
+        for (size_t k = 0; k < recorded.size(); ++k) {
+            const auto found = place.find(recorded[k]);
+            if (found == place.end()) {
+                ADD_FAILURE() << "frame " << k << " is none of the camera's";
+                break;
+            }
+            if (expected != source.size() && found->second != expected)
+                ADD_FAILURE() << "frame " << k << " is the camera's " << found->second << ", not "
+                              << expected;
+            expected = (found->second + 1) % source.size();
+        }
+        return recorded.size();
+    }
+
+    /// What the engine has logged since the test began.
+    std::string log() const {
+        std::ifstream file("marvo.log", std::ios::binary);
+        file.seekg(logBegin);
+        std::stringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+
+    /// Whether the devices are all released. Only the server itself knows.
+    static bool devicesFree() {
+        const HMODULE server = GetModuleHandleA("marvo-devices.dll");
+        if (!server)
+            return true;
+        using CanUnload = HRESULT(WINAPI*)();
+        const auto canUnload =
+            reinterpret_cast<CanUnload>(reinterpret_cast<void*>(GetProcAddress(server, "DllCanUnloadNow")));
+        return canUnload() == S_OK;
+    }
+};

@@ -1,0 +1,44 @@
+#include "tests/system/engine.h"
+
+namespace {
+
+class Process : public Engine {
+protected:
+    /// Runs the probe, which builds the engine, records, and ends in the given way. Its exit code, or -1 when it hangs.
+    static int probe(const std::string& way) {
+        char module[MAX_PATH];
+        GetModuleFileNameA(nullptr, module, sizeof(module));
+        const std::string folder = std::string(module).substr(0, std::string(module).find_last_of('\\') + 1);
+        // A directory of its own, since its library begins a new log.
+        CreateDirectoryA("probe", nullptr);
+        std::string command = "\"" + folder + "marvo-exit-probe.exe\" " + way;
+        STARTUPINFOA startup{};
+        startup.cb = sizeof(startup);
+        PROCESS_INFORMATION process{};
+        if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, "probe", &startup,
+                            &process))
+            return -2;
+        DWORD code = 0;
+        if (WaitForSingleObject(process.hProcess, 30000) != WAIT_OBJECT_0) {
+            TerminateProcess(process.hProcess, 99);
+            code = static_cast<DWORD>(-1);
+        } else {
+            GetExitCodeProcess(process.hProcess, &code);
+        }
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        return static_cast<int>(code);
+    }
+};
+
+TEST_F(Process, EndsWithoutDone) {
+    for (const char* way : {"return", "exit", "no-com"})
+        EXPECT_EQ(probe(way), 42) << way;
+}
+
+TEST_F(Process, AKilledProcessLeavesItsRecording) {
+    EXPECT_EQ(probe("killed"), 43);
+    expectRecordingFollows("probe\\exit_probe.dv", "pal.dv", 144000, 20);
+}
+
+} // namespace

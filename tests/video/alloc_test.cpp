@@ -1,0 +1,59 @@
+#include "tests/support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using vvideo::dvAlloc;
+
+namespace {
+
+IMediaSample* take(dvAlloc& allocator) {
+    IMediaSample* sample = nullptr;
+    return allocator.getSample(&sample, -1, -1) ? sample : nullptr;
+}
+
+} // namespace
+
+// A host may load the library on a thread without COM.
+TEST(Alloc, CanBeMadeBeforeComIsUp) {
+    std::thread([] {
+        dvAlloc allocator;
+        EXPECT_FALSE(allocator.init(100, 1, 0, 1) || allocator.create());
+        EXPECT_EQ(allocator.threadID(), ~0ul);
+        const samples::Com com;
+        EXPECT_TRUE(allocator.create() && allocator.init(100, 1, 0, 1));
+        EXPECT_EQ(allocator.threadID(), GetCurrentThreadId());
+    }).join();
+}
+
+TEST(Alloc, HandsOutWhatItWasInitialisedFor) {
+    const samples::Com com;
+    dvAlloc allocator;
+    EXPECT_EQ(take(allocator), nullptr) << "not committed";
+    EXPECT_FALSE(allocator.init(1000, 2, 0, 0)) << "the system refuses an alignment of 0";
+    ASSERT_TRUE(allocator.init(1000, 1, 0, 16));
+    EXPECT_FALSE(allocator.getSample(nullptr, 0, 0));
+    IMediaSample* const sample = take(allocator);
+    ASSERT_NE(sample, nullptr);
+    EXPECT_EQ(sample->GetSize(), 1000);
+    std::thread waiter([&] { EXPECT_EQ(take(allocator), nullptr) << "the wait ends when it is done"; });
+    Sleep(30);
+    allocator.done();
+    waiter.join();
+    EXPECT_EQ(sample->Release(), 0u);
+    EXPECT_EQ(allocator.count(), 0u);
+}
+
+TEST(Alloc, SharesWhenCopied) {
+    const samples::Com com;
+    dvAlloc allocator;
+    IMemAllocator* const raw = allocator;
+    raw->AddRef();
+    {
+        dvAlloc copy(allocator), assigned;
+        assigned = copy;
+        EXPECT_EQ(static_cast<IMemAllocator*>(assigned), raw);
+    }
+    EXPECT_EQ(raw->Release(), 1u);
+}

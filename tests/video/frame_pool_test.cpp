@@ -1,0 +1,71 @@
+#include "video/frame_pool.h"
+
+#include <gtest/gtest.h>
+
+using vvideo::dvFramePool;
+
+TEST(FramePool, MakesItsFramesOrNone) {
+    dvFramePool pool;
+    EXPECT_EQ(pool.frame(0), nullptr);
+    EXPECT_EQ(pool.findOldest(), nullptr);
+    EXPECT_EQ(pool.inPos(), 0u);
+    ASSERT_TRUE(pool.init(100, 8));
+    EXPECT_EQ(pool.frame(11), pool.frame(3));
+    EXPECT_EQ(pool.frame(7)->size(), 100u);
+    EXPECT_EQ(pool.frame(7)->id(), vvideo::noFrame);
+    EXPECT_FALSE(pool.init(0x7FFFFFFF, 64)) << "more than there is memory";
+    EXPECT_EQ(pool.count(), 0u);
+    EXPECT_EQ(pool.inPos(), ~0ull);
+}
+
+TEST(FramePool, ComparesItsPositions) {
+    const struct {
+        unsigned long long in, out;
+        bool overrun, underrun;
+    } cases[] = {{10, 3, true, false},  {10, 4, false, false}, {10, 10, false, true},
+                 {10, 11, false, true}, {10, 13, false, true}, {9, 0, true, false}};
+    dvFramePool pool;
+    pool.init(10, 8);
+    for (const auto& c : cases) {
+        pool.set(std::min(c.in, c.out));
+        while (pool.inPos() < c.in)
+            pool.incIn();
+        while (pool.outPos() < c.out)
+            pool.incOut();
+        EXPECT_EQ(pool.advantage(), static_cast<long long>(c.in - c.out));
+        EXPECT_EQ(pool.overrun(), c.overrun) << c.in << " " << c.out;
+        EXPECT_EQ(pool.underrun(), c.underrun) << c.in << " " << c.out;
+        EXPECT_TRUE(pool.incIn() == c.in && pool.incOut() == c.out) << "the positions before";
+    }
+}
+
+TEST(FramePool, CorrectsTheReaderToHalfTheRing) {
+    dvFramePool pool;
+    pool.init(10, 25);
+    pool.set(100);
+    EXPECT_EQ(pool.correctOut(), 88u);
+    EXPECT_EQ(pool.outPos(), 88u);
+    pool.set(5);
+    EXPECT_EQ(pool.correctOut(), ~0ull - 6) << "not clamped";
+}
+
+TEST(FramePool, FindsFramesByNumberAndAge) {
+    dvFramePool pool, copy;
+    pool.init(10, 3);
+    pool.frame(1)->setId(42);
+    pool.frame(2)->setId(42);
+    EXPECT_EQ(pool.findFrame(42), pool.frame(1));
+    EXPECT_EQ(pool.findFrame(43), nullptr);
+    pool.resetAccess();
+    pool.frame(0)->access() = 3;
+    EXPECT_EQ(pool.findOldest(), pool.frame(1)) << "the lowest slot of two";
+    pool.lowerAccess();
+    EXPECT_EQ(pool.frame(0)->access(), 2);
+    EXPECT_EQ(pool.frame(2)->access(), -2);
+    copy = pool;
+    pool.incIn();
+    pool.flush();
+    EXPECT_EQ(pool.findFrame(42), nullptr);
+    EXPECT_EQ(pool.inPos(), 0u);
+    EXPECT_EQ(copy.findFrame(42), copy.frame(1)) << "a copy has frames of its own";
+}
