@@ -1,0 +1,17 @@
+#!/bin/bash
+# bench.sh [ARGUMENTS...]: sets up what is missing, builds the 32-bit release and runs the measurements, which get
+# the arguments (--help tells which). They print a table and leave it in out/bench.json; the exit status is 1 when a
+# target is missed. The figures are this machine's, under Wine.
+set -euo pipefail
+cd -P "${BASH_SOURCE[0]%/*}"
+. scripts/common.sh
+
+trap '"$root/scripts/stop.sh"' EXIT
+scripts/setup.sh
+if [[ -x scripts/make_streams.sh ]]; then
+    scripts/make_streams.sh build/streams >&2
+fi
+build_target win32 marvo-bench marvo-devices
+[[ -f build/win32/bin/marvo-bench.exe ]] ||
+    die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its CMakeLists.txt."
+MARVO_CWD=build/win32/scratch/bench scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "$@"

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "bench/foreign_pin.h"
+#include "bench/recording.h"
+#include "bench/sample_pool.h"
+
+#include <atomic>
+#include <thread>
+
+/// What the engine's pipeline asks of the system for each frame, without the engine and without a copy of a frame: a
+/// writer that sleeps 10 ms at a time until a frame is there, writes one record unbuffered, and flushes once per ring's
+/// worth of frames; and a thread that the system's clock wakes once per frame, and that rests 5 ms and takes and gives
+/// back a sample.
+class BarePipeline {
+public:
+    /// Throws std::runtime_error when the file or the clock cannot be had.
+    BarePipeline(size_t frameSize, int ringFrames, long long period_100ns);
+    ~BarePipeline();
+    BarePipeline(const BarePipeline&) = delete;
+    BarePipeline& operator=(const BarePipeline&) = delete;
+
+    /// Where frames are fed.
+    IMemInputPin* input() { return &sink_; }
+
+private:
+    void write();
+    void show();
+
+    const int ringFrames_;
+    TemporaryFile file_{L"bench_bare.dv"};
+    vcore::handle handle_;
+    FrameBuffers record_;
+    SamplePool pool_;
+    vwin::com_<IReferenceClock> clock_;
+    vcore::semaphore tick_{1, nullptr};
+    DWORD_PTR advice_ = 0;
+    ForeignPin sink_{PINDIR_INPUT};
+    std::atomic<bool> stop_ = false;
+    std::thread writer_;
+    std::thread player_;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "bench/options.h"
+#include "bench/progress.h"
+#include "bench/report.h"
+
+/// What a group of measurements works with. A group throws std::runtime_error when it cannot measure.
+struct Bench {
+    const Options& options;
+    Report& report;
+    Progress& progress;
+
+    /// The number for a full run or for a quick one.
+    int scaled(int full, int quick) const { return options.quick ? quick : full; }
+};
+
+void measureStore(Bench& bench);
+void measureWriter(Bench& bench);
+void measureCpu(Bench& bench);
+void measureReplay(Bench& bench);
+void measureSeek(Bench& bench);
+void measureLoss(Bench& bench);
+void measureAllocations(Bench& bench);
+void measureInfo(Bench& bench);

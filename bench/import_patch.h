@@ -1,0 +1,29 @@
+#pragma once
+
+#include "marvo.h"
+
+#include <string>
+#include <vector>
+
+/// Replaces a function that a loaded module imports, for this module only and as long as the object lives. Calls that
+/// are under way go on.
+class ImportPatch {
+public:
+    /// Replaces every import of that name, from whichever library, by `replacement`, which has the same signature.
+    ImportPatch(HMODULE module, const std::string& name, void* replacement);
+    ~ImportPatch();
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
+
+    /// The imported function itself; null when the module does not import it.
+    void* original() const { return original_; }
+
+private:
+    static void write(void** entry, void* function);
+
+    void* original_ = nullptr;
+    std::vector<void**> entries_;
+};
+
+/// The module of the engine's library.
+HMODULE engineModule();

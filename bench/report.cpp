@@ -1,0 +1,113 @@
+#include "bench/report.h"
+
+#include "bench/machine.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+std::string number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof(text), value >= 1000 ? "%.0f" : "%.4g", value);
+    return text;
+}
+
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            result += '\\';
+        }
+        result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+    }
+    return result + '"';
+}
+
+const char* word(std::optional<bool> met) {
+    return !met ? "" : *met ? "yes" : "NO";
+}
+
+const char* literal(std::optional<bool> met) {
+    return !met ? "null" : *met ? "true" : "false";
+}
+
+} // namespace
+
+std::string Target::text() const {
+    return (lowest_ ? ">= " : "<= ") + number(limit_);
+}
+
+std::optional<bool> Report::Row::met() const {
+    if (!value) {
+        return false;
+    }
+    return target ? std::optional(target->metBy(*value)) : std::nullopt;
+}
+
+void Report::add(const std::string& name, double value, const char* unit, std::optional<Target> target,
+                 const std::string& note) {
+    rows_.push_back({group_, name, value, unit, target, note});
+}
+
+void Report::notMeasured(const std::string& reason) {
+    rows_.push_back({group_, "not measured", {}, "", {}, reason});
+}
+
+bool Report::allMet() const {
+    for (const Row& row : rows_) {
+        if (!row.met().value_or(true)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Report::printRow(const Row& row) {
+    std::printf("%-12s %-58s %10s %-12s %-8s %-4s %s\n", row.group.c_str(), row.name.c_str(),
+                row.value ? number(*row.value).c_str() : "-", row.unit.c_str(),
+                row.target ? row.target->text().c_str() : "", word(row.met()), row.note.c_str());
+}
+
+void Report::print() const {
+    std::printf("%-12s %-58s %10s %-12s %-8s %-4s %s\n", "group", "figure", "value", "unit", "target", "met",
+                "note");
+    for (const Row& row : rows_) {
+        printRow(row);
+    }
+    if (allMet()) {
+        std::puts("\nEvery target is met.");
+    } else {
+        std::puts("\nMissed:");
+        for (const Row& row : rows_) {
+            if (!row.met().value_or(true)) {
+                printRow(row);
+            }
+        }
+    }
+    std::fflush(stdout);
+}
+
+bool Report::write(const std::string& file, bool quick) const {
+    std::error_code ignored;
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
+    std::ofstream out(file, std::ios::binary);
+    const Machine machine;
+    out << "{\n  \"machine\": {\"cores\": " << machine.cores
+        << ", \"processor\": " << quoted(machine.processor) << ", \"system\": " << quoted(machine.system)
+        << ", \"target\": " << quoted(machine.target) << ", \"date\": " << quoted(machine.date)
+        << "},\n  \"quick\": " << (quick ? "true" : "false") << ",\n  \"rows\": [";
+    const char* separator = "\n";
+    for (const Row& row : rows_) {
+        out << separator << "    {\"group\": " << quoted(row.group) << ", \"name\": " << quoted(row.name)
+            << ", \"value\": " << (row.value ? number(*row.value) : "null")
+            << ", \"unit\": " << quoted(row.unit)
+            << ", \"target\": " << (row.target ? quoted(row.target->text()) : "null")
+            << ", \"met\": " << literal(row.met()) << ", \"note\": " << quoted(row.note) << "}";
+        separator = ",\n";
+    }
+    out << "\n  ]\n}\n";
+    out.close();
+    return !out.fail();
+}

@@ -1,0 +1,150 @@
+#include "bench/frame_buffers.h"
+#include "bench/groups.h"
+#include "bench/import_patch.h"
+#include "bench/recording.h"
+#include "bench/sample_pool.h"
+#include "bench/statistics.h"
+
+#include <atomic>
+#include <stdexcept>
+
+namespace {
+
+constexpr unsigned long frameSize = 144000;
+constexpr unsigned long ringFrames = 50;
+constexpr size_t sampleCount = 8;
+
+std::atomic<int> flushes = 0;
+
+BOOL WINAPI countingFlush(HANDLE file) {
+    ++flushes;
+    return FlushFileBuffers(file);
+}
+
+/// Records frames into a file as fast as the writer takes them.
+///
+/// The frames are fed on the writer's own thread, one for each that it takes, in the signal that it emits before it takes
+/// one; the time for that is not counted. So the writer neither waits for the feed nor shares the processors with it,
+/// and it sees the ring's positions pass as it does with a camera.
+class Recorder {
+public:
+    Recorder() {
+        if (!store_.init(frameSize, 400000, ringFrames)) {
+            throw std::runtime_error("the frame store gives no ring");
+        }
+        store_.connect(L"poolInfo", this, nullptr, &Recorder::onTaking);
+        for (size_t i = 0; i < sampleCount; ++i) {
+            samples_.push_back(pool_.sample(frames_[i]));
+        }
+    }
+
+    /// Seconds from the first frame that the writer takes until the file is closed, less the feeding.
+    double record(const TemporaryFile& file, int frames) {
+        file.remove();
+        flushes = 0;
+        begun_s_ = feeding_s_ = 0;
+        fed_ = 0;
+        framesToFeed_ = frames;
+        if (!store_.startRecord(file.name())) {
+            throw std::runtime_error("the recording cannot be made");
+        }
+        add();
+        if (!allFed_.wait(limit_ms)) {
+            throw std::runtime_error("the writer has stopped");
+        }
+        store_.stopRecord();
+        return now_s() - begun_s_ - feeding_s_;
+    }
+
+private:
+    static constexpr unsigned long long backlog = ringFrames / 2;
+    static constexpr unsigned long limit_ms = 60000;
+
+    void add() { store_.add(samples_[static_cast<size_t>(fed_++) % sampleCount].ptr()); }
+
+    void onTaking(unsigned long long newest, unsigned long long written) {
+        const double from_s = now_s();
+        if (begun_s_ == 0) {
+            begun_s_ = from_s;
+        }
+        for (; fed_ < framesToFeed_ && newest - written < backlog; ++newest) {
+            add();
+            if (fed_ == framesToFeed_) {
+                allFed_.set();
+            }
+        }
+        feeding_s_ += now_s() - from_s;
+    }
+
+    FrameBuffers frames_{sampleCount, frameSize};
+    SamplePool pool_{sampleCount, frameSize};
+    std::vector<vwin::com_<IMediaSample>> samples_;
+    vcore::event allFed_;
+    double begun_s_ = 0;
+    double feeding_s_ = 0;
+    int fed_ = 0;
+    int framesToFeed_ = 0;
+    dvFrameStore store_;
+};
+
+/// Seconds from the first record until the file is closed, with `flushCount` flushes spread evenly.
+double write(const FrameBuffers& records, const TemporaryFile& file, int frames, int flushCount) {
+    file.remove();
+    vcore::handle handle(CreateFileW(file.name(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                     FILE_FLAG_NO_BUFFERING, nullptr));
+    const Stopwatch watch;
+    int flushed = 0;
+    for (int i = 0; i < frames; ++i) {
+        DWORD done = 0;
+        if (!WriteFile(handle.get(), records[static_cast<size_t>(i)], static_cast<DWORD>(records.size()),
+                       &done, nullptr) ||
+            done != records.size()) {
+            throw std::runtime_error("the disk takes no more");
+        }
+        if ((i + 1) * flushCount / frames > flushed) {
+            FlushFileBuffers(handle.get());
+            ++flushed;
+        }
+    }
+    handle.reset();
+    return watch.seconds();
+}
+
+unsigned long long sizeOf(const TemporaryFile& file) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    GetFileAttributesExW(file.name(), GetFileExInfoStandard, &data);
+    return static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
+} // namespace
+
+void measureWriter(Bench& bench) {
+    bench.progress.step("recording as fast as the file takes it");
+    const FrameBuffers records(ringFrames, recordSize(frameSize));
+    Recorder recorder;
+    const ImportPatch counting(engineModule(), "FlushFileBuffers", reinterpret_cast<void*>(&countingFlush));
+    const TemporaryFile recording(L"bench_writer.dv");
+    const TemporaryFile plain(L"bench_plain.dv");
+    // Not a multiple of the ring: there the writer would flush after each frame of its last backlog.
+    const int frames = bench.scaled(40, 20) * static_cast<int>(ringFrames) + static_cast<int>(ringFrames) / 2;
+    const int rounds = bench.scaled(15, 9);
+    std::vector<double> flushCounts;
+    const auto engine = [&] {
+        bench.progress.part(static_cast<double>(flushCounts.size()), rounds + 1);
+        const double seconds = recorder.record(recording, frames);
+        if (sizeOf(recording) != static_cast<unsigned long long>(frames) * records.size()) {
+            throw std::runtime_error("frames are missing from the recording");
+        }
+        flushCounts.push_back(flushes);
+        return seconds;
+    };
+    const auto baseline = [&] { return write(records, plain, frames, flushes); };
+    const Comparison result = compare(rounds, engine, baseline);
+
+    bench.report.add("frames from the ring to the file, against plain writing", result.ratio, "ratio",
+                     Target::atLeast(0.8), "PAL, both unbuffered, with the same number of flushes");
+    bench.report.add("frames from the ring to the file", frames / result.engine_s, "frames/s");
+    bench.report.add("plain writing of the records", frames / result.baseline_s, "frames/s");
+    bench.report.add("flushes per ring's worth of frames", median(flushCounts) * ringFrames / frames,
+                     "flushes");
+}
