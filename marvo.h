@@ -62,8 +62,11 @@
 
 // The replay engine and its front end `dvFE`.
 #include "replay/avi_file.h"
+#include "replay/avi_inspector.h"
+#include "replay/avi_odml_file_info.h"
 #include "replay/drive_search.h"
 #include "replay/dv_file.h"
+#include "replay/file_io_avi.h"
 #include "replay/frame_loader.h"
 #include "replay/frame_store.h"
 #include "replay/front_end.h"

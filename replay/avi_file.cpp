@@ -1,21 +1,79 @@
 #include "replay/avi_file.h"
 
-bool dvAVIFile::create(const wchar_t*, unsigned long) {
-    return false;
+#include "replay/file_io_avi.h"
+
+#include <utility>
+
+namespace {
+
+constexpr unsigned long palFrameSize = 144000;
+
+} // namespace
+
+dvAVIFile::dvAVIFile() : io_(std::make_unique<FileIOAVI>()) {}
+
+dvAVIFile::~dvAVIFile() = default;
+
+bool dvAVIFile::create(const wchar_t* name, unsigned long frameSize) {
+    FileIOAVI::Video video;
+    video.is625 = frameSize == palFrameSize;
+    video.height = video.is625 ? 576 : 480;
+    return io_->create(name, video, true) == FileIOAVI::Ok;
 }
 
-bool dvAVIFile::open(const wchar_t*) {
-    return false;
+bool dvAVIFile::open(const wchar_t* name) {
+    return io_->open(name) == FileIOAVI::Ok;
 }
 
-void dvAVIFile::close() {}
-
-bool dvAVIFile::writeFrame(char*, unsigned long, unsigned long) {
-    return false;
+void dvAVIFile::close() {
+    io_->close();
 }
 
-bool dvAVIFile::readFrame(char*, unsigned long, unsigned long) {
-    return false;
+bool dvAVIFile::opened() const {
+    return io_->opened();
 }
 
-void dvAVIFile::seekFrame(unsigned long) {}
+bool dvAVIFile::writeFrame(char* buffer, unsigned long frameSize, unsigned long bufferSize) {
+    return io_->writeFrame(buffer, bufferSize, frameSize) == FileIOAVI::Ok;
+}
+
+bool dvAVIFile::readFrame(char* buffer, unsigned long bufferSize, unsigned long frame) {
+    return io_->readFrame(buffer, bufferSize, frame) == FileIOAVI::Ok;
+}
+
+void dvAVIFile::seekFrame(unsigned long frame) {
+    io_->seekFrame(frame);
+}
+
+void dvAVIFile::refresh() {
+    io_->refresh();
+}
+
+unsigned long dvAVIFile::frames() const {
+    return io_->frames();
+}
+
+unsigned long dvAVIFile::frame() const {
+    return io_->frame();
+}
+
+unsigned long dvAVIFile::getSectorSize() const {
+    const unsigned long size = io_->opened() ? io_->sectorSize() : 1;
+    return size != 0 ? size : 1;
+}
+
+unsigned long dvAVIFile::getDataRate() const {
+    return io_->dataRate();
+}
+
+unsigned long dvAVIFile::getDataFrameSize() const {
+    return io_->dataFrameSize();
+}
+
+unsigned long dvAVIFile::getAVIFrameSize() const {
+    return io_->slotSize();
+}
+
+void dvAVIFile::swap(dvAVIFile& other) {
+    std::swap(io_, other.io_);
+}
