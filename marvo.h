@@ -33,6 +33,9 @@
 #include "core/strtokens_var.h"
 #include "core/timed_guard.h"
 #include "core/var.h"
+#include "core/var_array.h"
+#include "core/varlist.h"
+#include "core/vars.h"
 #include "core/vobject.h"
 #include "core/winthread.h"
 

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace vcore {
 
@@ -25,14 +26,6 @@ Integer truncated(double value) {
 
 } // namespace
 
-var::var(SAFEARRAY* array) : var() {
-    VARTYPE element = VT_VARIANT;
-    if (!array || FAILED(SafeArrayGetVartype(array, &element)))
-        element = VT_VARIANT;
-    _setType(static_cast<VARTYPE>(VT_ARRAY | element));
-    parray = array;
-}
-
 var::var(const VARIANT* source) : var() {
     if (source)
         _assign(*source);
@@ -43,14 +36,27 @@ var& var::operator=(const var& source) {
     return *this;
 }
 
+var& var::operator=(var&& source) noexcept {
+    var taken(std::move(source));
+    swap(taken);
+    return *this;
+}
+
+void var::swap(var& other) noexcept {
+    std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
+}
+
+// The copy is complete before the old payload is freed, because the source may be part of that.
 void var::_assign(const VARIANT& source) {
-    const VARIANT copy = source;
-    if (copy.vt == VT_BSTR) {
-        setS(copy.bstrVal);
-    } else {
-        freeS();
-        static_cast<VARIANT&>(*this) = copy;
-    }
+    VARIANT copy{};
+    const HRESULT result = VariantCopy(&copy, const_cast<VARIANT*>(&source));
+    // Types that belong in no variant (narrow text, raw pointers) own nothing.
+    if (result == DISP_E_BADVARTYPE)
+        copy = source;
+    else if (FAILED(result))
+        copy = VARIANT{};
+    freeS();
+    static_cast<VARIANT&>(*this) = copy;
 }
 
 void var::_setType(VARTYPE type) {
@@ -59,8 +65,7 @@ void var::_setType(VARTYPE type) {
 }
 
 void var::freeS() {
-    if (vt == VT_BSTR)
-        SysFreeString(bstrVal);
+    VariantClear(this);
     _setType(VT_EMPTY);
 }
 
@@ -96,15 +101,31 @@ void var::setB(bool value) {
 }
 
 void var::setU(IUnknown* object) {
+    if (object)
+        object->AddRef();
     freeS();
     vt = VT_UNKNOWN;
     punkVal = object;
 }
 
 void var::setD(IDispatch* object) {
+    if (object)
+        object->AddRef();
     freeS();
     vt = VT_DISPATCH;
     pdispVal = object;
+}
+
+void var::setArray(SAFEARRAY* array) {
+    VARTYPE element = VT_VARIANT;
+    if (!array || FAILED(SafeArrayGetVartype(array, &element)))
+        element = VT_VARIANT;
+    SAFEARRAY* copy = nullptr;
+    if (array && FAILED(SafeArrayCopy(array, &copy)))
+        copy = nullptr;
+    freeS();
+    vt = static_cast<VARTYPE>(VT_ARRAY | element);
+    parray = copy;
 }
 
 void var::setP(void* pointer) {
@@ -126,7 +147,7 @@ VARIANT& var::_target() const {
 }
 
 int var::_type() const {
-    return _target().vt & (VT_TYPEMASK | VT_ARRAY);
+    return _target().vt & ~VT_BYREF;
 }
 
 bool var::isI() const {
@@ -242,6 +263,10 @@ IDispatch* var::getD() const {
 
 void* var::getP() const {
     return isP() ? _payload<void*>() : nullptr;
+}
+
+SAFEARRAY* var::getArray() const {
+    return isArray() ? _payload<SAFEARRAY*>() : nullptr;
 }
 
 var::operator const char*() const {

@@ -4,6 +4,9 @@
 
 #include "core/platform.h"
 
+#include <cstddef>
+#include <type_traits>
+
 namespace vcore {
 
 class str;
@@ -11,8 +14,12 @@ class str;
 /// A value of dynamic type, laid out as the OLE `VARIANT` that it is, so that it can be handed to COM as it stands.
 ///
 /// Reading converts leniently: what cannot be converted is 0, false or empty text, and so is a null object. A
-/// by-reference payload is read through its pointer; a reference to another variant reads that variant. Text is owned
-/// (a `BSTR`); interfaces and raw pointers are borrowed and never released. Not thread-safe.
+/// by-reference payload is read through its pointer; a reference to another variant reads that variant.
+///
+/// The payload is owned as OLE has it, so that a value that a foreign function has filled in is freed as it must be:
+/// text (a `BSTR`) and arrays are copied when they are stored and freed, interfaces are referenced and released. Raw
+/// pointers, narrow text and what a by-reference payload points to are borrowed. The same holds for copies of a value.
+/// Not thread-safe.
 class MARVO_API var : public VARIANT {
 public:
     /// Empty.
@@ -31,23 +38,31 @@ public:
     var(const wchar_t* text) : var() { setS(text); }
     /// A raw pointer, borrowed.
     var(void* pointer) : var() { setP(pointer); }
-    /// An interface, borrowed.
+    /// An interface, referenced; may be null.
     var(IUnknown* object) : var() { setU(object); }
-    /// An automation interface, borrowed.
+    /// An automation interface, referenced; may be null.
     var(IDispatch* object) : var() { setD(object); }
-    /// An array, borrowed, of the element type that it tells (variants when it does not).
-    var(SAFEARRAY* array);
-    /// A copy with its own text; any other payload is taken as it stands.
+    /// A copy of the array; see `setArray`.
+    var(SAFEARRAY* array) : var() { setArray(array); }
+    /// A copy. Empty when there is no memory for it.
     var(const VARIANT& source) : var() { _assign(source); }
     /// As above; null makes an empty value.
     var(const VARIANT* source);
     /// As above.
     var(const var& source) : var() { _assign(source); }
+    /// Takes the value over; `source` is empty then.
+    var(var&& source) noexcept : var() { swap(source); }
+    /// Takes over a copy, which may be of a part of this value (an element of its array).
     var& operator=(const var& source);
+    /// Takes the value over and frees the one held before; `source` is empty then, unless it is this value.
+    var& operator=(var&& source) noexcept;
     ~var() { freeS(); }
 
-    /// Frees the text, if it is one, and makes the value empty.
+    /// Frees the payload, if it is owned, and makes the value empty. An array that somebody has locked is not freed
+    /// but left to him.
     void freeS();
+    /// Exchanges two values without copying anything.
+    void swap(var& other) noexcept;
     /// Same as `freeS`.
     void setEmpty() { freeS(); }
     /// Stores a 32-bit integer.
@@ -60,12 +75,15 @@ public:
     void setS(const wchar_t* text);
     /// Stores a boolean, true as -1.
     void setB(bool value);
-    /// Stores an interface, borrowed.
+    /// Stores an interface and adds a reference to it, which the value releases.
     void setU(IUnknown* object);
-    /// Stores an automation interface, borrowed.
+    /// Stores an automation interface in the same way.
     void setD(IDispatch* object);
     /// Stores a raw pointer, borrowed.
     void setP(void* pointer);
+    /// Stores a copy of the array with all its elements, with the array flag and the element type that it tells
+    /// (variants when it does not). Null, or no memory for the copy, makes a value of array type without an array.
+    void setArray(SAFEARRAY* array);
 
     /// Whether there is no value.
     bool isEmpty() const { return _type() == VT_EMPTY; }
@@ -87,6 +105,8 @@ public:
     bool isD() const { return _type() == VT_DISPATCH; }
     /// Whether it is a raw pointer.
     bool isP() const { return _type() == VT_VOID; }
+    /// Whether it is an array.
+    bool isArray() const { return (_type() & VT_ARRAY) != 0; }
 
     /// The value as an integer: fractions are dropped, numbers out of range become the nearest there is, text is
     /// evaluated as an expression (`str::calculate`). A 64-bit integer is cut to its low half.
@@ -107,6 +127,8 @@ public:
     IDispatch* getD() const;
     /// The raw pointer; null for any other type.
     void* getP() const;
+    /// The array, owned by the value (or by whom a by-reference payload belongs to); null for any other type.
+    SAFEARRAY* getArray() const;
     /// The text in the ANSI code page. Valid until the eighth further conversion, of whatever value.
     operator const char*() const;
     /// Writes the value as text to `out` and returns it: numbers with a fraction with 4 digits (32 bits) or 8 (64 bits),
@@ -114,20 +136,28 @@ public:
     /// integer that `getI` gives.
     str& toStr(str& out, bool quote) const;
 
-    /// The raw payload, whatever the type is; through the pointer for a by-reference value.
+    /// The raw payload as a 32-bit integer, whatever the type is; through the pointer for a by-reference value. This
+    /// and the others of its kind neither convert nor free anything: what is stored there belongs to the value.
     long& dataI() { return _payload<long>(); }
+    /// The raw payload as a 64-bit floating point number.
     double& dataF() { return _payload<double>(); }
+    /// The raw payload as text.
     BSTR& dataS() { return _payload<BSTR>(); }
+    /// The raw payload as a pointer to narrow text.
     char*& dataC() { return _payload<char*>(); }
+    /// The raw payload as an interface.
     IUnknown*& dataU() { return _payload<IUnknown*>(); }
+    /// The raw payload as an automation interface.
     IDispatch*& dataD() { return _payload<IDispatch*>(); }
+    /// The raw payload as a boolean.
     VARIANT_BOOL& dataB() { return _payload<VARIANT_BOOL>(); }
+    /// The raw payload as a pointer.
     void*& dataP() { return _payload<void*>(); }
 
 private:
     /// The variant that holds the payload: this one, or the one it refers to; an empty one on a null object.
     VARIANT& _target() const;
-    /// Base type of the target, with the array flag.
+    /// Type of the target without the by-reference flag.
     int _type() const;
     void _setType(VARTYPE type);
     void _assign(const VARIANT& source);
@@ -144,45 +174,58 @@ private:
     double _fraction() const;
 };
 
+// A value is handed to COM as the variant that it is.
+static_assert(std::is_standard_layout_v<var> && sizeof(var) == sizeof(VARIANT) &&
+              alignof(var) == alignof(VARIANT));
+static_assert(offsetof(VARIANT, vt) == 0 && offsetof(VARIANT, llVal) == 8);
+static_assert(sizeof(VARIANT) == 8 + 2 * sizeof(void*), "16 bytes in a 32-bit process");
+
 /// A value constructed as a boolean.
 class MARVO_API varB : public var {
 public:
+    /// The boolean.
     varB(bool value) { setB(value); }
 };
 
 /// A value constructed as a 32-bit integer.
 class MARVO_API varI : public var {
 public:
+    /// The integer.
     varI(long value) { setI(value); }
 };
 
 /// A value constructed as a 64-bit integer.
 class MARVO_API varI64 : public var {
 public:
+    /// The integer.
     varI64(long long value) { setI64(value); }
 };
 
 /// A value constructed as text.
 class MARVO_API varS : public var {
 public:
+    /// A copy of the text; null makes an empty text.
     varS(const wchar_t* text) { setS(text); }
 };
 
 /// A value constructed as a floating point number.
 class MARVO_API varF : public var {
 public:
+    /// The number.
     varF(double value) { setF(value); }
 };
 
-/// A value constructed as an interface, borrowed.
+/// A value constructed as an interface, referenced.
 class MARVO_API varU : public var {
 public:
+    /// The interface; may be null.
     varU(IUnknown* object) { setU(object); }
 };
 
 /// A value constructed as a raw pointer.
 class MARVO_API varP : public var {
 public:
+    /// The pointer; may be null.
     varP(void* pointer) { setP(pointer); }
 };
 
