@@ -1,5 +1,7 @@
 #include "replay/dv_file.h"
 
+#include "replay/volume.h"
+
 #include <cstring>
 #include <new>
 
@@ -7,8 +9,6 @@ namespace {
 
 /// The strictest sector size in use; memory aligned to it suits every volume.
 constexpr std::align_val_t sectorMemoryAlignment{4096};
-
-constexpr unsigned long maxPath = 1024;
 
 } // namespace
 
@@ -51,24 +51,8 @@ void dvFile::setFrameSize(unsigned long size) {
 }
 
 void dvFile::_updateAlignment(const wchar_t* name) {
-    char path[maxPath + 1] = "";
-    vcore::str narrow;
-    narrow = name;
-    const unsigned long length = GetFullPathNameA(narrow.getStr(), maxPath, path, nullptr);
-    char* colon = length > 0 && length < maxPath ? std::strchr(path, ':') : nullptr;
-    const char* root = "\\";
-    if (colon) {
-        colon[1] = '\\';
-        colon[2] = '\0';
-        root = path;
-    }
-    DWORD sectorsPerCluster = 0;
-    DWORD bytesPerSector = 0;
-    DWORD freeClusters = 0;
-    DWORD clusters = 0;
-    if (GetDiskFreeSpaceA(root, &sectorsPerCluster, &bytesPerSector, &freeClusters, &clusters) &&
-        bytesPerSector != 0) {
-        alignment_ = bytesPerSector;
+    if (const unsigned long sector = bytesPerSector(name); sector != 0) {
+        alignment_ = sector;
     }
 }
 

@@ -87,7 +87,7 @@ void FileIOAVI::seekFrame(unsigned long frame) {
 }
 
 int FileIOAVI::refresh() {
-    return reader_ ? reader_->refresh(info_) : static_cast<int>(Ok);
+    return reader_ ? reader_->refresh() : static_cast<int>(Ok);
 }
 
 bool FileIOAVI::framePosition(unsigned long frame, FramePosition& position) const {

@@ -1,0 +1,298 @@
+#include "replay/avi_frame_finder.h"
+
+#include "replay/dv_shape.h"
+
+#include <algorithm>
+#include <cstring>
+
+using riff::fourcc;
+
+namespace {
+
+/// Most that is read of an index at once.
+constexpr unsigned long blockBytes = 0x40000;
+
+/// Chunks of an index that are compared with the file.
+constexpr unsigned long samples = 8;
+
+/// Entries at the begin of a legacy index that are tried to find out what their offsets are counted from.
+constexpr int baseTries = 64;
+
+/// Chunks looked at behind the first "movi" list to find the legacy index.
+constexpr int legacyTries = 4;
+
+/// The top bit of a standard index entry's size says that the frame is no key frame.
+constexpr std::uint32_t sizeMask = 0x7FFFFFFF;
+
+struct StandardIndexHead {
+    riff::ChunkHeader chunk;
+    riff::IndexHeader index;
+};
+
+constexpr unsigned long long join(std::uint32_t low, std::uint32_t high) {
+    return static_cast<unsigned long long>(high) << 32 | low;
+}
+
+} // namespace
+
+void AviFrameFinder::find() {
+    findPieces();
+    restart();
+    loadSuperIndex();
+    loadLegacyIndex();
+    if (!samplesFit()) {
+        doubtIndexes(L"an index contradicts the chunks");
+        restart();
+    }
+    walkTo(~0ull);
+    info_.totalFrames = index_.count();
+}
+
+void AviFrameFinder::findNew() {
+    source_.updateSize();
+    walkTo(~0ull);
+    info_.totalFrames = index_.count();
+}
+
+/// Begins anew without any frame.
+void AviFrameFinder::restart() {
+    index_.clear();
+    info_.walkedFrames = 0;
+    cursor_ = header_.movi.offset + sizeof(riff::ListHeader);
+}
+
+bool AviFrameFinder::doubtIndexes(const wchar_t* reason) {
+    doubt_ = reason;
+    return false;
+}
+
+/// Goes from piece to piece by the sizes they give themselves, as far as these are true.
+void AviFrameFinder::findPieces() {
+    addPiece(0);
+    RiffWalker walker(source_, 0);
+    RiffChunk piece;
+    while (walker.next(piece) == RiffWalker::Step::Chunk && piece.id == fourcc("RIFF")) {
+        addPiece(piece.offset);
+    }
+}
+
+void AviFrameFinder::addPiece(unsigned long long offset) {
+    if (info_.piecePositions.empty() || offset > info_.piecePositions.back()) {
+        info_.piecePositions.push_back(offset);
+    }
+    info_.pieces = static_cast<unsigned long>(info_.piecePositions.size());
+}
+
+/// Calls `function` with each of `count` records from `offset` on, until it returns false. False then, and when the
+/// file ends before.
+template <class Record, class Function>
+bool AviFrameFinder::forEachRecord(unsigned long long offset, std::uint32_t count, Function function) {
+    constexpr std::uint32_t perBlock = blockBytes / sizeof(Record);
+    block_.resize(blockBytes);
+    while (count > 0) {
+        const std::uint32_t now = std::min(count, perBlock);
+        const auto bytes = static_cast<unsigned long>(now * sizeof(Record));
+        if (source_.read(offset, block_.data(), bytes) != bytes) {
+            return false;
+        }
+        for (std::uint32_t i = 0; i < now; ++i) {
+            Record record;
+            std::memcpy(&record, block_.data() + i * sizeof(Record), sizeof(Record));
+            if (!function(record)) {
+                return false;
+            }
+        }
+        offset += bytes;
+        count -= now;
+    }
+    return true;
+}
+
+void AviFrameFinder::loadSuperIndex() {
+    const RiffChunk& chunk = header_.superIndex;
+    riff::IndexHeader head{};
+    if (chunk.size < sizeof(head) || !source_.peek(chunk.data(), &head, sizeof(head))) {
+        return;
+    }
+    const std::uint32_t room = (chunk.size - sizeof(head)) / sizeof(riff::SuperIndexEntry);
+    if (head.type != 0 || head.longsPerEntry * sizeof(std::uint32_t) != sizeof(riff::SuperIndexEntry) ||
+        head.entriesInUse > room) {
+        doubtIndexes(L"cannot read the super index entry.");
+        return;
+    }
+    std::vector<riff::SuperIndexEntry> entries;
+    const auto keep = [&entries](const riff::SuperIndexEntry& entry) {
+        entries.push_back(entry);
+        return true;
+    };
+    forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
+    index_.reserve(static_cast<unsigned long>(std::min<unsigned long long>(
+        header_.extendedTotalFrames, source_.size() / header_.nominalFrameSize() + 1)));
+    unsigned long long last = 0;
+    for (const riff::SuperIndexEntry& entry : entries) {
+        const unsigned long long offset = join(entry.offsetLow, entry.offsetHigh);
+        // Standard indexes follow each other in the file; so none is read twice, and no cycle is followed.
+        if (offset <= last) {
+            doubtIndexes(L"the super index leads back");
+            return;
+        }
+        last = offset;
+        if (loadStandardIndex(entry)) {
+            info_.indexPositions.push_back(offset);
+        }
+    }
+}
+
+bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
+    const unsigned long long offset = join(entry.offsetLow, entry.offsetHigh);
+    StandardIndexHead head{};
+    block_.resize(blockBytes);
+    const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
+    const unsigned long got = source_.read(offset, block_.data(), wanted);
+    if (got < sizeof(head)) {
+        return doubtIndexes(L"no ix chunk found in movi LIST");
+    }
+    std::memcpy(&head, block_.data(), sizeof(head));
+    if (head.index.type == 0) {
+        return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
+    }
+    if (head.chunk.size < sizeof(head.index) || head.index.type != 1 || head.index.subType != 0 ||
+        head.index.longsPerEntry * sizeof(std::uint32_t) != sizeof(riff::StandardIndexEntry) ||
+        !header_.isFrame(head.index.chunkId) ||
+        head.index.entriesInUse > (head.chunk.size - sizeof(head.index)) / sizeof(riff::StandardIndexEntry)) {
+        return doubtIndexes(L"cannot read the standard index entry.");
+    }
+    const unsigned long long base = join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
+    const auto add = [this, base](const riff::StandardIndexEntry& frame) {
+        return addIndexed(base + frame.offset - sizeof(riff::ChunkHeader), frame.size & sizeMask);
+    };
+    const auto here = std::min<std::uint32_t>(head.index.entriesInUse,
+                                              (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
+    for (std::uint32_t i = 0; i < here; ++i) {
+        riff::StandardIndexEntry frame;
+        std::memcpy(&frame, block_.data() + sizeof(head) + i * sizeof(frame), sizeof(frame));
+        if (!add(frame)) {
+            return false;
+        }
+    }
+    const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
+    return forEachRecord<riff::StandardIndexEntry>(rest, head.index.entriesInUse - here, add) ||
+           doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+}
+
+void AviFrameFinder::loadLegacyIndex() {
+    RiffChunk chunk;
+    if (!findLegacyIndex(chunk)) {
+        return;
+    }
+    info_.legacyEntries = chunk.size / sizeof(riff::LegacyIndexEntry);
+    if (index_.count() != 0) {
+        return;
+    }
+    bool hasBase = false;
+    unsigned long long base = 0;
+    int tries = baseTries;
+    const auto add = [&](const riff::LegacyIndexEntry& entry) {
+        if (!header_.isFrame(entry.chunkId) || !dv::mayBeFrameSize(entry.size)) {
+            return true;
+        }
+        if (!hasBase) {
+            hasBase = legacyBase(entry, base);
+            if (!hasBase) {
+                return --tries > 0;
+            }
+        }
+        return addIndexed(base + entry.offset, entry.size);
+    };
+    if (!forEachRecord<riff::LegacyIndexEntry>(chunk.data(), info_.legacyEntries, add) && !doubt_) {
+        doubtIndexes(L"cannot read the legacy index entry.");
+    }
+}
+
+/// Looks for "idx1" behind the first list of frames.
+bool AviFrameFinder::findLegacyIndex(RiffChunk& found) {
+    RiffWalker walker(source_, header_.movi.paddedEnd());
+    for (int i = 0; i < legacyTries && walker.next(found) == RiffWalker::Step::Chunk; ++i) {
+        if (found.id == fourcc("idx1")) {
+            return true;
+        }
+        if (found.id == fourcc("RIFF")) {
+            return false;
+        }
+    }
+    return false;
+}
+
+/// What the offsets of a legacy index are counted from: the type of the list of frames, or the begin of the file.
+/// False when `entry` fits neither.
+bool AviFrameFinder::legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base) {
+    for (const unsigned long long candidate : {header_.movi.data(), 0ull}) {
+        if (isFrameAt(candidate + entry.offset, entry.size)) {
+            base = candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Appends the frame of an index entry, and before it what stands between it and the frame known last when there is
+/// room for a frame. False when the entry contradicts what is known.
+bool AviFrameFinder::addIndexed(unsigned long long offset, std::uint32_t size) {
+    if (!dv::mayBeFrameSize(size)) {
+        return true;
+    }
+    const unsigned long long all = source_.size();
+    if (offset < cursor_ || offset > all || all - offset < sizeof(riff::ChunkHeader) + size) {
+        return doubtIndexes(L"an index entry is impossible");
+    }
+    const unsigned long long room = sizeof(riff::ChunkHeader) + header_.nominalFrameSize();
+    if (offset - cursor_ >= room && !(walkTo(offset) && isFrameAt(offset, size))) {
+        return doubtIndexes(L"an index entry points into a chunk");
+    }
+    index_.add(offset, size);
+    cursor_ = offset + sizeof(riff::ChunkHeader) + riff::padded(size);
+    return true;
+}
+
+bool AviFrameFinder::isFrameAt(unsigned long long offset, std::uint32_t size) {
+    riff::ChunkHeader header{};
+    return source_.peek(offset, &header, sizeof(header)) && header_.isFrame(header.id) && header.size == size;
+}
+
+/// Whether the file holds what the indexes say: at some frames, and at the last, where a walk is to go on.
+bool AviFrameFinder::samplesFit() {
+    const unsigned long count = index_.count();
+    const unsigned long step = std::max(count / samples, 1ul);
+    for (unsigned long frame = 0; frame < count; frame += step) {
+        if (!isFrameAt(index_.offset(frame), index_.size(frame))) {
+            return false;
+        }
+    }
+    return count == 0 || isFrameAt(index_.offset(count - 1), index_.size(count - 1));
+}
+
+/// Takes the frames from the cursor up to `end` as the chunks have them. False when `end` lies within a chunk.
+bool AviFrameFinder::walkTo(unsigned long long end) {
+    RiffWalker walker(source_, cursor_);
+    RiffChunk chunk;
+    while (walker.position() < end && walker.next(chunk) == RiffWalker::Step::Chunk) {
+        const bool holdsFrames = chunk.type == fourcc("movi") || chunk.type == fourcc("rec ");
+        if (chunk.id == fourcc("RIFF")) {
+            addPiece(chunk.offset);
+            walker.enter(chunk);
+        } else if (holdsFrames) {
+            walker.enter(chunk);
+        } else if (header_.isFrame(chunk.id)) {
+            addWalked(chunk);
+        }
+        cursor_ = walker.position();
+    }
+    return walker.position() <= end;
+}
+
+void AviFrameFinder::addWalked(const RiffChunk& chunk) {
+    if (dv::mayBeFrameSize(chunk.size)) {
+        index_.add(chunk.offset, chunk.size);
+        ++info_.walkedFrames;
+    }
+}

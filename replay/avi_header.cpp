@@ -1,0 +1,131 @@
+#include "replay/avi_header.h"
+
+#include "replay/dv_shape.h"
+
+#include <algorithm>
+
+using riff::fourcc;
+
+namespace {
+
+constexpr unsigned long palFrameSize = 144000;
+constexpr unsigned long ntscFrameSize = 120000;
+
+/// The structure at the begin of a chunk; what the chunk is too short for stays 0.
+template <class Structure>
+Structure leading(AviSource& source, const RiffChunk& chunk) {
+    Structure structure{};
+    const auto bytes = std::min<unsigned long>(chunk.size, sizeof(structure));
+    source.peek(chunk.data(), &structure, bytes);
+    return structure;
+}
+
+} // namespace
+
+const wchar_t* AviHeader::read(AviSource& source) {
+    RiffWalker walker(source, 0);
+    RiffChunk chunk;
+    if (walker.next(chunk) != RiffWalker::Step::Chunk || chunk.id != fourcc("RIFF")) {
+        return L"Cannot descend into avi file.";
+    }
+    if (chunk.type != fourcc("AVI ")) {
+        return L"Not a RIFF chunk.";
+    }
+    walker.enter(chunk);
+    while (!hasMovi && walker.next(chunk) == RiffWalker::Step::Chunk) {
+        if (const wchar_t* fault = readChunk(source, walker, chunk)) {
+            return fault;
+        }
+    }
+    if (!hasMain) {
+        return L"No avih chunk found.";
+    }
+    return hasMovi ? nullptr : L"Cannot descend into movi chunk.";
+}
+
+const wchar_t* AviHeader::readChunk(AviSource& source, RiffWalker& walker, const RiffChunk& chunk) {
+    switch (chunk.id) {
+    case fourcc("LIST"):
+        return readList(walker, chunk);
+    case fourcc("avih"):
+        hasMain = true;
+        main = leading<riff::MainHeader>(source, chunk);
+        break;
+    case fourcc("strh"):
+        readStreamHeader(source, chunk);
+        break;
+    case fourcc("strf"):
+        readFormat(source, chunk);
+        break;
+    case fourcc("indx"):
+        if (currentIsVideo_) {
+            superIndex = chunk;
+        }
+        break;
+    case fourcc("dmlh"):
+        hasExtended = chunk.size >= sizeof(extendedTotalFrames);
+        extendedTotalFrames = leading<std::uint32_t>(source, chunk);
+        break;
+    case fourcc("idx1"):
+        return L"idx1 must come after hdrl and movi chunks.";
+    default:
+        break;
+    }
+    return nullptr;
+}
+
+const wchar_t* AviHeader::readList(RiffWalker& walker, const RiffChunk& list) {
+    switch (list.type) {
+    case fourcc("hdrl"):
+        inHeaderList_ = true;
+        walker.enter(list);
+        break;
+    case fourcc("strl"):
+    case fourcc("odml"):
+        walker.enter(list);
+        break;
+    case fourcc("movi"):
+        if (!inHeaderList_) {
+            return L"hdrl must come before movi chunk.";
+        }
+        hasMovi = true;
+        movi = list;
+        break;
+    default:
+        break;
+    }
+    return nullptr;
+}
+
+void AviHeader::readStreamHeader(AviSource& source, const RiffChunk& chunk) {
+    stream_ = leading<riff::StreamHeader>(source, chunk);
+    ++streams;
+    audioStreams += stream_.type == fourcc("auds") ? 1 : 0;
+    interleaved |= stream_.type == fourcc("iavs");
+    currentIsVideo_ = false;
+}
+
+void AviHeader::readFormat(AviSource& source, const RiffChunk& chunk) {
+    const auto picture = leading<riff::BitmapHeader>(source, chunk);
+    const bool isDv = dv::isCodec(stream_.handler) || dv::isCodec(picture.compression);
+    if (hasVideo || streams == 0 || stream_.type != fourcc("vids") || !isDv) {
+        return;
+    }
+    hasVideo = currentIsVideo_ = true;
+    videoStream = streams - 1;
+    video = stream_;
+    format = picture;
+}
+
+bool AviHeader::isFrame(std::uint32_t id) const {
+    const std::uint32_t number = ('0' + videoStream / 10 % 10) | ('0' + videoStream % 10) << 8;
+    return hasVideo && (id & 0xFFFF) == number &&
+           (id >> 16 == fourcc("00dc") >> 16 || id >> 16 == fourcc("00db") >> 16);
+}
+
+unsigned long AviHeader::nominalFrameSize() const {
+    if (dv::isFrameSize(format.sizeImage)) {
+        return format.sizeImage;
+    }
+    return format.height == 576 ? palFrameSize : ntscFrameSize;
+}

@@ -1,0 +1,48 @@
+#include "replay/avi_source.h"
+
+#include <algorithm>
+#include <cstring>
+
+bool AviSource::open(const wchar_t* name) {
+    file_.reset(CreateFileW(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    updateSize();
+    return static_cast<bool>(file_);
+}
+
+void AviSource::updateSize() {
+    windowBytes_ = 0;
+    LARGE_INTEGER size{};
+    if (file_ && GetFileSizeEx(file_.get(), &size)) {
+        size_ = static_cast<unsigned long long>(size.QuadPart);
+    }
+}
+
+unsigned long AviSource::read(unsigned long long offset, void* dest, unsigned long bytes,
+                              unsigned long* error) const {
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    DWORD got = 0;
+    const bool done = ReadFile(file_.get(), dest, bytes, &got, &position);
+    if (error) {
+        *error = done ? 0 : GetLastError();
+        *error = *error == ERROR_HANDLE_EOF ? 0 : *error;
+    }
+    return done ? std::min<unsigned long>(got, bytes) : 0;
+}
+
+bool AviSource::peek(unsigned long long offset, void* dest, unsigned long bytes) {
+    const bool inside = offset >= windowOffset_ && offset - windowOffset_ <= windowBytes_ &&
+                        windowBytes_ - (offset - windowOffset_) >= bytes;
+    if (!inside) {
+        window_.resize(std::max(readAhead_, bytes));
+        windowOffset_ = offset;
+        windowBytes_ = read(offset, window_.data(), static_cast<unsigned long>(window_.size()));
+        if (windowBytes_ < bytes) {
+            return false;
+        }
+    }
+    std::memcpy(dest, window_.data() + (offset - windowOffset_), bytes);
+    return true;
+}

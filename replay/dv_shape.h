@@ -1,0 +1,47 @@
+#pragma once
+
+#include "replay/dv_file.h"
+#include "replay/riff.h"
+
+#include <algorithm>
+#include <iterator>
+
+/// By what DV video is told from other data.
+namespace dv {
+
+/// Bytes at the begin of a frame that `isFrameStart` looks at.
+constexpr unsigned long startBytes = 3;
+
+/// Whether `size` is that of a whole DV frame: 25, 50 or 100 Mbit/s in 525/60 or 625/50.
+constexpr bool isFrameSize(unsigned long size) {
+    constexpr unsigned long sizes[] = {120000, 144000, 240000, 288000, 480000, 576000};
+    return std::find(std::begin(sizes), std::end(sizes), size) != std::end(sizes);
+}
+
+/// Whether a chunk of `size` bytes can be a frame at all, of whatever system: at least one DIF block (80 bytes), and
+/// not beyond what the engine takes for damage.
+constexpr bool mayBeFrameSize(unsigned long size) {
+    return size >= 80 && size <= dvFile::maxFrameSize;
+}
+
+/// Whether the first bytes of a frame are the id of its first DIF block: a header block (section type 0) of sequence
+/// 0, number 0; from IEC 61834-2 and SMPTE 314M.
+constexpr bool isFrameStart(const unsigned char (&id)[startBytes]) {
+    return id[0] == 0x1F && id[1] == 0x07 && id[2] == 0;
+}
+
+/// Whether a stream handler or compression code stands for DV, in any letter case.
+constexpr bool isCodec(std::uint32_t code) {
+    constexpr std::uint32_t codecs[] = {riff::fourcc("DVSD"), riff::fourcc("DV25"), riff::fourcc("DV50"),
+                                        riff::fourcc("DVHD"), riff::fourcc("DVSL"), riff::fourcc("DVH1"),
+                                        riff::fourcc("DVCP"), riff::fourcc("DVC "), riff::fourcc("DVIS"),
+                                        riff::fourcc("CDVC"), riff::fourcc("PDVC")};
+    std::uint32_t upper = 0;
+    for (int shift = 0; shift < 32; shift += 8) {
+        const std::uint32_t character = code >> shift & 0xFF;
+        upper |= (character >= 'a' && character <= 'z' ? character - 0x20 : character) << shift;
+    }
+    return std::find(std::begin(codecs), std::end(codecs), upper) != std::end(codecs);
+}
+
+} // namespace dv

@@ -1,0 +1,205 @@
+#pragma once
+
+#include "replay/riff.h"
+#include "tests/support/samples.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+/// Composes AVI files in memory, as programs of all kinds write them.
+namespace avi {
+
+enum class Index { None, Relative, Absolute, Standard, StandardAndRelative };
+
+/// What a file is like.
+struct Shape {
+    unsigned long frames = 6; ///< in all pieces together
+    unsigned long frameSize = samples::ntscSize;
+    Index index = Index::Relative;
+    unsigned long pieces = 1;
+    const char* tag = "dc";
+    const char* handler = "dvsd";
+    const char* compression = "dvsd";
+    unsigned long audioBytes = 0; ///< of a chunk of sound in front of every frame; 0: no sound
+    bool audioFirst = false;      ///< whether the sound is stream 0
+    bool recLists = false;
+    bool padded = true; ///< whether chunks of odd size are padded
+    bool drops = false; ///< an empty chunk behind every frame
+};
+
+class File {
+public:
+    std::string bytes;
+    std::vector<size_t> frameOffsets; ///< of the chunk headers
+
+    explicit File(const Shape& shape = {}) : shape_(shape) {
+        const unsigned long perPiece = (shape.frames + shape.pieces - 1) / shape.pieces;
+        for (unsigned long piece = 0; piece < shape.pieces; ++piece) {
+            const size_t riff = begin("RIFF", piece == 0 ? "AVI " : "AVIX");
+            if (piece == 0)
+                headers();
+            movi_ = begin("LIST", "movi");
+            const unsigned long first = piece * perPiece;
+            const unsigned long behind = std::min(shape.frames, first + perPiece);
+            for (unsigned long k = first; k < behind; ++k)
+                frame(k);
+            if (shape.index >= Index::Standard)
+                standardIndex(first, behind);
+            end(movi_);
+            if (piece == 0 && shape.index != Index::None && shape.index != Index::Standard)
+                chunk("idx1", legacy_);
+            end(riff);
+        }
+    }
+
+    /// The 32-bit number at `offset`.
+    void set(size_t offset, std::uint32_t value) { std::memcpy(&bytes[offset], &value, sizeof(value)); }
+
+    /// Where a text stands `skip` bytes behind its first appearance from `from` on.
+    size_t find(const char* text, size_t skip = 0, size_t from = 0) const {
+        return bytes.find(text, from) + skip;
+    }
+
+    void save(const wchar_t* name) const { write(name, bytes); }
+
+    static void write(const wchar_t* name, const std::string& content) {
+        std::ofstream file(std::filesystem::path(name), std::ios::binary);
+        file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    }
+
+private:
+    template <class Structure>
+    static std::string text(const Structure& structure) {
+        return {reinterpret_cast<const char*>(&structure), sizeof(structure)};
+    }
+
+    size_t begin(const char* id, const char* type) {
+        const size_t at = bytes.size();
+        bytes += id + std::string(4, '\0') + type;
+        return at;
+    }
+
+    void end(size_t list) { set(list + 4, static_cast<std::uint32_t>(bytes.size() - list - 8)); }
+
+    void chunk(const std::string& id, const std::string& data) {
+        bytes += id + text(static_cast<std::uint32_t>(data.size())) + data;
+        if (shape_.padded && data.size() % 2 != 0)
+            bytes += '\0';
+    }
+
+    std::string id(const char* tag, bool sound = false) const {
+        const bool one = shape_.audioBytes != 0 && sound != shape_.audioFirst;
+        return std::string(one ? "01" : "00") + tag;
+    }
+
+    static std::uint32_t code(const std::string& text) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, text.data(), sizeof(value));
+        return value;
+    }
+
+    void headers() {
+        const size_t hdrl = begin("LIST", "hdrl");
+        riff::MainHeader main{};
+        main.streams = shape_.audioBytes != 0 ? 2 : 1;
+        main.totalFrames = (shape_.frames + shape_.pieces - 1) / shape_.pieces;
+        chunk("avih", text(main));
+        if (shape_.audioBytes != 0 && shape_.audioFirst)
+            audioStream();
+        videoStream();
+        if (shape_.audioBytes != 0 && !shape_.audioFirst)
+            audioStream();
+        const size_t odml = begin("LIST", "odml");
+        chunk("dmlh", text(static_cast<std::uint32_t>(shape_.frames)) + std::string(244, '\0'));
+        end(odml);
+        end(hdrl);
+    }
+
+    void audioStream() {
+        const size_t strl = begin("LIST", "strl");
+        riff::StreamHeader header{};
+        header.type = riff::fourcc("auds");
+        chunk("strh", text(header));
+        chunk("strf", std::string(18, '\1'));
+        end(strl);
+    }
+
+    void videoStream() {
+        const size_t strl = begin("LIST", "strl");
+        riff::StreamHeader header{};
+        header.type = riff::fourcc("vids");
+        header.handler = code(shape_.handler);
+        header.scale = 1001;
+        header.rate = 30000;
+        header.length = shape_.frames;
+        chunk("strh", text(header));
+        riff::BitmapHeader format{};
+        format.size = sizeof(format);
+        format.width = 720;
+        format.height = 480;
+        format.compression = code(shape_.compression);
+        format.sizeImage = shape_.frameSize;
+        chunk("strf", text(format));
+        if (shape_.index >= Index::Standard) {
+            super_ = bytes.size() + 8;
+            riff::IndexHeader index{4, 0, 0, 0, code(id(shape_.tag)), 0, 0, 0};
+            chunk("indx", text(index) + std::string(shape_.pieces * sizeof(riff::SuperIndexEntry), '\0'));
+        }
+        end(strl);
+    }
+
+    void frame(unsigned long k) {
+        const size_t rec = shape_.recLists ? begin("LIST", "rec ") : 0;
+        if (shape_.audioBytes != 0)
+            entry(id("wb", true), std::string(shape_.audioBytes, 's'));
+        const auto data = samples::bytes(k, shape_.frameSize);
+        frameOffsets.push_back(bytes.size());
+        entry(id(shape_.tag), {data.begin(), data.end()});
+        if (shape_.drops)
+            entry(id(shape_.tag), "");
+        if (rec != 0)
+            end(rec);
+    }
+
+    void entry(const std::string& id, const std::string& data) {
+        const size_t base = shape_.index == Index::Absolute ? 0 : movi_ + 8;
+        const auto offset = static_cast<std::uint32_t>(bytes.size() - base);
+        legacy_ +=
+            text(riff::LegacyIndexEntry{code(id), 0x10, offset, static_cast<std::uint32_t>(data.size())});
+        chunk(id, data);
+    }
+
+    void standardIndex(unsigned long first, unsigned long behind) {
+        const riff::IndexHeader header{2,
+                                       0,
+                                       1,
+                                       static_cast<std::uint32_t>(behind - first),
+                                       code(id(shape_.tag)),
+                                       static_cast<std::uint32_t>(movi_),
+                                       0,
+                                       0};
+        std::string data = text(header);
+        for (unsigned long k = first; k < behind; ++k)
+            data += text(riff::StandardIndexEntry{static_cast<std::uint32_t>(frameOffsets[k] + 8 - movi_),
+                                                  static_cast<std::uint32_t>(shape_.frameSize) |
+                                                      (k % 2 != 0 ? 0x80000000u : 0)});
+        const auto size = static_cast<std::uint32_t>(data.size() + 8);
+        const riff::SuperIndexEntry entry{static_cast<std::uint32_t>(bytes.size()), 0, size,
+                                          static_cast<std::uint32_t>(behind - first)};
+        std::uint32_t inUse = 0;
+        std::memcpy(&inUse, &bytes[super_ + 4], sizeof(inUse));
+        std::memcpy(&bytes[super_ + sizeof(header) + inUse * sizeof(entry)], &entry, sizeof(entry));
+        set(super_ + 4, inUse + 1);
+        chunk(shape_.audioBytes != 0 && shape_.audioFirst ? "ix01" : "ix00", data);
+    }
+
+    Shape shape_;
+    size_t movi_ = 0;
+    size_t super_ = 0;
+    std::string legacy_;
+};
+
+} // namespace avi
