@@ -10,6 +10,7 @@
 
 // The toolkit: strings, values, settings, time, files, threads, signals.
 #include "core/alist.h"
+#include "core/buf.h"
 #include "core/callback.h"
 #include "core/cstr.h"
 #include "core/daytime.h"
@@ -19,6 +20,7 @@
 #include "core/ini_entry.h"
 #include "core/inifile.h"
 #include "core/iostore.h"
+#include "core/lib.h"
 #include "core/mutex.h"
 #include "core/mutex2.h"
 #include "core/nameable.h"
@@ -37,6 +39,7 @@
 #include "core/varlist.h"
 #include "core/vars.h"
 #include "core/vobject.h"
+#include "core/winprocess.h"
 #include "core/winthread.h"
 
 // COM objects, filters and filter graphs.
