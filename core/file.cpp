@@ -34,7 +34,9 @@ bool transferAt(HANDLE handle, unsigned long long offset, Data* data, unsigned l
                 BOOL(WINAPI* transfer)(HANDLE, Data*, DWORD, DWORD*, OVERLAPPED*)) {
     LARGE_INTEGER position;
     position.QuadPart = static_cast<LONGLONG>(offset);
-    SetFilePointerEx(handle, position, nullptr, FILE_BEGIN);
+    // Pipes and devices have no positions; a file that cannot go there must not transfer anywhere else.
+    if (!SetFilePointerEx(handle, position, nullptr, FILE_BEGIN) && GetFileType(handle) == FILE_TYPE_DISK)
+        return false;
     if (transfer(handle, data, n, &done, nullptr))
         return true;
     if (GetLastError() != ERROR_INVALID_PARAMETER)
@@ -64,7 +66,8 @@ std::string narrowText(const wchar_t* text, int n) {
 
 } // namespace
 
-file::file(const wchar_t* name, unsigned long creation, bool wide) : _creation(creation), _wide(wide) {
+file::file(const wchar_t* name, unsigned long creation, bool wide, unsigned long access)
+    : _creation(creation), _access(access), _wide(wide) {
     _setName(name);
 }
 
@@ -94,9 +97,8 @@ bool file::_open(unsigned long creation) {
     close();
     if (_name.len() == 0)
         return false;
-    const HANDLE handle =
-        CreateFileW(_name.oleStr(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle = CreateFileW(_name.oleStr(), _access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (!file::attach(handle))
         return false;
     if (_beginText())
@@ -185,7 +187,7 @@ bool file::truncate() {
 
 bool file::copyTo(iostore& destination) {
     constexpr unsigned long blockSize = 65536;
-    if (!opened())
+    if (!opened() || &destination == this)
         return false;
     const auto block = std::make_unique<char[]>(blockSize);
     for (unsigned long long left = remain(); left > 0;) {

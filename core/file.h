@@ -16,10 +16,12 @@ class daytime;
 class MARVO_API file : public iostore {
 public:
     /// A closed file that will open `name` with the given Win32 creation disposition (2 creates it anew, 3 opens an
-    /// existing one). With `wide`, an empty file is given a byte-order mark and holds 16-bit text.
-    explicit file(const wchar_t* name = nullptr, unsigned long creation = OPEN_EXISTING, bool wide = false);
+    /// existing one). With `wide`, an empty file is given a byte-order mark and holds 16-bit text. `access` may be cut
+    /// down to `GENERIC_READ`, which also opens a file that is write-protected.
+    explicit file(const wchar_t* name = nullptr, unsigned long creation = OPEN_EXISTING, bool wide = false,
+                  unsigned long access = GENERIC_READ | GENERIC_WRITE);
 
-    /// Opens the file for reading and writing, shared for both; a null `name` means the stored one, another is
+    /// Opens the file, for reading and writing unless the constructor was told otherwise, shared for both; a null `name` means the stored one, another is
     /// stored. A file that begins with a little-endian byte-order mark holds 16-bit text, and the position is then
     /// behind the mark. False when the system refuses or there is no name.
     bool open(const wchar_t* name) override;
@@ -71,7 +73,8 @@ public:
     unsigned long long position() const { return _position; }
 
     /// Reads text up to the next delimiter, which is consumed but not returned, or up to the end. 16-bit or narrow
-    /// text (current ANSI code page) as `unicode` tells. False at the end of the file.
+    /// text (current ANSI code page) as `unicode` tells. A line with a zero in it is cut there. False at the end of the
+    /// file.
     bool readLine(str& line, wchar_t delimiter = L'\n');
     /// Writes the text up to and including its first delimiter, or all of it when there is none; as 16-bit or
     /// narrow text as `unicode` tells.
@@ -89,6 +92,7 @@ private:
     HANDLE _handle = INVALID_HANDLE_VALUE;
     str _name;
     unsigned long _creation;
+    unsigned long _access;
     bool _wide;
     bool _unicode = false;
     unsigned long long _position = 0;

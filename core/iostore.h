@@ -28,7 +28,8 @@ public:
     virtual bool unicode() const = 0;
     /// Makes the position the end of the store.
     virtual bool truncate() = 0;
-    /// Copies everything from the position to the end to the position of another store.
+    /// Copies everything from the position to the end to the position of another store. False when a
+    /// transfer fails (both positions are then behind what was copied) and for the store itself.
     virtual bool copyTo(iostore& destination) = 0;
     /// Moves the position to an absolute byte offset, which may lie beyond the end.
     virtual bool seek(unsigned long long offset) = 0;

@@ -1,6 +1,7 @@
 #include "core/daytime.h"
 #include "own_file.h"
 
+#include <climits>
 #include <cstring>
 #include <vector>
 
@@ -129,4 +130,52 @@ TEST_F(FileTest, CopiesWhatRemains) {
     MoveFileExW(copyName.c_str(), name.c_str(), MOVEFILE_REPLACE_EXISTING);
     EXPECT_FALSE(copy.exist());
     EXPECT_EQ(content(), std::string(70000, 'a') + "end");
+}
+
+TEST_F(FileTest, OpensAsItWasTold) {
+    const struct {
+        unsigned long creation;
+        bool opensMissing, opensExisting;
+        unsigned long long sizeAfter;
+    } cases[] = {{CREATE_NEW, true, false, 3},        {CREATE_ALWAYS, true, true, 0},
+                 {OPEN_EXISTING, false, true, 3},     {OPEN_ALWAYS, true, true, 3},
+                 {TRUNCATE_EXISTING, false, true, 0}, {99, false, false, 3}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.creation);
+        DeleteFileW(name.c_str());
+        EXPECT_EQ(file(name.c_str(), c.creation).open(nullptr), c.opensMissing);
+        write("abc");
+        EXPECT_EQ(file(name.c_str(), c.creation).open(nullptr), c.opensExisting);
+        EXPECT_EQ(content().size(), c.sizeAfter);
+    }
+    write("abc");
+    file reader(name.c_str(), OPEN_EXISTING, false, GENERIC_READ);
+    EXPECT_TRUE(reader.open(nullptr) && reader.reopen() && reader.remain() == 3u);
+    EXPECT_FALSE(reader.write("x", 1, nullptr) || reader.writeLine(L"x") || reader.truncate());
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(FileTest, ReadsLinesBeyond4GBAndNowhereElse) {
+    constexpr unsigned long long distant = (4ull << 30) - 3;
+    file f(name.c_str(), CREATE_ALWAYS);
+    ASSERT_TRUE(f.open(nullptr) && f.write("begin", 5, nullptr) && f.seek(distant));
+    EXPECT_TRUE(f.writeLine(L"distant\n") && f.writeLine(L"more"));
+    EXPECT_EQ(f.position(), distant + 12);
+    EXPECT_FALSE(f.seek(ULLONG_MAX) && f.write("x", 1, nullptr)) << "no file is as long";
+    char byte = 0;
+    EXPECT_FALSE(f.read(&byte, 1, nullptr) || f.read(nullptr, 1, nullptr) || f.write(nullptr, 1, nullptr));
+    EXPECT_EQ(f.size(), distant + 12);
+    str line;
+    EXPECT_TRUE(f.seek(distant) && f.remain() == 12u && f.readLine(line));
+    EXPECT_EQ(line, L"distant");
+    EXPECT_FALSE(f.copyTo(f));
+    const std::wstring copyName = name + L".copy";
+    {
+        file copy(copyName.c_str(), CREATE_ALWAYS);
+        EXPECT_TRUE(copy.open(nullptr) && f.copyTo(copy) && copy.seek(0) && copy.readLine(line));
+    }
+    EXPECT_EQ(line, L"more");
+    DeleteFileW(copyName.c_str());
+    EXPECT_TRUE(f.seek(5) && f.truncate() && f.seek(0) && f.readLine(line));
+    EXPECT_EQ(line, L"begin");
 }
