@@ -119,8 +119,23 @@ void AviHeader::readFormat(AviSource& source, const RiffChunk& chunk) {
 
 bool AviHeader::isFrame(std::uint32_t id) const {
     const std::uint32_t number = ('0' + videoStream / 10 % 10) | ('0' + videoStream % 10) << 8;
-    return hasVideo && (id & 0xFFFF) == number &&
-           (id >> 16 == fourcc("00dc") >> 16 || id >> 16 == fourcc("00db") >> 16);
+    return hasVideo && (id & 0xFFFF) == number && isAnyFrame(id);
+}
+
+bool AviHeader::isAnyFrame(std::uint32_t id) {
+    const auto isDigit = [](std::uint32_t character) { return character >= '0' && character <= '9'; };
+    const bool isVideo = id >> 16 == fourcc("00dc") >> 16 || id >> 16 == fourcc("00db") >> 16;
+    return isVideo && isDigit(id & 0xFF) && isDigit(id >> 8 & 0xFF);
+}
+
+void AviHeader::assumeVideo(unsigned long long offset, AviSource& source) {
+    riff::ChunkHeader frame{};
+    if (hasVideo || !source.peek(offset, &frame, sizeof(frame))) {
+        return;
+    }
+    hasVideo = true;
+    videoStream = ((frame.id & 0xFF) - '0') * 10 + ((frame.id >> 8 & 0xFF) - '0');
+    format.sizeImage = frame.size;
 }
 
 unsigned long AviHeader::nominalFrameSize() const {

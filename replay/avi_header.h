@@ -30,6 +30,12 @@ struct AviHeader {
     /// Whether `id` is the id of a chunk with a frame of the video stream: its number, then "dc" or "db".
     bool isFrame(std::uint32_t id) const;
 
+    /// Whether `id` is that of a frame of whatever stream.
+    static bool isAnyFrame(std::uint32_t id);
+
+    /// Where the headers have no video stream, takes the stream of the frame whose chunk is at `offset` for it.
+    void assumeVideo(unsigned long long offset, AviSource& source);
+
     /// Frames per second; 0 when the header does not say it.
     double rate() const { return video.scale != 0 ? 1.0 * video.rate / video.scale : 0.0; }
 

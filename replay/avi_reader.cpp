@@ -1,5 +1,6 @@
 #include "replay/avi_reader.h"
 
+#include "replay/avi_search.h"
 #include "replay/dv_shape.h"
 #include "replay/volume.h"
 
@@ -44,12 +45,16 @@ int AviReader::open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInf
     }
 }
 
-int AviReader::find(FileIOAVI::Trust, AVI_ODMLFileInfo& info) {
+int AviReader::find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info) {
     source_.readAhead(headerBytes);
     const wchar_t* fault = header_.read(source_);
+    source_.readAhead(walkBytes);
     if (!header_.hasVideo && header_.interleaved) {
         return fail(FileIOAVI::Refused,
                     L"interleaved DV (type 1) is not read, only DV video streams (type 2)");
+    }
+    if (trust == FileIOAVI::Trust::Nothing) {
+        return search(info);
     }
     if (fault) {
         return fail(header_.hasMain ? FileIOAVI::NoDescend : FileIOAVI::Damaged, L"%ls", fault);
@@ -57,18 +62,34 @@ int AviReader::find(FileIOAVI::Trust, AVI_ODMLFileInfo& info) {
     if (!header_.hasVideo) {
         return fail(FileIOAVI::Refused, L"no DV video stream found");
     }
+    describe(info);
+    finder_.emplace(source_, header_, index_, info);
+    finder_->find();
+    return FileIOAVI::Ok;
+}
+
+int AviReader::search(AVI_ODMLFileInfo& info) {
+    AviSearch(source_, header_, index_).find();
+    if (!header_.hasVideo) {
+        return fail(FileIOAVI::Damaged, L"no DV frames found");
+    }
+    describe(info);
+    info.totalFrames = info.walkedFrames = index_.count();
+    return FileIOAVI::Ok;
+}
+
+void AviReader::describe(AVI_ODMLFileInfo& info) const {
     info.headerTotalFrames = header_.extendedTotalFrames;
     info.firstPieceFrames = header_.main.totalFrames;
     info.videoStream = header_.videoStream;
     info.streams = header_.streams;
     info.audioStreams = header_.audioStreams;
-    finder_.emplace(source_, header_, index_, info);
-    source_.readAhead(walkBytes);
-    finder_->find();
-    return FileIOAVI::Ok;
 }
 
 int AviReader::refresh() {
+    if (!finder_) {
+        return FileIOAVI::Ok;
+    }
     try {
         finder_->findNew();
     } catch (const std::bad_alloc&) {

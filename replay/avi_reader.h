@@ -14,7 +14,8 @@ public:
     /// As `FileIOAVI::open`; fills `info`, which must outlive the reader.
     int open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInfo& info);
 
-    /// As `FileIOAVI::refresh`; the info given to `open` is brought up to date.
+    /// As `FileIOAVI::refresh`; the info given to `open` is brought up to date. Frames that were searched for without
+    /// trust are not searched again.
     int refresh();
 
     /// As `FileIOAVI::readFrame`; one system call.
@@ -38,6 +39,8 @@ public:
 
 private:
     int find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info);
+    int search(AVI_ODMLFileInfo& info);
+    void describe(AVI_ODMLFileInfo& info) const;
     int fail(int code, const wchar_t* format, ...);
 
     AviSource source_;

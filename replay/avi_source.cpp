@@ -1,5 +1,7 @@
 #include "replay/avi_source.h"
 
+#include "core/winthread.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -24,7 +26,11 @@ unsigned long AviSource::read(unsigned long long offset, void* dest, unsigned lo
     position.Offset = static_cast<DWORD>(offset);
     position.OffsetHigh = static_cast<DWORD>(offset >> 32);
     DWORD got = 0;
-    const bool done = ReadFile(file_.get(), dest, bytes, &got, &position);
+    BOOL done = FALSE;
+    {
+        const vwin::winthread::killable slowDisk;
+        done = ReadFile(file_.get(), dest, bytes, &got, &position);
+    }
     if (error) {
         *error = done ? 0 : GetLastError();
         *error = *error == ERROR_HANDLE_EOF ? 0 : *error;

@@ -7,7 +7,7 @@
 /// A file that is read at any offset, also beyond 2 GiB and while another process writes it. Nothing is read that
 /// is not asked for, except by `peek`.
 ///
-/// Not locked: one thread at a time.
+/// Not locked: one thread at a time. A worker thread may be killed while the system reads.
 class AviSource {
 public:
     /// Opens `name`, which others may read and write meanwhile. False when the system refuses (`GetLastError`).

@@ -9,7 +9,7 @@
 /// By what DV video is told from other data.
 namespace dv {
 
-/// Bytes at the begin of a frame that `isFrameStart` looks at.
+/// Bytes at the begin of a frame or a sequence that tell it.
 constexpr unsigned long startBytes = 3;
 
 /// Whether `size` is that of a whole DV frame: 25, 50 or 100 Mbit/s in 525/60 or 625/50.
@@ -24,10 +24,23 @@ constexpr bool mayBeFrameSize(unsigned long size) {
     return size >= 80 && size <= dvFile::maxFrameSize;
 }
 
-/// Whether the first bytes of a frame are the id of its first DIF block: a header block (section type 0) of sequence
-/// 0, number 0; from IEC 61834-2 and SMPTE 314M.
+/// Bytes of one DIF sequence: 150 blocks.
+constexpr unsigned long sequenceBytes = 12000;
+
+/// DIF sequences in a 25 Mbit/s frame of `size` bytes; in the frames of other systems they are numbered otherwise.
+constexpr unsigned long sequences(unsigned long size) {
+    return size == 120000 || size == 144000 ? size / sequenceBytes : 1;
+}
+
+/// Whether DIF sequence `sequence` of a frame begins with these bytes: with the id of a header block (section type 0,
+/// number 0); from IEC 61834-2 and SMPTE 314M.
+constexpr bool isSequenceStart(const unsigned char (&id)[startBytes], unsigned long sequence) {
+    return id[0] == 0x1F && id[1] == (sequence << 4 | 0x07) && id[2] == 0;
+}
+
+/// Whether a frame begins with these bytes.
 constexpr bool isFrameStart(const unsigned char (&id)[startBytes]) {
-    return id[0] == 0x1F && id[1] == 0x07 && id[2] == 0;
+    return isSequenceStart(id, 0);
 }
 
 /// Whether a stream handler or compression code stands for DV, in any letter case.

@@ -1,6 +1,7 @@
 #include "replay/frame_loader.h"
 
 #include "core/timed_guard.h"
+#include "replay/file_io_avi.h"
 #include "replay/recording_name.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ bool dvFrameLoad::sameFile(const wchar_t* name) const {
 
 bool dvFrameLoad::loaded(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint) const {
     vcore::timed_guard lock(lock_, 1000);
-    return name && rawFile_.opened() && sameFile(name) && inPoint == inPoint_ && outPoint == outPoint_;
+    return name && sameFile(name) && inPoint == inPoint_ && outPoint == outPoint_;
 }
 
 bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint,
@@ -105,9 +106,7 @@ bool dvFrameLoad::startRange(unsigned long long inPoint, unsigned long long outP
 bool dvFrameLoad::playable(const wchar_t* name) {
     if (namesAviRecording(name)) {
         dvAVIFile file;
-        const bool opens = file.open(name);
-        file.close();
-        return opens;
+        return file.open(name) && file.frames() != 1;
     }
     dvPlayFile file;
     return file.open(name, 0) && file.frameCount() != 1;
@@ -139,7 +138,7 @@ bool dvFrameLoad::getType(vvideo::dvMediaType& type) const {
     }
     if (aviFile_.opened()) {
         vvideo::clearMediaType(type);
-        type.initVideoType(aviFile_.getDataFrameSize(), 0xFFFFFFFFul);
+        type.initVideoType(ring_.frameSize(), 0xFFFFFFFFul);
         return true;
     }
     return false;
@@ -178,10 +177,14 @@ void dvFrameLoad::closeFiles() {
 void dvFrameLoad::done() {
     stop_.ask(*this);
     {
-        // A reader that is stuck in a slow read is not waited for longer than this; closing then makes it fail.
+        // A reader that is stuck in a slow read is not waited for longer than this; closing then makes it fail. The
+        // index of an AVI file must outlive the reading.
         vcore::timed_guard fileLock(fileLock_, join_ms);
         vcore::timed_guard lock(lock_, 1000);
-        closeFiles();
+        rawFile_.close();
+        if (fileLock.held()) {
+            aviFile_.close();
+        }
     }
     wait(join_ms);
     terminate();
@@ -244,16 +247,29 @@ const unsigned char* dvFrameLoad::readFrame(unsigned long long frame, vvideo::dv
         const killable slowDisk;
         return rawFile_.readFrame() ? rawFile_.data() + dvFile::headerSize : nullptr;
     }
+    return readAvi(frame, staging) ? staging.data() + dvFile::headerSize : nullptr;
+}
+
+/// Reads `frame` of the AVI file into `staging`. Another program may have written a frame that is shorter than a DV
+/// frame; the rest is zero then, so that a replay goes on. The caller holds the file lock.
+bool dvFrameLoad::readAvi(unsigned long long frame, vvideo::dvFrame& staging) {
     if (!aviFile_.opened() || !staging.data()) {
-        return nullptr;
+        return false;
     }
-    {
-        vcore::timed_guard lock(lock_, 1000);
-        aviFile_.seekFrame(static_cast<unsigned long>(frame));
+    if (frame >= aviFile_.frames()) {
+        aviFile_.refresh();
     }
-    const bool read = aviFile_.readFrame(reinterpret_cast<char*>(staging.data()), staging.size(),
-                                         static_cast<unsigned long>(frame));
-    return read ? staging.data() + dvFile::headerSize : nullptr;
+    const auto number = static_cast<unsigned long>(frame);
+    FileIOAVI::FramePosition position;
+    if (number != frame || !aviFile_.io().framePosition(number, position) ||
+        !aviFile_.readFrame(reinterpret_cast<char*>(staging.data()), staging.size(), number)) {
+        return false;
+    }
+    const unsigned long read = dvFile::headerSize + position.size;
+    if (read < staging.size()) {
+        std::memset(staging.data() + read, 0, staging.size() - read);
+    }
+    return true;
 }
 
 /// Copies a frame that was read into the ring's next slot. The caller holds the lock.

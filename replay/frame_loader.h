@@ -51,7 +51,7 @@ public:
     /// Describes the open recording's video in `type`. False when no file is open.
     bool getType(vvideo::dvMediaType& type) const;
 
-    /// Whether the raw recording `name` (ignoring case) is open and the range is exactly this one.
+    /// Whether the recording `name` (ignoring case) is open and the range is exactly this one.
     bool loaded(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint) const;
 
     /// The direction of play: positive forward, negative backward, 0 still.
@@ -88,6 +88,7 @@ private:
     Decision decide(unsigned long ringFrames);
     const unsigned char* readFrame(unsigned long long frame, vvideo::dvFrame& staging);
     bool seekRaw(unsigned long long frame);
+    bool readAvi(unsigned long long frame, vvideo::dvFrame& staging);
     void store(const unsigned char* frameData, unsigned long long frame);
     void pauseAfter(bool loaded) const;
     void _dynamicLoad();

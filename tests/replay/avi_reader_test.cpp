@@ -11,10 +11,9 @@ using avi::Index;
 using avi::Shape;
 
 /// Opens what was saved and compares every frame with its seed; the number of frames, -1 when it does not open.
-long readAll(unsigned long frameSize = samples::ntscSize,
-             FileIOAVI::Trust trust = FileIOAVI::Trust::Indexes) {
+long readAll(unsigned long frameSize = samples::ntscSize) {
     FileIOAVI file;
-    if (file.open(name, trust) != FileIOAVI::Ok)
+    if (file.open(name) != FileIOAVI::Ok)
         return -1;
     std::vector<char> buffer(file.slotSize());
     for (unsigned long k = 0; k < file.frames(); ++k) {
@@ -264,6 +263,50 @@ TEST(AviReader, EndsWithSizesThatAreDamage) {
             changed.save(name);
             EXPECT_LE(readAll(), 6) << chunk << ' ' << size;
         }
+}
+
+TEST(AviReader, SearchesDamagedFilesForFrames) {
+    Shape shape;
+    shape.pieces = 2;
+    shape.starts = true;
+    shape.audioBytes = 300001;
+    const avi::File built(shape);
+    const auto search = [](const std::string& bytes, bool* opens = nullptr) {
+        avi::File::write(name, bytes);
+        FileIOAVI file;
+        const bool opened = file.open(name, FileIOAVI::Trust::Nothing) == FileIOAVI::Ok;
+        if (opens)
+            *opens = opened;
+        std::vector<unsigned long long> found;
+        FileIOAVI::FramePosition position;
+        std::vector<char> buffer(file.slotSize());
+        for (unsigned long k = 0; file.framePosition(k, position); ++k) {
+            EXPECT_EQ(position.size, samples::ntscSize);
+            EXPECT_EQ(file.readFrame(buffer.data(), file.slotSize(), k), FileIOAVI::Ok);
+            found.push_back(position.offset);
+        }
+        return found;
+    };
+    const auto& frames = built.frameOffsets;
+    const std::vector<unsigned long long> all(frames.begin(), frames.end());
+    EXPECT_EQ(search(built.bytes), all);
+    EXPECT_EQ(search(std::string(100001, 'd') + built.bytes.substr(frames[0])).size(), 6u) << "no headers";
+
+    std::string damaged = built.bytes;
+    for (const size_t place : {frames[0] - 300009, frames[4] - 300009 + 4, damaged.find("AVIX") - 8})
+        damaged.replace(place, 4, "\xff\xff\xff\x7f");
+    EXPECT_EQ(search(damaged), all) << "only frames are relied upon";
+    damaged.replace(frames[1], 4, 4, '\0');
+    damaged.replace(frames[2] + 8, 1, 1, '\0');
+    damaged.erase(frames[4] + 60000, 80000);
+    const auto left = search(damaged.substr(0, damaged.size() - 100000));
+    EXPECT_EQ(left, (std::vector<unsigned long long>{frames[0], frames[3]}))
+        << "without the one of another id, the one that begins wrongly, the one that lacks a part and the "
+           "cut one";
+
+    bool opens = true;
+    EXPECT_TRUE(search(std::string(5000, 'd'), &opens).empty());
+    EXPECT_FALSE(opens);
 }
 
 TEST(AviReader, ReportsFramesOfOtherSizesAndNone) {

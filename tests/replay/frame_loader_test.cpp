@@ -1,9 +1,12 @@
 #include "marvo.h"
 
+#include "tests/support/avi_builder.h"
 #include "tests/support/recording.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -102,6 +105,64 @@ TEST(FrameLoader, AnswersBadFilesAndRanges) {
     EXPECT_EQ(type.frameSize(), samples::palSize);
     loader.done();
     EXPECT_FALSE(loader.getType(type));
+}
+
+TEST(FrameLoader, PlaysAnAviFileThatGrows) {
+    constexpr wchar_t avi[] = L"frame_loader_test.avi";
+    avi::Shape shape;
+    shape.frames = 40;
+    shape.frameSize = samples::palSize;
+    shape.index = avi::Index::Standard;
+    const avi::File built(shape);
+    const auto grow = [&](size_t frames) {
+        avi::File::write(avi, built.bytes.substr(0, built.frameOffsets[frames] + 1000));
+    };
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    vvideo::dvMediaType type;
+    dvFrameLoad loader;
+    grow(1);
+    EXPECT_FALSE(dvFrameLoad::playable(avi));
+    EXPECT_FALSE(loader.init(avi, 0, 9, 8)) << "one frame leaves no range";
+    grow(0);
+    EXPECT_TRUE(dvFrameLoad::playable(avi));
+    ASSERT_TRUE(loader.init(avi, 0, 9, 8)) << "nothing yet is not an error";
+    ASSERT_TRUE(loader.getType(type));
+    EXPECT_EQ(type.frameSize(), samples::palSize);
+    EXPECT_FALSE(loader.get(&frame, 0));
+    grow(8);
+    EXPECT_TRUE(arrives(loader, 7)) << "written after the file was opened";
+    EXPECT_FALSE(loader.get(&frame, 8));
+    EXPECT_TRUE(loader.loaded(L"FRAME_loader_TEST.AVI", 0, 9));
+    grow(39);
+    ASSERT_TRUE(loader.init(avi, 30, 100, 8));
+    EXPECT_EQ(loader.outPoint(), 37u);
+    for (int round = 0; round < 2; ++round)
+        for (unsigned long long k = 30; k <= 37; ++k)
+            EXPECT_TRUE(arrives(loader, k)) << k;
+    for (int i = 0; i < 20; ++i) {
+        loader.done();
+        EXPECT_FALSE(loader.running());
+        ASSERT_TRUE(loader.init(avi, 0, 20, 50));
+    }
+}
+
+TEST(FrameLoader, GoesOnBehindAviFramesOfOtherSizes) {
+    constexpr wchar_t avi[] = L"frame_loader_odd.avi";
+    avi::Shape shape;
+    shape.index = avi::Index::None;
+    avi::File built(shape);
+    built.set(built.frameOffsets[2] + 4, 60000);
+    const riff::ChunkHeader rest{riff::fourcc("JUNK"), 120000 - 60000 - 8};
+    std::memcpy(&built.bytes[built.frameOffsets[2] + 60008], &rest, sizeof(rest));
+    built.save(avi);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(avi, 0, 4, 5));
+    vvideo::dvFrame frame(samples::ntscSize, nullptr);
+    ASSERT_TRUE(samples::eventually([&] { return loader.get(&frame, 2); }));
+    EXPECT_EQ(std::memcmp(frame.data(), samples::bytes(2, 60000).data(), 60000), 0);
+    EXPECT_EQ(std::count(frame.data() + 60000, frame.data() + 120000, 0), 60000);
+    ASSERT_TRUE(samples::eventually([&] { return loader.get(&frame, 3); }));
+    EXPECT_TRUE(samples::holds(frame.data(), 3, samples::ntscSize));
 }
 
 TEST(FrameLoader, TheBreakerSlowsLoading) {

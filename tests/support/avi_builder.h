@@ -26,8 +26,9 @@ struct Shape {
     unsigned long audioBytes = 0; ///< of a chunk of sound in front of every frame; 0: no sound
     bool audioFirst = false;      ///< whether the sound is stream 0
     bool recLists = false;
-    bool padded = true; ///< whether chunks of odd size are padded
-    bool drops = false; ///< an empty chunk behind every frame
+    bool padded = true;  ///< whether chunks of odd size are padded
+    bool drops = false;  ///< an empty chunk behind every frame
+    bool starts = false; ///< whether DIF sequences begin as they should
 };
 
 class File {
@@ -155,7 +156,11 @@ private:
         const size_t rec = shape_.recLists ? begin("LIST", "rec ") : 0;
         if (shape_.audioBytes != 0)
             entry(id("wb", true), std::string(shape_.audioBytes, 's'));
-        const auto data = samples::bytes(k, shape_.frameSize);
+        auto data = samples::bytes(k, shape_.frameSize);
+        if (shape_.starts)
+            for (unsigned long sequence = 0; sequence < data.size() / 12000; ++sequence)
+                std::copy_n(std::string{'\x1f', static_cast<char>(sequence << 4 | 7), '\0'}.begin(), 3,
+                            data.begin() + static_cast<std::ptrdiff_t>(sequence * 12000));
         frameOffsets.push_back(bytes.size());
         entry(id(shape_.tag), {data.begin(), data.end()});
         if (shape_.drops)
