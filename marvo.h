@@ -29,6 +29,7 @@
 #include "core/str.h"
 #include "core/strtoken.h"
 #include "core/strtokens.h"
+#include "core/strtokens_cpp.h"
 #include "core/strtokens_line.h"
 #include "core/strtokens_lines.h"
 #include "core/strtokens_path.h"

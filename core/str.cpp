@@ -193,7 +193,7 @@ str& str::operator=(const str& source) {
     if (isNoString(&source))
         Clear();
     else
-        setWStr(source._wide, source._length);
+        _setWide(source._wide, source._length);
     return *this;
 }
 
@@ -224,7 +224,11 @@ str& str::setStr(const char* s, unsigned long n) {
         Clear();
         return *this;
     }
-    const unsigned long length = _checkLen(static_cast<unsigned long>(strnlen(s, n)), true);
+    return _setBytes(s, static_cast<unsigned long>(strnlen(s, n)));
+}
+
+str& str::_setBytes(const char* s, unsigned long n) {
+    const unsigned long length = _checkLen(n, true);
     if (_narrow) {
         std::memmove(_narrow, s, length);
         _narrow[length] = 0;
@@ -242,7 +246,11 @@ str& str::setWStr(const wchar_t* s, unsigned long n) {
         Clear();
         return *this;
     }
-    const unsigned long length = _checkLen(static_cast<unsigned long>(wcsnlen(s, n)), true);
+    return _setWide(s, static_cast<unsigned long>(wcsnlen(s, n)));
+}
+
+str& str::_setWide(const wchar_t* s, unsigned long n) {
+    const unsigned long length = _checkLen(n, true);
     std::wmemmove(_wide, s, length);
     _wideChanged(length);
     return *this;
@@ -258,7 +266,12 @@ str& str::setWStrNet(const wchar_t* s, unsigned long n) {
 str& str::append(const wchar_t* s, unsigned long n) {
     if (!s || n == 0)
         return *this;
-    n = static_cast<unsigned long>(wcsnlen(s, n));
+    return _appendWide(s, static_cast<unsigned long>(wcsnlen(s, n)));
+}
+
+str& str::_appendWide(const wchar_t* s, unsigned long n) {
+    if (n == 0)
+        return *this;
     const bool own = _owns(s);
     const std::ptrdiff_t offset = own ? s - _wide : 0;
     const unsigned long length = _checkLen(_length + n, false);

@@ -6,6 +6,7 @@
 #include "core/strtoken.h"
 
 #include <climits>
+#include <ctime>
 
 namespace vcore {
 
@@ -14,6 +15,8 @@ namespace vcore {
 ///
 /// A growable string doubles its capacity as needed; one that is not truncates silently. Arguments may point into
 /// the string itself. Null pointers count as empty text. Positions are character indices; -1 means not found.
+/// A zero can stand inside the text (through `fill`, `updateWStr` or a decoder): assignment, `Append` and the codecs keep
+/// it, while members that take a pointer, and comparisons, see the text up to its first zero.
 /// A first capacity of 65536 characters and more is a programming error and stops the process: text of any length, as
 /// it comes from outside, is assigned and not given to a constructor.
 /// Not thread-safe, not even for reading: `getStr` may allocate and convert.
@@ -103,7 +106,7 @@ public:
     /// Adds at most `n` characters of `s` at the end.
     str& append(const wchar_t* s, unsigned long n = toEnd);
     /// Adds the text of another string (or of this one) at the end.
-    str& Append(const str& s) { return append(s.oleStr(), s.len()); }
+    str& Append(const str& s) { return _appendWide(s.oleStr(), s.len()); }
     /// Adds one character; a zero adds nothing.
     str& appendChar(wchar_t c);
     /// Adds the text of a Pascal string (a count byte, then that many bytes), each byte widened on its own.
@@ -184,12 +187,37 @@ public:
     bool operator<(const wchar_t* s) const { return compare(s) < 0; }
     bool operator<=(const wchar_t* s) const { return compare(s) <= 0; }
 
+    /// How similar two texts are, without regard to letter case: from 0 for texts that share nothing to 1 for equal
+    /// ones, and only for those. It is the part of the pairs of neighbouring characters that both texts share: twice
+    /// the number of shared pairs (a pair that occurs several times counts as often as in the text with fewer of it)
+    /// divided by the number of pairs of both; the beginning and the end of a text count as neighbours, too.
+    /// Symmetric. A null `s` is an empty text.
+    float match(const wchar_t* s) const;
+    /// Whether the whole text fits the pattern, without regard to letter case, as file names do: "*" stands for any
+    /// characters or none, "?" for exactly one, everything else for itself; nothing takes the meaning from "*" and
+    /// "?". The time is proportional to the length of text and pattern, however many stars there are; only a piece
+    /// between two stars that holds a "?" may cost its own length for every character of the text.
+    bool matchWildcard(const str& pattern) const;
+
     /// Turns every letter into its small form.
     str& lower();
     /// Turns every letter into its capital form.
     str& upper();
     /// Removes every leading and trailing character that is a member of `set`.
     str& trimStr(const wchar_t* set = L" \t\r\n");
+    /// Removes every character that is a member of `set`.
+    str& cleanStr(const wchar_t* set);
+    /// Replaces every character that is a member of `set` (with `others`, every one that is not) by `replacement`, or
+    /// removes it when that is zero. Of neighbours so replaced, only the first `longestRun` are kept; all when that is
+    /// 0 or below. So `cleanStr(L" \t", L' ', 1, false)` makes single blanks of all gaps.
+    str& cleanStr(const wchar_t* set, wchar_t replacement, int longestRun, bool others);
+    /// Takes over narrow text in the given code page (the system's ANSI one by default), unlike `setStr` by characters
+    /// and not by bytes. What is not valid there is replaced as the system does; in a code page that the system does
+    /// not have, "?" stands for everything that is not ASCII.
+    str& locale(const char* s, int codePage = CP_ACP);
+    /// Takes over the text as far as the code page can express it: what it cannot becomes "?", or the nearest letter
+    /// that the system knows, and in an unknown code page everything that is not ASCII becomes "?".
+    str& locale(const wchar_t* s, int codePage = CP_ACP);
 
     /// View of the first `n` characters.
     strtoken left(unsigned long n) const;
@@ -219,6 +247,14 @@ public:
     str& sprintf(const wchar_t* format, ...);
     /// As `sprintf`, with the arguments as a `va_list`; with `add` the formatted text is added at the end.
     str& sprintfArgs(const str& format, void* args, bool add);
+    /// Replaces the text by the number as `format` writes it, which must hold exactly one printf conversion, fit for an
+    /// int ("%d", "%05i", "<%x>"), and no width or precision of more than three digits. With any other format, and
+    /// with a null one, the number is written in decimal.
+    str& Format(int value, const wchar_t* format = nullptr);
+    /// Replaces the text by the time as `format` writes it, with the conversions of `wcsftime` in the host's C locale
+    /// (those of C89, and %D %F %R %T %h %n %t); unknown ones stay as they are. Fields outside of their range are
+    /// limited to it, so a leap second is written as 59. A null `format` or `when` empties the string.
+    str& time(const wchar_t* format, const std::tm* when);
     /// The value of the text as an arithmetic expression: numbers with point or comma, and the operators
     /// + - * / < <= > >= == !=, applied strictly from left to right without precedence (2+3*4 is 20). Deliberately
     /// forgiving: brackets at the ends are dropped, a sign in front of a right operand is ignored, division by zero
@@ -226,12 +262,50 @@ public:
     /// its operand. 0 for text that begins with no number.
     double calculate() const;
 
+    // The codecs below take "bytes" from a text whose characters are bytes widened on their own, as `setStr` makes it.
+    // The source may be the string itself.
+
+    /// Takes over the UTF-8 form of the source, each byte as one character; the narrow copy holds the same bytes.
+    /// Half of a surrogate pair becomes U+FFFD. A null source empties the string, as for the other codecs.
+    str& encodeUTF8(const str* source);
+    /// Takes over the text of which the source holds the UTF-8 bytes. Each longest piece that is not valid (overlong
+    /// forms, surrogates, values beyond U+10FFFF, cut sequences, characters that are no bytes) becomes one U+FFFD.
+    str& decodeUTF8(const str* source);
+    /// Takes over the Base64 form of the source's bytes, in the standard alphabet, padded with "=", without line ends.
+    /// A character of the source that is no byte counts as "?".
+    str& encodeBase64(const str* source);
+    /// Replaces every character of the text by three of the alphabet: its code as a number of three digits, the most
+    /// significant first, whose base is the number of characters in the alphabet and whose digits are these, in order.
+    /// Null stands for A to Z, a to z, 0 to 9, "-" and "_". False, and the text unchanged, when the alphabet has fewer
+    /// than 41 characters (which do not suffice for every code) or one twice.
+    bool u4code(const char* alphabet = nullptr);
+    /// The inverse of `u4code`. A number that is no character's code becomes U+FFFD. False, and the text unchanged,
+    /// when the alphabet does not suffice or `isU4Codec` is false for it.
+    bool u4decode(const char* alphabet = nullptr);
+    /// Whether the text can come from `u4code`: its length is a multiple of three and every character is a member of
+    /// the alphabet. True for an empty text. Each byte of an alphabet is a character.
+    bool isU4Codec(const char* alphabet = nullptr) const;
+    /// Takes over narrow text with escapes: \\ \a \b \e (27) \f \n \r \t \v; \xHH and \uHHHH, the character of
+    /// that hexadecimal code; a backslash in front of any other character is dropped, at the end of the text, too.
+    /// Deliberately as callers know it: \u sets four digits and \x the last two of the same four, which begin as 0000,
+    /// so that after \u the first two stay for a later \x; digits count up to the first that is not hexadecimal; \0
+    /// skips three characters and stands for the present four digits; \c drops the character behind it. A sequence
+    /// that the text's end cuts, and a code of zero, add nothing.
+    str& setRegExpression(const char* s);
+    /// Always empty: the escapes of `setRegExpression` are not kept.
+    str getRegExpression() const { return str(); }
+    /// The MD5 digest (RFC 1321) of `n` bytes as 32 small hexadecimal digits; null data counts as no bytes.
+    static str md5(const unsigned char* data, unsigned long n);
+
 private:
     void _init(unsigned long size, unsigned long minSize, int flags);
     void _allocate(unsigned long capacity, int flags);
     unsigned long _checkLen(unsigned long needed, bool discard);
     void _reallocate(unsigned long capacity, bool discard);
     void _wideChanged(unsigned long length);
+    str& _setBytes(const char* s, unsigned long n);
+    str& _setWide(const wchar_t* s, unsigned long n);
+    str& _appendWide(const wchar_t* s, unsigned long n);
     bool _owns(const wchar_t* s) const { return s >= _wide && s < _wide + _capacity; }
 
     wchar_t* _wide = nullptr;

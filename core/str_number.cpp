@@ -1,16 +1,14 @@
-// Numbers, formatting and arithmetic: the members of str that turn text into values and back.
+// Numbers and arithmetic: the members of str that turn text into values and back.
 #include "core/str.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdarg>
 #include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 #include <iterator>
 #include <string>
-#include <vector>
 
 namespace vcore {
 
@@ -116,19 +114,6 @@ double applyOperator(wchar_t sign, bool second, double a, double b) {
     }
 }
 
-/// The formatted text with its terminator; just the terminator when the format cannot be carried out.
-std::vector<wchar_t> format(const wchar_t* pattern, va_list args) {
-    va_list again;
-    va_copy(again, args);
-    const int length = pattern ? _vscwprintf(pattern, again) : 0;
-    va_end(again);
-    std::vector<wchar_t> text(length > 0 ? length + 1 : 1);
-    if (length > 0)
-        _vsnwprintf(text.data(), text.size(), pattern, args);
-    text.back() = 0;
-    return text;
-}
-
 } // namespace
 
 long str::toLong(wchar_t** end) const {
@@ -174,20 +159,6 @@ str str::toStr(double value, int decimals) {
     if (left == 0)
         text._wideChanged(text._length - 1);
     return text;
-}
-
-str& str::sprintf(const wchar_t* pattern, ...) {
-    va_list args;
-    va_start(args, pattern);
-    const std::vector<wchar_t> text = format(pattern, args);
-    va_end(args);
-    return setWStr(text.data());
-}
-
-str& str::sprintfArgs(const str& pattern, void* args, bool add) {
-    // On every Windows target a va_list is the address of the arguments.
-    const std::vector<wchar_t> text = format(pattern.oleStr(), static_cast<va_list>(args));
-    return add ? append(text.data()) : setWStr(text.data());
 }
 
 double str::calculate() const {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <string>
 #include <string_view>
 
 namespace vcore {
@@ -128,6 +129,28 @@ str& str::trimStr(const wchar_t* set) {
     while (begin < end && isMember(set, _wide[begin]))
         ++begin;
     return setWStr(_wide + begin, end - begin);
+}
+
+str& str::cleanStr(const wchar_t* set) {
+    return cleanStr(set, 0, 0, false);
+}
+
+str& str::cleanStr(const wchar_t* set, wchar_t replacement, int longestRun, bool others) {
+    if (!set)
+        return *this;
+    std::wstring clean;
+    clean.reserve(_length);
+    int run = 0;
+    for (const wchar_t c : std::wstring_view(_wide, _length)) {
+        if (isMember(set, c) == others) {
+            clean += c;
+            run = 0;
+        } else if (replacement != 0 && (longestRun <= 0 || run < longestRun)) {
+            clean += replacement;
+            ++run;
+        }
+    }
+    return _setWide(clean.data(), static_cast<unsigned long>(clean.size()));
 }
 
 strtoken str::left(unsigned long n) const {

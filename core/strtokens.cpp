@@ -1,6 +1,8 @@
 #include "core/strtokens.h"
 
 #include <algorithm>
+#include <climits>
+#include <utility>
 
 namespace vcore {
 
@@ -10,15 +12,16 @@ constexpr int firstCapacity = 32;
 
 } // namespace
 
-strtokens::strtokens() : _tokens(new strtoken[firstCapacity]), _capacity(firstCapacity) {}
+strtokens::strtokens() : _tokens(std::make_unique<strtoken[]>(firstCapacity)), _capacity(firstCapacity) {}
 
 strtokens::strtokens(const str& text) : strtokens() {
     _split(text, L"", false, false);
 }
 
 strtokens::strtokens(const strtokens& source)
-    : _tokens(new strtoken[source._capacity]), _count(source._count), _capacity(source._capacity) {
-    std::copy_n(source._tokens, _count, _tokens);
+    : _tokens(std::make_unique<strtoken[]>(source._capacity)), _count(source._count),
+      _capacity(source._capacity) {
+    std::copy_n(source._tokens.get(), _count, _tokens.get());
 }
 
 strtokens& strtokens::operator=(const strtokens& source) {
@@ -28,10 +31,6 @@ strtokens& strtokens::operator=(const strtokens& source) {
     for (int i = 0; i < source._count; ++i)
         newToken() = source._tokens[i];
     return *this;
-}
-
-strtokens::~strtokens() {
-    delete[] _tokens;
 }
 
 int strtokens::splitStr(const str& text) {
@@ -53,7 +52,7 @@ strtoken strtokens::takeLast() {
 }
 
 void strtokens::clearAll() {
-    std::fill_n(_tokens, _count, strtoken());
+    std::fill_n(_tokens.get(), _count, strtoken());
     _count = 0;
 }
 
@@ -62,15 +61,19 @@ strtoken strtokens::operator[](int index) const {
 }
 
 void strtokens::_checkIndex(int index) {
-    if (index < 0)
+    if (index < _capacity)
         return;
     while (index >= _capacity)
-        _capacity *= 4;
-    strtoken* const tokens = new strtoken[_capacity];
+        _capacity = _capacity > INT_MAX / 4 ? INT_MAX : _capacity * 4;
+    auto tokens = std::make_unique<strtoken[]>(static_cast<std::size_t>(_capacity));
     for (int i = 0; i < _count; ++i)
         tokens[i].set(_tokens[i].start(), _tokens[i].len());
-    delete[] _tokens;
-    _tokens = tokens;
+    _tokens = std::move(tokens);
+}
+
+void strtokens::_addWord(const wchar_t* start, unsigned long length) {
+    if (length > 0)
+        newToken().set(start, length);
 }
 
 int strtokens::_split(const str& text, const wchar_t* separators, bool keepEmpty, bool keepLast) {

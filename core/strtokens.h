@@ -5,6 +5,8 @@
 #include "core/str.h"
 #include "core/strtoken.h"
 
+#include <memory>
+
 namespace vcore {
 
 /// A growable array of views into one text, filled by the splitting rule of a subclass. The tokens dangle when the
@@ -18,7 +20,7 @@ public:
     /// A copy of the views; both lists then view the same text.
     strtokens(const strtokens& source);
     strtokens& operator=(const strtokens& source);
-    virtual ~strtokens();
+    virtual ~strtokens() = default;
 
     /// Replaces the tokens by those of `text` and returns their number. The base class has no separators: the whole
     /// of a text that is not empty is one token.
@@ -38,9 +40,11 @@ public:
     strtoken operator[](int index) const;
 
 protected:
-    /// Makes room for a token at `index`; nothing happens for a negative one. Deliberately simple: the array is
-    /// allocated anew and the tokens set anew (so capped at their text's end) for every token.
+    /// Makes room for a token at `index` by multiplying the capacity by 4; nothing happens for a negative one. Tokens
+    /// that move are set anew, so capped at their text's end.
     void _checkIndex(int index);
+    /// Appends a token for a piece of text; none for an empty piece.
+    void _addWord(const wchar_t* start, unsigned long length);
     /// The token at `index`, which must exist.
     strtoken& _token(int index) { return _tokens[index]; }
     /// Replaces the tokens by the pieces of `text` between the members of `separators`. Empty pieces are tokens only
@@ -48,7 +52,7 @@ protected:
     int _split(const str& text, const wchar_t* separators, bool keepEmpty, bool keepLast);
 
 private:
-    strtoken* _tokens;
+    std::unique_ptr<strtoken[]> _tokens;
     int _count = 0;
     int _capacity;
 };

@@ -15,7 +15,7 @@ public:
     /// The text as one token, as long as no separators are set.
     strtokens_var(const str& text) { splitStr(text); }
     /// No tokens yet; `separators` are kept for `splitStr`.
-    strtokens_var(const wchar_t* separators) : _separators(separators) {}
+    strtokens_var(const wchar_t* separators) { _separators = separators; }
     strtokens_var(const strtokens_var&) = default;
     strtokens_var& operator=(const strtokens_var&) = default;
 

@@ -138,6 +138,13 @@ TEST(Str, EditsInPlace) {
     EXPECT_EQ(text(str().setWStrNet(network, 1)), L"A");
     EXPECT_EQ(text(str(L"\u00c4B").lower()), L"\u00e4b");
 
+    EXPECT_EQ(text(str(L" a\t b ").cleanStr(L" \t")), L"ab");
+    EXPECT_EQ(text(str(L"a \t b  c").cleanStr(L" \t", L'_', 1, false)), L"a_b_c");
+    EXPECT_EQ(text(str(L"a12b345").cleanStr(L"ab", L'#', 2, true)), L"a##b##");
+    EXPECT_EQ(text(str(L"aab").cleanStr(L"a", L'x', 0, false).cleanStr(nullptr)), L"xxb");
+    str own(L"abcab");
+    EXPECT_EQ(text(own.cleanStr(own.oleStr() + 3)), L"c");
+
     str s(L"one, two, three");
     EXPECT_TRUE(s.removeTo(L", "));
     EXPECT_FALSE(s.removeTo(L";"));
@@ -145,6 +152,19 @@ TEST(Str, EditsInPlace) {
     EXPECT_EQ(text(s.tok(L',')), L"two");
     EXPECT_EQ(text(s.tok(L',')), L" three");
     EXPECT_EQ(s.len(), 0u);
+}
+
+TEST(Str, KeepsZerosWhereLengthsAreKnown) {
+    str s(L"ab");
+    s.oleStr()[0] = 0;
+    s.updateWStr(2);
+    str t;
+    t = s;
+    t.Append(s).Append(t);
+    EXPECT_EQ(std::wstring(t.oleStr(), t.len()), std::wstring(L"\0b\0b\0b\0b", 8));
+    EXPECT_TRUE(t == L"" && t.findChar(L'b', 2) == 3 && t.countChar(0) == 4);
+    EXPECT_STREQ(t.getStr() + 7, "b");
+    EXPECT_EQ((t = s.oleStr()).len(), 0u);
 }
 
 TEST(Str, PascalStringsCarryAtMost255Bytes) {

@@ -72,6 +72,38 @@ TEST(StrNumber, FormatsWideTextAndNumbersAlikeOnBothTargets) {
     EXPECT_EQ(s, L"7,x8,y");
 }
 
+TEST(StrNumber, FormatsOneIntegerWhateverTheFormat) {
+    const wchar_t* const cases[][2] = {
+        {L"%05d!", L"-0042!"}, {L"100%% %i", L"100% -42"},
+        {L"%x", L"ffffffd6"},  {nullptr, L"-42"},
+        {L"", L"-42"},         {L"%s", L"-42"},
+        {L"%d%d", L"-42"},     {L"%*d", L"-42"},
+        {L"%", L"-42"},        {L"%4000d", L"-42"},
+        {L"%n", L"-42"},       {L"%lld", L"-42"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(str().Format(-42, c[0]), c[1]) << str(c[0]).getS();
+    str own(L"<%d>");
+    EXPECT_EQ(own.Format(INT_MIN, own.oleStr()), L"<-2147483648>");
+}
+
+TEST(StrNumber, FormatsTimesWithAnyFields) {
+    std::tm when{};
+    when.tm_year = 107;
+    when.tm_mon = 2;
+    when.tm_mday = 5;
+    when.tm_hour = 14;
+    when.tm_sec = 9;
+    when.tm_wday = 1;
+    when.tm_yday = 63;
+    str s;
+    EXPECT_EQ(s.time(L"%A %d. %b %Y, %H:%M:%S|%F|%T|%j|\u4e2d|%%|%Q|%", &when),
+              L"Monday 05. Mar 2007, 14:00:09|2007-03-05|14:00:09|064|\u4e2d|%|%Q|%");
+    when = {INT_MAX, -1, 99, 0, 12, -5000, 7, INT_MIN, 0};
+    EXPECT_EQ(s.time(L"%H:%M:%S %d.%m.%Y %w %j", &when), L"23:00:59 01.12.0000 6 001");
+    EXPECT_EQ(s.time(L"%Y", nullptr).len() + s.time(nullptr, &when).len(), 0u);
+}
+
 TEST(StrNumber, CalculatesFromLeftToRight) {
     const struct {
         const wchar_t* text;

@@ -41,6 +41,70 @@ TEST(StrSearch, NullSortsBeforeAnyText) {
     EXPECT_TRUE(str().compare(nullptr) > 0 && str().compareI(nullptr, 1) > 0);
 }
 
+TEST(StrSearch, ScoresLikeness) {
+    const std::wstring large(500000, L'x');
+    const wchar_t* const texts[] = {L"",     L"a",    L"abc",         L"ABD",    L"aabaab",
+                                    L"abaa", L"baab", L"Z\u00fcrich", L"zurich", large.c_str()};
+    for (const wchar_t* a : texts)
+        for (const wchar_t* b : texts) {
+            str s;
+            const float score = (s = a).match(b);
+            EXPECT_EQ(score, (s = b).match(a));
+            EXPECT_TRUE(a == b ? score == 1 : score >= 0 && score < 1);
+        }
+    EXPECT_TRUE(str(L"\u00c4bc").match(L"\u00e4BC") == 1 && str(L"abc").match(L"xyz") == 0);
+    EXPECT_EQ(str(L"abc").match(L"abd"), 0.5f);
+    EXPECT_EQ(str(L"aaab").match(L"aa"), 0.5f);
+    EXPECT_LT(str(L"abcacba").match(L"acbabca"), 1) << "the same pairs in another order";
+    EXPECT_GT(str(L"Zurich").match(L"Z\u00fcrich"), str(L"Zurich").match(L"Munich"));
+    EXPECT_EQ(str().match(nullptr), 1);
+}
+
+TEST(StrSearch, MatchesWildcards) {
+    const struct {
+        const wchar_t *text, *pattern;
+        bool fits;
+    } cases[] = {
+        {L"", L"", true},
+        {L"", L"*", true},
+        {L"", L"?", false},
+        {L"abc", L"ABC", true},
+        {L"abc", L"ab", false},
+        {L"abc", L"a?c", true},
+        {L"abc", L"????", false},
+        {L"abc", L"*", true},
+        {L"abc", L"*c", true},
+        {L"abc", L"a*", true},
+        {L"abc", L"*b*", true},
+        {L"abc", L"b*", false},
+        {L"abc", L"*b", false},
+        {L"aba", L"ab*ba", false},
+        {L"abba", L"ab*ba", true},
+        {L"aXbXc", L"a*b*c", true},
+        {L"abcd", L"*?c?", true},
+        {L"abcd", L"*?d?", false},
+        {L"a*c", L"a*c", true},
+        {L"aaab", L"*aab", true},
+        {L"abcabd", L"*abd", true},
+        {L"ababac", L"*abac*", true},
+        {L"abab", L"**?**b*", true},
+        {L"ab", L"*ab*ab*", false},
+        {L"xay", L"*?a*y", true},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(str(c.text).matchWildcard(str(c.pattern)), c.fits)
+            << str(c.text).getS() << ' ' << str(c.pattern).getS();
+    str text, pattern(L"*");
+    text.fill(L'a', 1 << 20);
+    str run;
+    pattern.Append(run.fill(L'a', 1 << 18)) += L"b*";
+    EXPECT_FALSE(text.matchWildcard(pattern));
+    for (pattern = L"*"; pattern.len() < 10000;)
+        pattern += L"a*a?*";
+    EXPECT_TRUE(text.matchWildcard(pattern));
+    EXPECT_FALSE(text.matchWildcard(pattern += L"b"));
+}
+
 TEST(StrSearch, ViewsStayInsideTheText) {
     const str s(L"abcdef");
     const struct {

@@ -1,3 +1,4 @@
+#include "core/strtokens_cpp.h"
 #include "core/strtokens_line.h"
 #include "core/strtokens_lines.h"
 #include "core/strtokens_path.h"
@@ -65,5 +66,39 @@ TEST(Strtokens, KeepsManyTokensInOrderAndForgetsThemOnTheNextSplit) {
     tokens.newToken().set(L"new", 3);
     EXPECT_EQ(list(tokens), (words{L"x", L"new"}));
     tokens.clearAll();
+    text.Clear();
+    for (int i = 0; i < 20; ++i)
+        text.Append(text) += L"a ";
+    EXPECT_EQ(tokens.splitStr(text), (1 << 20) - 1);
+    tokens.clearAll();
     EXPECT_TRUE(tokens.takeLast().start() == nullptr && tokens[0].len() == 0);
+}
+
+TEST(Strtokens, CommandLinesKeepSeparatorsInQuotes) {
+    const struct {
+        const wchar_t *text, *edited;
+        words bare, quoted;
+    } cases[] = {
+        {L" a \"b c\"\td ", L" a b c\td ", {L"a", L"b c", L"d"}, {L"a", L"b c", L"d"}},
+        {L"x=\"b c\"d e", L"x=b cd e", {L"x=b cd", L"e"}, {L"x=\"b c\"d", L"e"}},
+        {L"\"a\"\" b\" c", L"a b c", {L"a b", L"c"}, {L"\"a\"\" b\"", L"c"}},
+        {L"\"d:\\my dir\\\" x", L"d:\\my dir\\ x", {L"d:\\my dir\\", L"x"}, {L"d:\\my dir\\", L"x"}},
+        {L"a \"open b ", L"a open b ", {L"a", L"open b "}, {L"a", L"open b "}},
+        {L"a\"open b", L"aopen b", {L"aopen b"}, {L"a\"open b"}},
+        {L"\"\" \" \" \"\"\"\" \"", L"    ", {L" "}, {L" "}},
+        {L"", L"", {}, {}},
+    };
+    for (const auto& c : cases) {
+        str text(c.text);
+        const strtokens_cpp untouched(static_cast<const str&>(text));
+        EXPECT_EQ(list(untouched), c.quoted) << str(c.text).getS();
+        EXPECT_EQ(text, c.text);
+        const strtokens_cpp tokens(text);
+        EXPECT_EQ(list(tokens), c.bare) << str(c.text).getS();
+        EXPECT_EQ(text, c.edited);
+    }
+    str text(L"a,\"b,c\" d,,\"e");
+    strtokens_cpp atCommas(L",\"");
+    EXPECT_EQ(atCommas.splitStr(text), 3);
+    EXPECT_EQ(list(atCommas), (words{L"a", L"b,c d", L"e"}));
 }
