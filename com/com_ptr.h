@@ -15,19 +15,22 @@ template <class T>
 inline const IID& interfaceId() {
     return __uuidof(T);
 }
-// Not every compiler's headers attach the id to these interfaces.
+/// As above; not every compiler's headers attach the id to this interface.
 template <>
 inline const IID& interfaceId<IMediaPosition>() {
     return IID_IMediaPosition;
 }
+/// As above; not every compiler's headers attach the id to this interface.
 template <>
 inline const IID& interfaceId<IMediaEventEx>() {
     return IID_IMediaEventEx;
 }
+/// As above; not every compiler's headers attach the id to this interface.
 template <>
 inline const IID& interfaceId<IVideoWindow>() {
     return IID_IVideoWindow;
 }
+/// As above; not every compiler's headers attach the id to this interface.
 template <>
 inline const IID& interfaceId<IBasicVideo>() {
     return IID_IBasicVideo;

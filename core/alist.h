@@ -124,6 +124,7 @@ public:
 
     /// The elements as a range, valid until the list changes.
     T** begin() const { return _items.get(); }
+    /// The end of the range.
     T** end() const { return _items.get() + _count; }
 
 private:

@@ -19,13 +19,17 @@ public:
     cstr(const str& s);
     /// A copy of the token's characters.
     cstr(const strtoken& token);
+    /// A copy.
     cstr(const cstr& source);
     ~cstr();
 
+    /// @{
+    /// Takes over a copy of the text, as the constructors do.
     cstr& operator=(const wchar_t* s);
     cstr& operator=(const str& s);
     cstr& operator=(const strtoken& token);
     cstr& operator=(const cstr& source);
+    /// @}
 
     /// Takes over at most `n` characters of `s`, which may point into the string itself; null or an `n` of 0 and
     /// below empties it.

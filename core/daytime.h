@@ -25,11 +25,14 @@ public:
     daytime(unsigned short day, unsigned short month, unsigned short year);
     /// The time that the text tells, day first; see `fromStr`.
     daytime(const wchar_t* text);
+    /// The same time.
     daytime(const daytime&) = default;
+    /// Takes over the same time.
     daytime& operator=(const daytime&) = default;
 
     /// The broken-down fields; after changing them, call `updateFileTime`.
     SYSTEMTIME& fields() { return _fields; }
+    /// The broken-down fields.
     const SYSTEMTIME& fields() const { return _fields; }
     /// The count, in units of 100 ns.
     unsigned long long count() const;

@@ -14,7 +14,9 @@ class handle {
 public:
     /// Takes over `h`.
     explicit handle(HANDLE h = nullptr) : _handle(h == INVALID_HANDLE_VALUE ? nullptr : h) {}
+    /// Takes the handle over; `source` has none then.
     handle(handle&& source) noexcept : _handle(source.release()) {}
+    /// Closes the handle held before and takes over that of `source`, which has none then.
     handle& operator=(handle&& source) noexcept {
         reset(source.release());
         return *this;

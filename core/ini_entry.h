@@ -15,7 +15,9 @@ public:
     explicit iniEntry(const wchar_t* name) { _name = name; }
     /// An entry with a copy of the text as its value.
     iniEntry(const wchar_t* name, const wchar_t* value) : _value(value) { _name = name; }
+    /// A copy, with its own value.
     iniEntry(const iniEntry&) = default;
+    /// Takes over a copy of name and value.
     iniEntry& operator=(const iniEntry&) = default;
     ~iniEntry() = default;
 

@@ -18,6 +18,7 @@ public:
     bool changeState(long from, long to) { return _value.compare_exchange_strong(from, to); }
     /// Whether the state is `value` at this moment.
     bool operator==(long value) const { return _value.load() == value; }
+    /// Whether the state is another than `value` at this moment.
     bool operator!=(long value) const { return _value.load() != value; }
 
 private:

@@ -85,15 +85,20 @@ public:
     /// zero if the count is below 255. `out` must have room for 256 bytes.
     void toPascal(char* out) const;
 
+    /// @{
+    /// Takes over a copy of the text; a narrow one byte by byte, as `setStr` does.
     str& operator=(const str& source);
     str& operator=(const char* s);
     str& operator=(const wchar_t* s);
     str& operator=(const strtoken& token);
+    /// @}
+    /// @{
     /// Adds text, a character or a token at the end; a zero character adds nothing.
     str& operator+=(const wchar_t* s) { return append(s); }
     str& operator+=(wchar_t c) { return appendChar(c); }
     str& operator+=(char c) { return appendChar(static_cast<unsigned char>(c)); }
     str& operator+=(const strtoken& token) { return append(token.start(), token.len()); }
+    /// @}
     /// A new growable string: this text followed by `s`.
     str operator+(const wchar_t* s) const;
 
@@ -175,7 +180,8 @@ public:
     /// Same as `compare`.
     int CompareTo(const str& s) const { return compare(s.oleStr()); }
 
-    /// The operators compare as `compare` does, case-sensitively.
+    /// @{
+    /// Compares as `compare` does, case-sensitively.
     bool operator==(const str& s) const { return compare(s.oleStr()) == 0; }
     bool operator==(const wchar_t* s) const { return compare(s) == 0; }
     bool operator==(const strtoken& token) const { return token.compare(oleStr()) == 0; }
@@ -186,6 +192,7 @@ public:
     bool operator>=(const wchar_t* s) const { return compare(s) >= 0; }
     bool operator<(const wchar_t* s) const { return compare(s) < 0; }
     bool operator<=(const wchar_t* s) const { return compare(s) <= 0; }
+    /// @}
 
     /// How similar two texts are, without regard to letter case: from 0 for texts that share nothing to 1 for equal
     /// ones, and only for those. It is the part of the pairs of neighbouring characters that both texts share: twice
@@ -285,12 +292,12 @@ public:
     /// Whether the text can come from `u4code`: its length is a multiple of three and every character is a member of
     /// the alphabet. True for an empty text. Each byte of an alphabet is a character.
     bool isU4Codec(const char* alphabet = nullptr) const;
-    /// Takes over narrow text with escapes: \\ \a \b \e (27) \f \n \r \t \v; \xHH and \uHHHH, the character of
-    /// that hexadecimal code; a backslash in front of any other character is dropped, at the end of the text, too.
-    /// Deliberately as callers know it: \u sets four digits and \x the last two of the same four, which begin as 0000,
-    /// so that after \u the first two stay for a later \x; digits count up to the first that is not hexadecimal; \0
-    /// skips three characters and stands for the present four digits; \c drops the character behind it. A sequence
-    /// that the text's end cuts, and a code of zero, add nothing.
+    /// Takes over narrow text with escapes: `\\ \a \b \e` (27) `\f \n \r \t \v`; `\xHH` and `\uHHHH`, the character
+    /// of that hexadecimal code; a backslash in front of any other character is dropped, at the end of the text,
+    /// too. Deliberately as callers know it: `\u` sets four digits and `\x` the last two of the same four, which
+    /// begin as 0000, so that after `\u` the first two stay for a later `\x`; digits count up to the first that is
+    /// not hexadecimal; `\0` skips three characters and stands for the present four digits; `\c` drops the
+    /// character behind it. A sequence that the text's end cuts, and a code of zero, add nothing.
     str& setRegExpression(const char* s);
     /// Always empty: the escapes of `setRegExpression` are not kept.
     str getRegExpression() const { return str(); }

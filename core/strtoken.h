@@ -16,7 +16,9 @@ public:
     /// A view of the first `length` characters of `start`, fewer when the text ends before.
     strtoken(const wchar_t* start, unsigned long length) { set(start, length); }
 
+    /// A view of the same text.
     strtoken(const strtoken&) = default;
+    /// Points the view at the same text.
     strtoken& operator=(const strtoken&) = default;
 
     /// Points the view at other text, with the length capped as in the constructor; a null start gives length 0.

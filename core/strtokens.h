@@ -19,6 +19,7 @@ public:
     strtokens(const str& text);
     /// A copy of the views; both lists then view the same text.
     strtokens(const strtokens& source);
+    /// Takes over a copy of the views.
     strtokens& operator=(const strtokens& source);
     virtual ~strtokens() = default;
 

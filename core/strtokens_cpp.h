@@ -22,7 +22,9 @@ public:
     strtokens_cpp(str& text) { splitStr(text); }
     /// No tokens yet; `separators` are kept for `splitStr`. Null means none at all, and a quote is never a separator.
     strtokens_cpp(const wchar_t* separators) { _separators = separators; }
+    /// A copy of the views.
     strtokens_cpp(const strtokens_cpp&) = default;
+    /// Takes over a copy of the views.
     strtokens_cpp& operator=(const strtokens_cpp&) = default;
 
     /// The words of a text that must stay as it is: a token then keeps its quotes, but for a pair that encloses it.

@@ -12,7 +12,9 @@ public:
     strtokens_line() = default;
     /// The tokens of `text`.
     strtokens_line(const str& text) { splitStr(text); }
+    /// A copy of the views.
     strtokens_line(const strtokens_line&) = default;
+    /// Takes over a copy of the views.
     strtokens_line& operator=(const strtokens_line&) = default;
 
     int splitStr(const str& text) override;

@@ -13,7 +13,9 @@ public:
     strtokens_lines() = default;
     /// The tokens of `text`.
     strtokens_lines(const str& text) { splitStr(text); }
+    /// A copy of the views.
     strtokens_lines(const strtokens_lines&) = default;
+    /// Takes over a copy of the views.
     strtokens_lines& operator=(const strtokens_lines&) = default;
 
     int splitStr(const str& text) override;

@@ -13,7 +13,9 @@ public:
     strtokens_path() = default;
     /// The tokens of `text`.
     strtokens_path(const str& text) { splitStr(text); }
+    /// A copy of the views.
     strtokens_path(const strtokens_path&) = default;
+    /// Takes over a copy of the views.
     strtokens_path& operator=(const strtokens_path&) = default;
 
     int splitStr(const str& text) override;

@@ -16,7 +16,9 @@ public:
     strtokens_var(const str& text) { splitStr(text); }
     /// No tokens yet; `separators` are kept for `splitStr`.
     strtokens_var(const wchar_t* separators) { _separators = separators; }
+    /// A copy of the views.
     strtokens_var(const strtokens_var&) = default;
+    /// Takes over a copy of the views.
     strtokens_var& operator=(const strtokens_var&) = default;
 
     /// Replaces the set of separators; tokens already made stay.

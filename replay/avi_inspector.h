@@ -18,13 +18,14 @@ public:
 
     /// What is found of one RIFF piece.
     struct Piece {
-        unsigned long long offset = 0; ///< of its "RIFF"
-        unsigned long long size = 0;   ///< bytes with the header, as far as they are there
-        unsigned long frames = 0;      ///< whole frames in its "movi" list
-        unsigned long indexes = 0;     ///< standard index chunks
-        unsigned long legacyEntries = 0;
+        unsigned long long offset = 0;   ///< of its "RIFF"
+        unsigned long long size = 0;     ///< bytes with the header, as far as they are there
+        unsigned long frames = 0;        ///< whole frames in its "movi" list
+        unsigned long indexes = 0;       ///< standard index chunks
+        unsigned long legacyEntries = 0; ///< entries of its "idx1" chunk
     };
 
+    /// What is looked at, and how.
     struct Options {
         /// Reads every frame's data as well, and looks whether it begins as a DV frame does.
         bool frames = true;

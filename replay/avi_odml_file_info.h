@@ -23,8 +23,9 @@ struct AVI_ODMLFileInfo {
     unsigned long legacyEntries = 0;
     /// Number of the video stream, which is the number in its chunk ids.
     unsigned long videoStream = 0;
-    /// Streams in the file, and how many of them are sound.
+    /// Streams in the file, whatever they hold.
     unsigned long streams = 0;
+    /// How many of them are sound.
     unsigned long audioStreams = 0;
     /// Frames that stand in no index and were found by walking the chunks: those of a recording that still runs, was
     /// cut off or is damaged.

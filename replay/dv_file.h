@@ -71,13 +71,16 @@ protected:
 
     /// Memory for whole sectors, aligned so that any volume's unbuffered transfers accept it.
     struct MARVO_API SectorFree {
+        /// Frees the memory; null is allowed.
         void operator()(unsigned char* memory) const;
     };
+    /// Sector memory, owned.
     using SectorBuffer = std::unique_ptr<unsigned char[], SectorFree>;
 
     /// `size` bytes of sector memory, zeroed; null when there is no memory.
     static SectorBuffer _allocSectors(unsigned long size);
 
+    /// What `type` tells.
     vvideo::dvMediaType type_;
 
 private:

@@ -40,10 +40,10 @@ public:
 
     /// What is written.
     struct Video {
-        unsigned long kind = Dv;
-        unsigned long subKind = 420;
-        unsigned long width = 720;
-        unsigned long height = 576;
+        unsigned long kind = Dv;        ///< a member of `Kind`
+        unsigned long subKind = 420;    ///< of the kind; see there
+        unsigned long width = 720;      ///< pixels
+        unsigned long height = 576;     ///< pixels
         bool is625 = true;              ///< 625/50 (25 frames per second), else 525/60 (29.97)
         unsigned long maxFrameSize = 0; ///< bytes, for the kinds that need it
     };

@@ -58,10 +58,15 @@ protected:
     /// Marks a sample that is not bound to presentation times.
     static void markSample(IMediaSample* sample, long long start, long long stop, bool discontinuity);
 
+    /// The one pin.
     std::unique_ptr<vvideo::dvOutputPin> output_;
+    /// Where the samples come from.
     vvideo::dvAlloc allocator_;
+    /// Bytes of one frame; 0 until known.
     unsigned long frameSize_ = 0;
+    /// Time per frame in 100 ns.
     long long period_100ns_ = 0;
+    /// Stream time of the next sample in 100 ns.
     long long streamTime_100ns_ = 0;
 
 private:

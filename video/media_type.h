@@ -47,13 +47,16 @@ public:
 
     /// Replaces the type by a copy of `*source` (all zero for null).
     _AMMediaType* operator=(const _AMMediaType* source);
+    /// Replaces the type by a copy.
     _AMMediaType* operator=(const dvMediaType& source) { return *this = &source; }
 
     /// The same object, as system calls take it.
     operator _AMMediaType*() { return this; }
+    /// The same object, for calls that only read it.
     operator const _AMMediaType*() const { return this; }
     /// The members of the structure.
     _AMMediaType* operator->() { return this; }
+    /// The members of the structure, to be read.
     const _AMMediaType* operator->() const { return this; }
 
     /// A type with a format block of `cbFormat` bytes, copied from `format` unless that is null; everything

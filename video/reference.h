@@ -13,12 +13,16 @@ template <class T>
 class reference {
 public:
     reference() = default;
+    /// Another reference on the same object.
     reference(const reference& source) { share(source._object); }
+    /// Takes the reference over; `source` holds none then.
     reference(reference&& source) noexcept : _object(source.release()) {}
+    /// Releases the reference held before and takes another one on the object of `source`.
     reference& operator=(const reference& source) {
         share(source._object);
         return *this;
     }
+    /// Releases the reference held before and takes over that of `source`, which holds none then.
     reference& operator=(reference&& source) noexcept {
         adopt(source.release());
         return *this;
@@ -39,8 +43,11 @@ public:
     /// Gives the reference up without releasing it.
     T* release() { return std::exchange(_object, nullptr); }
 
+    /// The object, without a reference for the caller; null when there is none.
     T* get() const { return _object; }
+    /// The object's members; there must be an object.
     T* operator->() const { return _object; }
+    /// Whether there is an object.
     explicit operator bool() const { return _object != nullptr; }
 
 private:
