@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 cmake ninja-build googletest
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
-    ffmpeg imagemagick jq python3
+    ffmpeg imagemagick jq python3 doxygen
 )
 
 missing_packages() {
