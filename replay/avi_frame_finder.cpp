@@ -9,7 +9,7 @@ using riff::fourcc;
 
 namespace {
 
-/// Most that is read of an index at once.
+/// Most that is read of a standard index at once; it is one of 2044 frames many times over.
 constexpr unsigned long blockBytes = 0x40000;
 
 /// Chunks of an index that are compared with the file.
@@ -21,17 +21,10 @@ constexpr int baseTries = 64;
 /// Chunks looked at behind the first "movi" list to find the legacy index.
 constexpr int legacyTries = 4;
 
-/// The top bit of a standard index entry's size says that the frame is no key frame.
-constexpr std::uint32_t sizeMask = 0x7FFFFFFF;
-
 struct StandardIndexHead {
     riff::ChunkHeader chunk;
     riff::IndexHeader index;
 };
-
-constexpr unsigned long long join(std::uint32_t low, std::uint32_t high) {
-    return static_cast<unsigned long long>(high) << 32 | low;
-}
 
 } // namespace
 
@@ -83,31 +76,6 @@ void AviFrameFinder::addPiece(unsigned long long offset) {
     info_.pieces = static_cast<unsigned long>(info_.piecePositions.size());
 }
 
-/// Calls `function` with each of `count` records from `offset` on, until it returns false. False then, and when the
-/// file ends before.
-template <class Record, class Function>
-bool AviFrameFinder::forEachRecord(unsigned long long offset, std::uint32_t count, Function function) {
-    constexpr std::uint32_t perBlock = blockBytes / sizeof(Record);
-    block_.resize(blockBytes);
-    while (count > 0) {
-        const std::uint32_t now = std::min(count, perBlock);
-        const auto bytes = static_cast<unsigned long>(now * sizeof(Record));
-        if (source_.read(offset, block_.data(), bytes) != bytes) {
-            return false;
-        }
-        for (std::uint32_t i = 0; i < now; ++i) {
-            Record record;
-            std::memcpy(&record, block_.data() + i * sizeof(Record), sizeof(Record));
-            if (!function(record)) {
-                return false;
-            }
-        }
-        offset += bytes;
-        count -= now;
-    }
-    return true;
-}
-
 void AviFrameFinder::loadSuperIndex() {
     const RiffChunk& chunk = header_.superIndex;
     riff::IndexHeader head{};
@@ -125,12 +93,12 @@ void AviFrameFinder::loadSuperIndex() {
         entries.push_back(entry);
         return true;
     };
-    forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
+    source_.forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
     index_.reserve(static_cast<unsigned long>(std::min<unsigned long long>(
         header_.extendedTotalFrames, source_.size() / header_.nominalFrameSize() + 1)));
     unsigned long long last = 0;
     for (const riff::SuperIndexEntry& entry : entries) {
-        const unsigned long long offset = join(entry.offsetLow, entry.offsetHigh);
+        const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
         // Standard indexes follow each other in the file; so none is read twice, and no cycle is followed.
         if (offset <= last) {
             doubtIndexes(L"the super index leads back");
@@ -144,7 +112,7 @@ void AviFrameFinder::loadSuperIndex() {
 }
 
 bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
-    const unsigned long long offset = join(entry.offsetLow, entry.offsetHigh);
+    const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
     StandardIndexHead head{};
     block_.resize(blockBytes);
     const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
@@ -162,9 +130,10 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
         head.index.entriesInUse > (head.chunk.size - sizeof(head.index)) / sizeof(riff::StandardIndexEntry)) {
         return doubtIndexes(L"cannot read the standard index entry.");
     }
-    const unsigned long long base = join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
+    const unsigned long long base = riff::join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
     const auto add = [this, base](const riff::StandardIndexEntry& frame) {
-        return addIndexed(base + frame.offset - sizeof(riff::ChunkHeader), frame.size & sizeMask);
+        return addIndexed(base + frame.offset - sizeof(riff::ChunkHeader),
+                          frame.size & riff::standardSizeMask);
     };
     const auto here = std::min<std::uint32_t>(head.index.entriesInUse,
                                               (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
@@ -176,7 +145,7 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
         }
     }
     const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
-    return forEachRecord<riff::StandardIndexEntry>(rest, head.index.entriesInUse - here, add) ||
+    return source_.forEachRecord<riff::StandardIndexEntry>(rest, head.index.entriesInUse - here, add) ||
            doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
 }
 
@@ -204,7 +173,7 @@ void AviFrameFinder::loadLegacyIndex() {
         }
         return addIndexed(base + entry.offset, entry.size);
     };
-    if (!forEachRecord<riff::LegacyIndexEntry>(chunk.data(), info_.legacyEntries, add) && !doubt_) {
+    if (!source_.forEachRecord<riff::LegacyIndexEntry>(chunk.data(), info_.legacyEntries, add) && !doubt_) {
         doubtIndexes(L"cannot read the legacy index entry.");
     }
 }

@@ -41,8 +41,6 @@ private:
     bool walkTo(unsigned long long end);
     void addWalked(const RiffChunk& chunk);
     bool doubtIndexes(const wchar_t* reason);
-    template <class Record, class Function>
-    bool forEachRecord(unsigned long long offset, std::uint32_t count, Function function);
 
     AviSource& source_;
     const AviHeader& header_;

@@ -117,9 +117,18 @@ void AviHeader::readFormat(AviSource& source, const RiffChunk& chunk) {
     format = picture;
 }
 
+/// The two digits of the video stream in the ids of its chunks.
+std::uint32_t AviHeader::numberText() const {
+    return ('0' + videoStream / 10 % 10) | ('0' + videoStream % 10) << 8;
+}
+
 bool AviHeader::isFrame(std::uint32_t id) const {
-    const std::uint32_t number = ('0' + videoStream / 10 % 10) | ('0' + videoStream % 10) << 8;
-    return hasVideo && (id & 0xFFFF) == number && isAnyFrame(id);
+    return hasVideo && (id & 0xFFFF) == numberText() && isAnyFrame(id);
+}
+
+bool AviHeader::isStandardIndex(std::uint32_t id) const {
+    const std::uint32_t ix = fourcc("ix00") & 0xFFFF;
+    return hasVideo && (id == (ix | numberText() << 16) || id == (numberText() | ix << 16));
 }
 
 bool AviHeader::isAnyFrame(std::uint32_t id) {

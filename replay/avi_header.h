@@ -30,6 +30,9 @@ struct AviHeader {
     /// Whether `id` is the id of a chunk with a frame of the video stream: its number, then "dc" or "db".
     bool isFrame(std::uint32_t id) const;
 
+    /// Whether `id` is the id of a standard index of the video stream: "ix" and its number, or the other way round.
+    bool isStandardIndex(std::uint32_t id) const;
+
     /// Whether `id` is that of a frame of whatever stream.
     static bool isAnyFrame(std::uint32_t id);
 
@@ -43,6 +46,7 @@ struct AviHeader {
     unsigned long nominalFrameSize() const;
 
 private:
+    std::uint32_t numberText() const;
     const wchar_t* readChunk(AviSource& source, RiffWalker& walker, const RiffChunk& chunk);
     const wchar_t* readList(RiffWalker& walker, const RiffChunk& list);
     void readStreamHeader(AviSource& source, const RiffChunk& chunk);

@@ -27,6 +27,14 @@ public:
         largest_ = std::max(largest_, size);
     }
 
+    /// The frame whose chunk begins at `offset`; `count` when there is none. The frames must have been added in the
+    /// order of the file.
+    unsigned long find(unsigned long long offset) const {
+        const auto at = std::lower_bound(offsets_.begin(), offsets_.end(), offset);
+        const bool found = at != offsets_.end() && *at == offset;
+        return found ? static_cast<unsigned long>(at - offsets_.begin()) : count();
+    }
+
     /// Number of frames.
     unsigned long count() const { return static_cast<unsigned long>(offsets_.size()); }
     /// Bytes from the start of the file to the chunk header of frame `frame`, which is below `count`.

@@ -27,18 +27,18 @@ constexpr unsigned long signatureBytes = sizeof(riff::ChunkHeader) + dv::startBy
 
 void AviSearch::find() {
     index_.clear();
-    unsigned long long position = scan(0, source_.size());
+    unsigned long long position = next(0, source_.size());
     while (position < source_.size()) {
         std::uint32_t size = 0;
         isFrameAt(position, size);
         const unsigned long long end = position + sizeof(riff::ChunkHeader) + riff::padded(size);
         // Where bytes are missing, the next frame begins within this one, which then is not whole.
-        const bool whole = chunkFollows(end) || (scan(position + 1, end) >= end && endsWell(position, size));
+        const bool whole = chunkFollows(end) || (next(position + 1, end) >= end && endsWell(position, size));
         if (whole) {
             header_.assumeVideo(position, source_);
             index_.add(position, size);
         }
-        position = scan(whole ? end : position + 1, source_.size());
+        position = next(whole ? end : position + 1, source_.size());
     }
 }
 
@@ -73,8 +73,7 @@ bool AviSearch::endsWell(unsigned long long offset, std::uint32_t size) {
            dv::isSequenceStart(start, last);
 }
 
-/// The first place from `begin` on where a frame stands that begins before `end`; `end` when there is none.
-unsigned long long AviSearch::scan(unsigned long long begin, unsigned long long end) {
+unsigned long long AviSearch::next(unsigned long long begin, unsigned long long end) {
     std::uint32_t size = 0;
     if (begin < end && isFrameAt(begin, size)) {
         return begin;

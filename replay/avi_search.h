@@ -16,11 +16,13 @@ public:
     /// Finds all frames.
     void find();
 
+    /// The first place from `begin` on where a frame stands that begins before `end`; `end` when there is none.
+    unsigned long long next(unsigned long long begin, unsigned long long end);
+
 private:
     bool isFrameAt(unsigned long long offset, std::uint32_t& size);
     bool chunkFollows(unsigned long long offset);
     bool endsWell(unsigned long long offset, std::uint32_t size);
-    unsigned long long scan(unsigned long long begin, unsigned long long end);
 
     AviSource& source_;
     AviHeader& header_;

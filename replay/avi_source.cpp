@@ -22,14 +22,15 @@ void AviSource::updateSize() {
 
 unsigned long AviSource::read(unsigned long long offset, void* dest, unsigned long bytes,
                               unsigned long* error) const {
-    OVERLAPPED position{};
-    position.Offset = static_cast<DWORD>(offset);
-    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    // An OVERLAPPED would give the place as well, but then some systems ask a server about every read.
+    LARGE_INTEGER position{};
+    position.QuadPart = static_cast<long long>(offset);
     DWORD got = 0;
     BOOL done = FALSE;
     {
         const vwin::winthread::killable slowDisk;
-        done = ReadFile(file_.get(), dest, bytes, &got, &position);
+        done = SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN) &&
+               ReadFile(file_.get(), dest, bytes, &got, nullptr);
     }
     if (error) {
         *error = done ? 0 : GetLastError();

@@ -2,6 +2,7 @@
 
 #include "core/handle.h"
 
+#include <algorithm>
 #include <vector>
 
 /// A file that is read at any offset, also beyond 2 GiB and while another process writes it. Nothing is read that
@@ -26,6 +27,29 @@ public:
 
     /// Copies a small structure out of a window that is read ahead. False unless all of it is there.
     bool peek(unsigned long long offset, void* dest, unsigned long bytes);
+
+    /// Calls `function` with each of `count` structures from `offset` on, which are read in large blocks, until it
+    /// returns false. False then, and when the file ends before.
+    template <class Record, class Function>
+    bool forEachRecord(unsigned long long offset, std::uint32_t count, Function function) {
+        constexpr std::uint32_t perBlock = 0x40000 / sizeof(Record);
+        std::vector<Record> block(std::min(count, perBlock));
+        while (count > 0) {
+            const std::uint32_t now = std::min(count, perBlock);
+            const auto bytes = static_cast<unsigned long>(now * sizeof(Record));
+            if (read(offset, block.data(), bytes) != bytes) {
+                return false;
+            }
+            for (std::uint32_t i = 0; i < now; ++i) {
+                if (!function(block[i])) {
+                    return false;
+                }
+            }
+            offset += bytes;
+            count -= now;
+        }
+        return true;
+    }
 
     /// How many bytes `peek` reads at once.
     void readAhead(unsigned long bytes) { readAhead_ = bytes; }

@@ -118,6 +118,14 @@ static_assert(sizeof(MainHeader) == 56 && sizeof(StreamHeader) == 56 && sizeof(B
 static_assert(sizeof(IndexHeader) == 24 && sizeof(SuperIndexEntry) == 16 && sizeof(StandardIndexEntry) == 8);
 static_assert(sizeof(LegacyIndexEntry) == 16 && sizeof(ListHeader) == 12 && sizeof(ChunkHeader) == 8);
 
+/// The bits of a standard index entry's size that are the size.
+constexpr std::uint32_t standardSizeMask = 0x7FFFFFFF;
+
+/// A 64-bit number of the two halves that it has in an index.
+constexpr std::uint64_t join(std::uint32_t low, std::uint32_t high) {
+    return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
 /// `size` with the byte of padding that an odd chunk has behind it.
 constexpr std::uint64_t padded(std::uint64_t size) {
     return size + (size & 1);

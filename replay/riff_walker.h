@@ -38,6 +38,9 @@ public:
     /// Goes on with the chunks in `list`, which was the last one found.
     void enter(const RiffChunk& list) { position_ = list.offset + sizeof(riff::ListHeader); }
 
+    /// Goes on at `offset`.
+    void moveTo(unsigned long long offset) { position_ = offset; }
+
     /// Where the next chunk begins.
     unsigned long long position() const { return position_; }
 

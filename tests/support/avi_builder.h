@@ -105,6 +105,7 @@ private:
     void headers() {
         const size_t hdrl = begin("LIST", "hdrl");
         riff::MainHeader main{};
+        main.flags = shape_.index == Index::None || shape_.index == Index::Standard ? 0 : 0x10;
         main.streams = shape_.audioBytes != 0 ? 2 : 1;
         main.totalFrames = (shape_.frames + shape_.pieces - 1) / shape_.pieces;
         chunk("avih", text(main));
