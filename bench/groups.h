@@ -21,4 +21,5 @@ void measureReplay(Bench& bench);
 void measureSeek(Bench& bench);
 void measureLoss(Bench& bench);
 void measureAllocations(Bench& bench);
+void measureStrings(Bench& bench);
 void measureInfo(Bench& bench);

@@ -21,6 +21,7 @@ const Group groups[] = {
     {"seek", "from the seek command to the frame", measureSeek},
     {"loss", "recording a camera at eight times real time", measureLoss},
     {"allocations", "memory allocated while frames flow", measureAllocations},
+    {"strings", "strings against the standard library's, lookups of settings", measureStrings},
     {"info", "other figures, without targets", measureInfo},
 };
 

@@ -2,6 +2,7 @@
 
 #include "core/file.h"
 
+#include <cwchar>
 #include <memory>
 #include <new>
 
@@ -137,8 +138,11 @@ const str& iniFile::section(unsigned int index) const {
 }
 
 iniEntry* iniFile::_find(const wchar_t* name) const {
+    if (!name)
+        name = L"";
+    const std::size_t length = std::wcslen(name);
     for (iniEntry* entry : _entries)
-        if (entry->name().equal(name ? name : L"", false))
+        if (entry->name().len() == length && entry->name().compareI(name) == 0)
             return entry;
     return nullptr;
 }

@@ -40,6 +40,26 @@ unsigned long narrowCharacter(char* out, unsigned long room, wchar_t c) {
     return n;
 }
 
+/// Converts as many of `n` characters as fit into `n` bytes and returns the number of bytes.
+unsigned long narrowText(char* out, unsigned long n, const wchar_t* text) {
+    unsigned long done = 0;
+    while (done < n && text[done] < 0x80) {
+        out[done] = static_cast<char>(text[done]);
+        ++done;
+    }
+    const int left = static_cast<int>(std::min<unsigned long>(n - done, INT_MAX));
+    const int bytes = WideCharToMultiByte(CP_ACP, 0, text + done, left, out + done, left, nullptr, nullptr);
+    if (bytes > 0)
+        return done + static_cast<unsigned long>(bytes);
+    for (unsigned long i = done; i < n; ++i) {
+        const unsigned long size = narrowCharacter(out + done, n - done, text[i]);
+        if (size == 0)
+            break;
+        done += size;
+    }
+    return done;
+}
+
 } // namespace
 
 str::str(const str& source) {
@@ -127,10 +147,10 @@ unsigned long str::_checkLen(unsigned long needed, bool discard) {
 }
 
 void str::_reallocate(unsigned long capacity, bool discard) {
-    auto wide = std::make_unique<wchar_t[]>(capacity);
+    auto wide = std::make_unique_for_overwrite<wchar_t[]>(capacity);
     std::unique_ptr<char[]> narrow;
     if (_narrow)
-        narrow.reset(new char[capacity]);
+        narrow = std::make_unique_for_overwrite<char[]>(capacity);
     if (!discard)
         std::wmemcpy(wide.get(), _wide, std::min(capacity, _capacity));
     delete[] _wide;
@@ -138,12 +158,6 @@ void str::_reallocate(unsigned long capacity, bool discard) {
     _wide = wide.release();
     _narrow = narrow.release();
     _capacity = capacity;
-    _flags |= narrowStale;
-}
-
-void str::_wideChanged(unsigned long length) {
-    _length = length;
-    _wide[length] = 0;
     _flags |= narrowStale;
 }
 
@@ -158,13 +172,7 @@ char* str::getStr() const {
         _flags |= narrowStale;
     }
     if (_flags & narrowStale) {
-        unsigned long done = 0;
-        for (unsigned long i = 0; i < _length && done < _length; ++i) {
-            const unsigned long n = narrowCharacter(_narrow + done, _length - done, _wide[i]);
-            if (n == 0)
-                break;
-            done += n;
-        }
+        const unsigned long done = narrowText(_narrow, _length, _wide);
         std::memset(_narrow + done, 0, _length + 1 - done);
         _flags &= ~narrowStale;
     }
@@ -266,7 +274,7 @@ str& str::setWStrNet(const wchar_t* s, unsigned long n) {
 str& str::append(const wchar_t* s, unsigned long n) {
     if (!s || n == 0)
         return *this;
-    return _appendWide(s, static_cast<unsigned long>(wcsnlen(s, n)));
+    return _appendWide(s, static_cast<unsigned long>(n == toEnd ? std::wcslen(s) : wcsnlen(s, n)));
 }
 
 str& str::_appendWide(const wchar_t* s, unsigned long n) {
@@ -278,10 +286,6 @@ str& str::_appendWide(const wchar_t* s, unsigned long n) {
     std::wmemmove(_wide + _length, own ? _wide + offset : s, length - _length);
     _wideChanged(length);
     return *this;
-}
-
-str& str::appendChar(wchar_t c) {
-    return append(&c, 1);
 }
 
 str& str::appendPascal(const char* counted) {

@@ -113,7 +113,13 @@ public:
     /// Adds the text of another string (or of this one) at the end.
     str& Append(const str& s) { return _appendWide(s.oleStr(), s.len()); }
     /// Adds one character; a zero adds nothing.
-    str& appendChar(wchar_t c);
+    str& appendChar(wchar_t c) {
+        if (c == 0 || _length + 2 >= _capacity)
+            return append(&c, 1);
+        _wide[_length] = c;
+        _wideChanged(_length + 1);
+        return *this;
+    }
     /// Adds the text of a Pascal string (a count byte, then that many bytes), each byte widened on its own.
     str& appendPascal(const char* counted);
     /// Inserts at most `n` characters of `s` in front of position `pos`, or at the end when `pos` is beyond it.
@@ -309,7 +315,11 @@ private:
     void _allocate(unsigned long capacity, int flags);
     unsigned long _checkLen(unsigned long needed, bool discard);
     void _reallocate(unsigned long capacity, bool discard);
-    void _wideChanged(unsigned long length);
+    void _wideChanged(unsigned long length) {
+        _length = length;
+        _wide[length] = 0;
+        _flags |= narrowStale;
+    }
     str& _setBytes(const char* s, unsigned long n);
     str& _setWide(const wchar_t* s, unsigned long n);
     str& _appendWide(const wchar_t* s, unsigned long n);
