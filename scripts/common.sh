@@ -57,6 +57,8 @@ wine_environment() {
     export WINEPREFIX=${2:-$wine_dir/prefix-$target}
     export WINEARCH=$target
     export WINEDEBUG=${WINEDEBUG:--all}
+    # Without a UTF-8 locale Wine cannot create files with all letters, and a user's own would choose the code page.
+    export LC_ALL=C.UTF-8
     # winedbg would hang on a crash instead of ending the program; .NET and HTML are never wanted.
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=;winedbg.exe=}
     # Programs outside of a window session have none to ask; a window session needs the user's own.
