@@ -2,31 +2,9 @@
 
 #include "replay/volume.h"
 
-#include <cstring>
-#include <new>
-
-namespace {
-
-/// The strictest sector size in use; memory aligned to it suits every volume.
-constexpr std::align_val_t sectorMemoryAlignment{4096};
-
-} // namespace
-
 dvFile::dvFile() = default;
 
 dvFile::~dvFile() = default;
-
-void dvFile::SectorFree::operator()(unsigned char* memory) const {
-    ::operator delete(memory, sectorMemoryAlignment);
-}
-
-dvFile::SectorBuffer dvFile::_allocSectors(unsigned long size) {
-    auto* memory = static_cast<unsigned char*>(::operator new(size, sectorMemoryAlignment, std::nothrow));
-    if (memory) {
-        std::memset(memory, 0, size);
-    }
-    return SectorBuffer(memory);
-}
 
 unsigned long dvFile::alignSize(unsigned long size) const {
     const unsigned long over = size % alignment_;
@@ -41,7 +19,7 @@ void dvFile::setFrameSize(unsigned long size) {
     if (size > maxFrameSize) {
         return;
     }
-    data_ = _allocSectors(alignSize(size + headerSize));
+    data_ = allocSectors(alignSize(size + headerSize));
     if (!data_) {
         return;
     }

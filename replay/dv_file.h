@@ -1,9 +1,8 @@
 #pragma once
 
 #include "core/file.h"
+#include "replay/sector_memory.h"
 #include "video/media_type.h"
-
-#include <memory>
 
 /// What writer and reader of a raw DV recording share: the geometry of a record, a buffer for one record, and the
 /// media type of the video.
@@ -68,17 +67,6 @@ protected:
     /// system's cache, and takes the volume's alignment. False when the system refuses; nothing is open then.
     bool _openUnbuffered(const wchar_t* name, unsigned long access, unsigned long share,
                          unsigned long creation);
-
-    /// Memory for whole sectors, aligned so that any volume's unbuffered transfers accept it.
-    struct MARVO_API SectorFree {
-        /// Frees the memory; null is allowed.
-        void operator()(unsigned char* memory) const;
-    };
-    /// Sector memory, owned.
-    using SectorBuffer = std::unique_ptr<unsigned char[], SectorFree>;
-
-    /// `size` bytes of sector memory, zeroed; null when there is no memory.
-    static SectorBuffer _allocSectors(unsigned long size);
 
     /// What `type` tells.
     vvideo::dvMediaType type_;

@@ -3,6 +3,7 @@
 #include "replay/avi_reader.h"
 #include "replay/avi_writer.h"
 
+#include <algorithm>
 #include <cwchar>
 
 FileIOAVI::FileIOAVI() = default;
@@ -12,7 +13,9 @@ FileIOAVI::~FileIOAVI() {
 }
 
 int FileIOAVI::done(int code, const wchar_t* text) {
-    std::swprintf(lastError_, std::size(lastError_), L"%ls", code == Ok ? L"" : text);
+    const size_t length = code == Ok ? 0 : std::min(std::wcslen(text), std::size(lastError_) - 1);
+    std::wmemcpy(lastError_, text, length);
+    lastError_[length] = L'\0';
     return code;
 }
 

@@ -117,7 +117,7 @@ unsigned long dvFrameStore::framesPerSecond() const {
 }
 
 const wchar_t* dvFrameStore::fileName() const {
-    return rawFile_.filename().oleStr();
+    return fileName_.oleStr();
 }
 
 void dvFrameStore::setMaxFilesize(long long limit) {
@@ -141,6 +141,7 @@ bool dvFrameStore::startRecord(const wchar_t* name) {
         if (!openRecording(name)) {
             return false;
         }
+        fileName_ = name;
         resetRing();
     }
     start();
@@ -268,7 +269,8 @@ bool dvFrameStore::stageFrame(vvideo::dvFrame& staging, unsigned long long& numb
 
 void dvFrameStore::writeStaged(const vvideo::dvFrame& staging, unsigned long ringFrames) {
     // A disk that never answers must not hold up the next recording for ever, so the writer may be killed while it
-    // waits for the disk, but never while it holds the ring's lock.
+    // waits for the disk, but never while it holds the ring's lock. The AVI file does so in its own writes, because
+    // it can be finished only when what it knows of its contents is whole.
     if (rawFile_.opened()) {
         unsigned long done = 0;
         {
@@ -281,8 +283,6 @@ void dvFrameStore::writeStaged(const vvideo::dvFrame& staging, unsigned long rin
         }
     }
     if (aviFile_.opened()) {
-        const unsigned long frameSize = ring_.frameSize();
-        const killable disk;
-        aviFile_.writeFrame(reinterpret_cast<char*>(staging.data()), frameSize, staging.size());
+        aviFile_.writeFrame(reinterpret_cast<char*>(staging.data()), ring_.frameSize(), staging.size());
     }
 }

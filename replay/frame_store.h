@@ -70,7 +70,7 @@ public:
     /// 25 when a frame has exactly 144000 bytes, else 30, also without a ring.
     unsigned long framesPerSecond() const;
 
-    /// Name of the raw recording, empty before the first. Owned by the store.
+    /// Name of the recording that was started last, raw or AVI; empty before the first. Owned by the store.
     const wchar_t* fileName() const;
 
     /// Limits what is written: frames numbered `limit` and above are captured and can be replayed from memory, but do
@@ -118,6 +118,7 @@ private:
     std::atomic<bool> abandonBacklog_ = false;
     dvRecFile rawFile_;
     dvAVIFile aviFile_;
+    vcore::str fileName_;
     vcore::str remoteFile_;
     std::atomic<long long> maxFileSize_ = -1;
 };

@@ -24,7 +24,7 @@ bool dvPlayFile::open(const wchar_t* name, unsigned long frameSize) {
     RecordHeader header{};
     if (frameSize == 0) {
         const unsigned long sector = alignSize(headerSize);
-        const SectorBuffer first = _allocSectors(sector);
+        const SectorBuffer first = allocSectors(sector);
         unsigned long got = 0;
         if (first && vcore::file::read(first.get(), sector, &got) && got >= headerSize) {
             std::memcpy(&header, first.get(), sizeof(header));

@@ -12,8 +12,26 @@ namespace {
 
 constexpr wchar_t name[] = L"frame_store_test.dv";
 
-/// Frames of a recording that hold the bytes of seeds first, first + 1, ...; the rest is counted as wrong.
+constexpr wchar_t aviName[] = L"Frame_Store_Test.AVI";
+
+/// Expects an AVI recording whose frames hold the bytes of seeds first, first + 1, ...
+void expectRecordedAvi(std::uint32_t first, unsigned long frames) {
+    dvAVIFile recording;
+    ASSERT_TRUE(recording.open(aviName));
+    ASSERT_EQ(recording.frames(), frames);
+    std::vector<char> slot(recording.getAVIFrameSize());
+    for (unsigned long k = 0; k < frames; ++k) {
+        ASSERT_TRUE(recording.readFrame(slot.data(), recording.getAVIFrameSize(), k));
+        EXPECT_TRUE(samples::holds(reinterpret_cast<unsigned char*>(&slot[8]), first + k)) << k;
+    }
+}
+
+/// Expects a recording whose frames hold the bytes of seeds first, first + 1, ...
 void expectRecorded(std::uint32_t first, unsigned long frames, const wchar_t* file = name) {
+    if (file == aviName) {
+        expectRecordedAvi(first, frames);
+        return;
+    }
     dvPlayFile recording;
     ASSERT_TRUE(recording.open(file, 0));
     ASSERT_EQ(recording.frameCount(), frames);
@@ -79,9 +97,10 @@ TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
     dvFrameStore store;
     EXPECT_FALSE(store.startRecord(name)) << "no ring yet";
     ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
-    for (std::uint32_t recording = 0; recording < 3; ++recording) {
+    for (std::uint32_t recording = 0; recording < 5; ++recording) {
+        const wchar_t* file = recording % 2 == 0 ? name : aviName;
         ASSERT_TRUE(source.addTo(store, 999));
-        ASSERT_TRUE(store.startRecord(name));
+        ASSERT_TRUE(store.startRecord(file));
         EXPECT_EQ(store.lastFrame(), 0u);
         EXPECT_EQ(store.writtenFrame(), 0u);
         EXPECT_EQ(store.findFrame(0), nullptr) << "no frame of the time before";
@@ -92,9 +111,9 @@ TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
         EXPECT_EQ(store.writtenFrame(), 30u) << "a stop writes what was captured by then";
         vvideo::dvFrame frame(samples::palSize, nullptr);
         EXPECT_TRUE(store.get(&frame, 29)) << "the ring outlives the recording";
-        expectRecorded(recording * 100, 30);
+        expectRecorded(recording * 100, 30, file);
+        EXPECT_EQ(std::wstring(store.fileName()), file) << "the recording that was started last";
     }
-    EXPECT_EQ(std::wstring(store.fileName()), name);
 }
 
 TEST(FrameStore, RecordsCarryFrameSizeAndDuration) {
@@ -117,12 +136,14 @@ TEST(FrameStore, StopsWritingAtTheLimit) {
     dvFrameStore store;
     ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
     store.setMaxFilesize(4);
-    ASSERT_TRUE(store.startRecord(name));
-    for (std::uint32_t k = 0; k < 10; ++k)
-        ASSERT_TRUE(source.addTo(store, k));
-    EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 10; }));
-    store.stopRecord();
-    expectRecorded(0, 4);
+    for (const wchar_t* file : {name, aviName}) {
+        ASSERT_TRUE(store.startRecord(file));
+        for (std::uint32_t k = 0; k < 10; ++k)
+            ASSERT_TRUE(source.addTo(store, k));
+        EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 10; }));
+        store.stopRecord();
+        expectRecorded(0, 4, file);
+    }
 }
 
 TEST(FrameStore, ARefusedRecordingLosesNothing) {
@@ -131,11 +152,12 @@ TEST(FrameStore, ARefusedRecordingLosesNothing) {
     ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
     ASSERT_TRUE(store.startRecord(name));
     ASSERT_TRUE(source.addTo(store, 5));
-    for (const wchar_t* refused : {static_cast<const wchar_t*>(nullptr), L"no such folder\\x.dv", L"",
-                                   L"recording.avi", L"RECORDING.AVI.dv"}) {
+    for (const wchar_t* refused :
+         {static_cast<const wchar_t*>(nullptr), L"no such folder\\x.dv", L"", L"no such folder\\x.AVI.dv"}) {
         EXPECT_FALSE(store.startRecord(refused));
         EXPECT_FALSE(store.running());
         EXPECT_EQ(store.lastFrame(), 1u);
+        EXPECT_EQ(std::wstring(store.fileName()), name);
     }
     expectRecorded(5, 1);
     EXPECT_TRUE(store.startRecord(L".avi at the beginning is no AVI file"));

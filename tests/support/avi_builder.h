@@ -71,6 +71,11 @@ public:
         file.write(content.data(), static_cast<std::streamsize>(content.size()));
     }
 
+    static std::string read(const wchar_t* name) {
+        std::ifstream file(std::filesystem::path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
 private:
     template <class Structure>
     static std::string text(const Structure& structure) {

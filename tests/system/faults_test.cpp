@@ -53,7 +53,7 @@ TEST_F(Faults, StallsBurstsAndDropsLoseNothing) {
 
 TEST_F(Faults, RefusedFilesLeaveTheEngineAsItWas) {
     ASSERT_TRUE(dvFE.init(window, false));
-    for (const wchar_t* name : {L"no such folder\\x.dv", L"recording.avi"}) {
+    for (const wchar_t* name : {L"no such folder\\x.dv", L"no such folder\\x.avi"}) {
         EXPECT_FALSE(dvFE.startRecord(name));
         EXPECT_FALSE(dvFE.replay(0, 9, name));
         EXPECT_FALSE(dvFE.playing());

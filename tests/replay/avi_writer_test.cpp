@@ -1,0 +1,382 @@
+#include "marvo.h"
+
+#include "replay/avi_writer.h"
+#include "tests/support/avi_builder.h"
+#include "tests/support/avi_disk.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace {
+
+constexpr wchar_t name[] = L"avi_writer_test.avi";
+
+FileIOAVI::Video video(unsigned long frameSize) {
+    FileIOAVI::Video made;
+    made.is625 = frameSize == samples::palSize;
+    made.height = made.is625 ? 576 : 480;
+    return made;
+}
+
+/// A writer on a disk in memory.
+struct Recording {
+    avi::Disk disk;
+    AVI_ODMLFileInfo info;
+    std::unique_ptr<AviWriter> writer;
+    unsigned long frameSize;
+    vvideo::dvFrame slot;
+
+    explicit Recording(const AviWriter::Limits& limits = {}, unsigned long size = samples::ntscSize)
+        : writer(std::make_unique<AviWriter>(std::make_unique<avi::DiskOutput>(disk), limits)),
+          frameSize(size) {}
+
+    int create() {
+        const int code = writer->create(name, video(frameSize), true, info);
+        slot.init(writer->slotSize());
+        return code;
+    }
+    int write(std::uint32_t seed) {
+        std::memcpy(slot.data() + 8, samples::bytes(seed, frameSize).data(), frameSize);
+        return writer->writeFrame(reinterpret_cast<char*>(slot.data()), slot.size(), frameSize);
+    }
+    /// Creates the file and writes frames until one is refused; how many were written.
+    unsigned long fill(unsigned long frames) {
+        EXPECT_EQ(create(), 0);
+        unsigned long k = 0;
+        while (k < frames && write(k) == 0)
+            ++k;
+        return k;
+    }
+};
+
+/// Whether `bytes` is an AVI file from which exactly the frames of seeds 0 to `frames` - 1 are read.
+void expectReads(const std::string& bytes, unsigned long frames,
+                 unsigned long frameSize = samples::ntscSize) {
+    avi::File::write(name, bytes);
+    FileIOAVI file;
+    ASSERT_EQ(file.open(name), 0) << file.lastError();
+    ASSERT_EQ(file.frames(), frames);
+    std::vector<char> slot(file.slotSize());
+    for (unsigned long k = 0; k < frames; ++k) {
+        ASSERT_EQ(file.readFrame(slot.data(), file.slotSize(), k), 0) << file.lastError();
+        ASSERT_TRUE(samples::holds(reinterpret_cast<unsigned char*>(&slot[8]), k, frameSize)) << k;
+    }
+}
+
+/// The offsets of the frames' data by super index and standard indexes.
+std::vector<std::uint64_t> indexed(const std::string& bytes) {
+    std::vector<std::uint64_t> found;
+    for (std::uint32_t i = 0; i < avi::number<std::uint32_t>(bytes, 224); ++i) {
+        const auto entry = avi::number<riff::SuperIndexEntry>(bytes, 244 + 16 * i);
+        const auto index = avi::number<riff::IndexHeader>(bytes, entry.offsetLow + 8);
+        EXPECT_EQ(bytes.substr(entry.offsetLow, 4), "00ix");
+        EXPECT_EQ(entry.size, 16384u);
+        EXPECT_EQ(index.entriesInUse, entry.duration);
+        for (std::uint32_t k = 0; k < index.entriesInUse; ++k)
+            found.push_back(
+                index.baseOffsetLow +
+                avi::number<riff::StandardIndexEntry>(bytes, entry.offsetLow + 32 + 8 * k).offset);
+    }
+    return found;
+}
+
+std::vector<size_t> places(const std::vector<avi::Chunk>& chunks, const std::string& id) {
+    std::vector<size_t> found;
+    for (const avi::Chunk& chunk : chunks)
+        if (chunk.id == id)
+            found.push_back(chunk.at);
+    return found;
+}
+
+TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
+    struct Case {
+        unsigned long sector, frameSize, junk, data, slot;
+    };
+    for (const Case& c : {Case{512, 144000, 12, 16896, 144384},
+                          {512, 120000, 12, 16896, 120320},
+                          {4096, 144000, 3596, 20480, 147456},
+                          {4096, 120000, 3596, 20480, 122880}}) {
+        SCOPED_TRACE(testing::Message() << c.sector << ' ' << c.frameSize);
+        Recording r({}, c.frameSize);
+        r.disk.sector = c.sector;
+        ASSERT_EQ(r.fill(2), 2u);
+        EXPECT_EQ(r.writer->slotSize(), c.slot);
+        EXPECT_EQ(r.writer->sectorSize(), c.sector);
+        ASSERT_EQ(r.writer->close(), 0);
+        const std::string& file = r.disk.bytes;
+        for (const auto& [at, data] : r.disk.writes)
+            EXPECT_TRUE(at % c.sector == 0 && data.size() % c.sector == 0) << at;
+        const bool pal = c.frameSize == 144000;
+        const std::map<size_t, std::uint32_t> numbers = {{16, 16844},
+                                                         {28, 56},
+                                                         {32, pal ? 40000 : 33366},
+                                                         {36, pal ? 3600000 : 3596400},
+                                                         {40, c.sector},
+                                                         {44, 0x10010},
+                                                         {48, 2},
+                                                         {56, 1},
+                                                         {60, c.frameSize},
+                                                         {64, 720},
+                                                         {68, pal ? 576 : 480},
+                                                         {92, 16500},
+                                                         {104, 56},
+                                                         {128, 100},
+                                                         {132, pal ? 2500 : 2997},
+                                                         {140, 2},
+                                                         {144, c.frameSize},
+                                                         {168, 40},
+                                                         {172, 40},
+                                                         {176, 720},
+                                                         {180, pal ? 576 : 480},
+                                                         {184, 0x180001},
+                                                         {192, c.frameSize},
+                                                         {216, 16376},
+                                                         {220, 4},
+                                                         {224, 1},
+                                                         {16600, 260},
+                                                         {16612, 248},
+                                                         {16616, 2},
+                                                         {16868, c.junk},
+                                                         {c.data + 4, c.frameSize}};
+        for (const auto& [at, value] : numbers)
+            EXPECT_EQ(avi::number<std::uint32_t>(file, at), value) << at;
+        EXPECT_EQ(file.substr(108, 8) + file.substr(188, 4) + file.substr(228, 4), "vidsdvsddvsd00dc");
+        std::string ids;
+        for (const avi::Chunk& chunk : avi::walk(file))
+            ids += chunk.id + ' ';
+        EXPECT_EQ(
+            ids,
+            "AVI  hdrl avih strl strh strf indx odml dmlh JUNK movi 00dc JUNK 00dc JUNK 00ix idx1 JUNK ");
+        EXPECT_EQ(indexed(file), (std::vector<std::uint64_t>{c.data + 8, c.data + 8 + c.slot}));
+        const size_t legacy = places(avi::walk(file), "idx1").at(0) + 8 + 16;
+        EXPECT_EQ(file.substr(legacy, 4), "00dc");
+        EXPECT_EQ(avi::number<std::uint32_t>(file, legacy + 4), 0x10u);
+        EXPECT_EQ(avi::number<std::uint32_t>(file, legacy + 8), c.slot + 4) << "from the list type on";
+        expectReads(file, 2, c.frameSize);
+    }
+}
+
+TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
+    for (const unsigned long sector : {512ul, 4096ul}) {
+        Recording r({1000000, 3, 1022});
+        r.disk.sector = sector;
+        ASSERT_EQ(r.fill(20), 20u);
+        ASSERT_EQ(r.writer->close(), 0);
+        const std::vector<avi::Chunk> chunks = avi::walk(r.disk.bytes);
+        const std::vector<size_t> frames = places(chunks, "00dc");
+        ASSERT_EQ(frames.size(), 20u);
+        const std::vector<std::uint64_t> indexedFrames = indexed(r.disk.bytes);
+        ASSERT_EQ(indexedFrames.size(), 20u);
+        for (size_t k = 0; k < frames.size(); ++k)
+            EXPECT_EQ(indexedFrames[k], frames[k] + 8);
+        EXPECT_TRUE(places(chunks, "broken").empty());
+        const std::vector<size_t> later = places(chunks, "AVIX");
+        EXPECT_EQ(later.size(), 2u) << "seven, seven and six frames";
+        EXPECT_EQ(places(chunks, "00ix").size(), 8u);
+        EXPECT_EQ(places(chunks, "idx1").size(), 1u);
+        const size_t firstFrames =
+            std::count_if(frames.begin(), frames.end(), [&](size_t at) { return at < later[0]; });
+        EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 48), firstFrames);
+        EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 140), 20u);
+        for (const avi::Chunk& chunk : chunks)
+            if (chunk.id == "AVIX" || chunk.id == "AVI ") {
+                EXPECT_LE(chunk.size + 8, 1000000u);
+                EXPECT_EQ(chunk.at % sector, 0u);
+            }
+        EXPECT_EQ(r.info.piecePositions.size(), 3u);
+        EXPECT_EQ(r.info.indexPositions.size(), 8u);
+        EXPECT_EQ(r.info.legacyEntries, firstFrames);
+        expectReads(r.disk.bytes, 20);
+    }
+}
+
+TEST(AviWriter, AFullSuperIndexEndsTheRecordingSoundly) {
+    Recording r({0x40000000, 3, 2});
+    EXPECT_EQ(r.fill(10), 6u);
+    EXPECT_EQ(r.write(6), FileIOAVI::Full);
+    EXPECT_STRNE(r.writer->error(), L"");
+    EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 140), 6u) << "the headers know already";
+    EXPECT_EQ(r.writer->close(), 0);
+    EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
+    expectReads(r.disk.bytes, 6);
+}
+
+TEST(AviWriter, WhateverIsCutOffEveryWholeFrameIsThere) {
+    Recording r({1000000, 3, 1022});
+    ASSERT_EQ(r.fill(40), 40u);
+    ASSERT_EQ(r.writer->close(), 0);
+    unsigned long frames = 0;
+    for (size_t i = 1; i < r.disk.writes.size(); ++i) {
+        const std::string& data = r.disk.writes[i].second;
+        const bool isFrame = data.compare(0, 4, "00dc") == 0;
+        // Frames are cut behind the last and before the last byte of their data, all other writes in the middle.
+        SCOPED_TRACE(testing::Message() << "write " << i << " of " << data.size() << " bytes");
+        if (!isFrame || frames % 8 == 0)
+            expectReads(r.disk.after(i, isFrame ? 8 + r.frameSize - 1 : data.size() / 2), frames);
+        frames += isFrame;
+        if (isFrame && frames % 8 == 0)
+            expectReads(r.disk.after(i, 8 + r.frameSize), frames);
+        const auto known = avi::number<std::uint32_t>(r.disk.after(i + 1, 0), 16616);
+        ASSERT_LE(known, frames);
+        ASSERT_GE(known + 29, frames) << "the headers are at most a second behind";
+    }
+    EXPECT_EQ(frames, 40u);
+}
+
+TEST(AviWriter, AFullDiskLeavesWhatIsThere) {
+    for (const bool tellsRoom : {false, true}) {
+        Recording r;
+        r.disk.room = 16896 + 74 * 120320 + 5000; // less than an index needs is left behind the last frame
+        r.disk.tellsRoom = tellsRoom;
+        const unsigned long frames = r.fill(100);
+        EXPECT_LE(frames, 74u);
+        EXPECT_GE(frames, tellsRoom ? 20u : 74u);
+        for (int again = 0; again < 3; ++again)
+            EXPECT_NE(r.write(frames), 0);
+        EXPECT_EQ(r.writer->close() == 0, tellsRoom) << "room for the indexes is kept where the disk tells";
+        EXPECT_EQ(indexed(r.disk.bytes).size(), tellsRoom ? frames : 0);
+        EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
+        expectReads(r.disk.bytes, frames);
+    }
+}
+
+TEST(AviWriter, AWriteThatFailsForATimeCostsOnlyItsFrame) {
+    Recording r({1000000, 3, 1022});
+    ASSERT_EQ(r.create(), 0);
+    unsigned long written = 0;
+    for (int attempt = 0; written < 30 && attempt < 200; ++attempt) {
+        // Every third write comes to half a sector.
+        r.disk.beforeWrite = [&, calls = 0]() mutable {
+            r.disk.room = (++calls + attempt) % 3 == 0 ? r.disk.bytes.size() + 256 : ~0ull;
+        };
+        written += r.write(written) == 0;
+    }
+    r.disk.beforeWrite = [] {};
+    r.disk.room = ~0ull;
+    EXPECT_EQ(written, 30u);
+    EXPECT_EQ(r.writer->close(), 0);
+    EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
+    EXPECT_EQ(indexed(r.disk.bytes).size(), 30u);
+    expectReads(r.disk.bytes, 30);
+}
+
+/// Writes one frame after the other on a thread of its own.
+class WriterThread : public vwin::winthread {
+public:
+    explicit WriterThread(Recording& r) : r_(r) {}
+    ~WriterThread() { terminate(); }
+
+protected:
+    void run() override {
+        const uninterruptible whole;
+        for (std::uint32_t k = 0; k < 12; ++k)
+            r_.write(k);
+    }
+
+private:
+    Recording& r_;
+};
+
+TEST(AviWriter, AWriterThatIsKilledInAnyWriteLeavesASoundFile) {
+    for (size_t last = 1; last < 24; ++last) {
+        Recording r({1000000, 3, 1022});
+        ASSERT_EQ(r.create(), 0);
+        vcore::event hangs{1, nullptr};
+        r.disk.beforeWrite = [&] {
+            if (r.disk.writes.size() == last) {
+                const vwin::winthread::killable disk;
+                hangs.set();
+                Sleep(INFINITE);
+            }
+        };
+        WriterThread thread(r);
+        thread.start();
+        const bool killed = samples::eventually([&] { return hangs.wait(0) || thread.finished(); });
+        thread.terminate();
+        ASSERT_TRUE(killed);
+        r.disk.beforeWrite = [] {};
+        EXPECT_EQ(r.writer->close(), 0);
+        EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty()) << last;
+        EXPECT_EQ(indexed(r.disk.bytes).size(), r.info.totalFrames);
+        expectReads(r.disk.bytes, r.info.totalFrames);
+    }
+}
+
+TEST(AviFile, WritesEveryCodec) {
+    struct Case {
+        unsigned long kind, subKind;
+        bool is625;
+        unsigned long max, frameSize;
+        const char* codec;
+    };
+    for (const Case& c : {Case{0, 0, true, 0, 701440, "UYVY"},
+                          {0, 7, false, 5001, 5001, "UYVY"},
+                          {1, 411, true, 0, 144000, "dvsd"},
+                          {1, 420, false, 9, 120000, "dvsd"},
+                          {1, 422, true, 0, 288000, "dv50"},
+                          {1, 422, false, 0, 240000, "dv50"},
+                          {2, 1, true, 0, 0x20000, "mpg2"},
+                          {2, 1, true, 777, 777, "mpg2"}}) {
+        for (const bool unbuffered : {false, true}) {
+            SCOPED_TRACE(testing::Message() << c.codec << c.frameSize << unbuffered);
+            FileIOAVI file;
+            ASSERT_EQ(file.create(name, {c.kind, c.subKind, 720, 576, c.is625, c.max}, unbuffered), 0);
+            EXPECT_EQ(file.dataFrameSize(), c.frameSize);
+            const unsigned long sectors = (c.frameSize + 512) / 512 * 512;
+            EXPECT_EQ(file.slotSize(), unbuffered ? sectors : (c.frameSize + 9) / 2 * 2);
+            std::vector<char> slot(file.slotSize() + 1, 'x');
+            for (int k = 0; k < 2; ++k)
+                ASSERT_EQ(file.writeFrame(&slot[1], file.slotSize(), c.frameSize), 0) << "at an odd address";
+            EXPECT_EQ(file.frame(), 2u);
+            ASSERT_EQ(file.close(), 0);
+            const std::string bytes = avi::File::read(name);
+            EXPECT_EQ(bytes.substr(112, 4), c.codec);
+            EXPECT_EQ(bytes.size() % 512, 0u);
+            EXPECT_EQ(places(avi::walk(bytes), "00dc").size(), 2u);
+            EXPECT_TRUE(places(avi::walk(bytes), "broken").empty());
+        }
+    }
+}
+
+TEST(AviFile, RefusesWhatCannotBeWritten) {
+    FileIOAVI file;
+    const FileIOAVI::Video pal;
+    for (const FileIOAVI::Video& bad :
+         {FileIOAVI::Video{1, 400}, {3}, {2, 0, 720, 576, true, 0xFFFFFFFF}, {1, 420, 40000}})
+        EXPECT_EQ(file.create(name, bad, true), FileIOAVI::Refused);
+    EXPECT_EQ(file.create(nullptr, pal, true), FileIOAVI::Refused);
+    EXPECT_EQ(file.close(), 0);
+    DeleteFileW(name);
+    avi::File::write(name, "sacred");
+    SetFileAttributesW(name, FILE_ATTRIBUTE_READONLY);
+    CreateDirectoryW(L"avi_writer_test.folder", nullptr);
+    for (const wchar_t* bad : {L"", L"no such folder\\x.avi", L"avi_writer_test.folder", name}) {
+        EXPECT_EQ(file.create(bad, pal, true), FileIOAVI::SystemRefused);
+        EXPECT_STRNE(file.lastError(), L"");
+        EXPECT_FALSE(file.opened());
+    }
+    EXPECT_TRUE(avi::File::read(name) == "sacred");
+    SetFileAttributesW(name, FILE_ATTRIBUTE_NORMAL);
+
+    constexpr wchar_t foreign[] = L"запись 録画.avi";
+    ASSERT_EQ(file.create(foreign, pal, true), 0) << "in place of what was there";
+    EXPECT_STREQ(file.lastError(), L"");
+    EXPECT_EQ(file.create(name, pal, true), FileIOAVI::Refused) << "in use";
+    EXPECT_EQ(file.open(name), FileIOAVI::Refused);
+    std::vector<char> slot(file.slotSize());
+    const unsigned long size = file.slotSize();
+    EXPECT_EQ(file.writeFrame(slot.data(), size, 120000), FileIOAVI::Refused);
+    EXPECT_EQ(file.writeFrame(slot.data(), size - 1, 144000), FileIOAVI::Refused);
+    EXPECT_STRNE(file.lastError(), L"");
+    EXPECT_EQ(file.writeFrame(nullptr, size, 144000), FileIOAVI::Refused);
+    EXPECT_EQ(file.frames(), 0u);
+    EXPECT_EQ(file.writeFrame(slot.data(), size, 144000), 0);
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(file.slotSize(), 0u);
+    EXPECT_EQ(file.writeFrame(slot.data(), size, 144000), FileIOAVI::Refused);
+    ASSERT_EQ(file.open(foreign), 0);
+    EXPECT_EQ(file.frames(), 1u);
+}
+
+} // namespace
