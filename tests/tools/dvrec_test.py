@@ -1,0 +1,268 @@
+"""dvrec as its user sees it: what it says, what it writes, and how it ends."""
+import json
+import shutil
+import signal
+import subprocess
+import unittest
+
+import recordings
+import scripted_tests
+from recordings import NTSC, PAL, raw, stamped, stream
+
+FINE, FAULTS, USAGE, CANNOT_READ, CANNOT_WRITE, NO_PICTURE, INTERRUPTED = range(7)
+
+
+class Case(unittest.TestCase):
+    """A test with an empty directory to work in."""
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = scripted_tests.scratch() / self.id().rpartition(".")[2]
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir()
+
+    def tearDown(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def file(self, name, content):
+        """Makes a file, of bytes or of frames; its name."""
+        (self.folder / name).write_bytes(content if isinstance(content, bytes) else b"".join(content))
+        return name
+
+    def read(self, name):
+        return (self.folder / name).read_bytes()
+
+    def names(self):
+        return {path.name for path in self.folder.iterdir()} - {"marvo.log"}
+
+    def dvrec(self, *arguments, status=FINE, **environment):
+        """Runs dvrec, which must end with `status`; its standard output, or its error output when it fails."""
+        done = scripted_tests.run("dvrec", *arguments, cwd=self.folder, LC_ALL="C.UTF-8", **environment)
+        output, errors = done.stdout.decode(), done.stderr.decode()
+        self.assertEqual(done.returncode, status, f"dvrec {arguments}: {output}{errors}")
+        return errors if status > FAULTS else output
+
+    def json(self, *arguments, status=FINE):
+        return json.loads(self.dvrec(*arguments, "--json", status=status))
+
+
+class Info(Case):
+    def test_what_the_camera_noted(self):
+        for name, start, last, rate in (("pal", "01:02:03:20", "01:02:05:19", 25), ("ntsc", "00:00:59;20", "00:01:01;11", 30)):
+            with self.subTest(name):
+                frames = stamped(name, 50, start, "2024-02-29T21:58:59", self.folder / "all.dv")
+                for made in (self.file("one.dv", frames), self.file("one.raw", raw(frames))):
+                    info = self.json("info", made)
+                    self.assertEqual(info["system"], "625/50" if name == "pal" else "525/60")
+                    self.assertEqual(info["frames"], 50)
+                    self.assertAlmostEqual(info["duration"], 50 / (25 if name == "pal" else 30000 / 1001), 3)
+                    self.assertEqual(info["recorded"], {"first": "2024-02-29 21:58:59", "last": "2024-02-29 21:59:00"})
+                    codes = info["timeCode"]
+                    self.assertEqual((codes["first"], codes["last"], codes["gapCount"]), (start, last, 0))
+
+    def test_gaps_in_the_time_code(self):
+        frames = stamped("pal", 60, "23:59:59:00", "2024-02-29T21:58:59", self.folder / "all.dv")
+        blank = [bytearray(frame) for frame in frames[40:42]]
+        for frame in blank:
+            for sequence in range(12):
+                for block in (1, 2):
+                    begin = sequence * 12000 + block * 80 + 3
+                    frame[begin:begin + 48] = b"\xff" * 48
+        # 5 frames are missing behind frame 9, nothing is at midnight, two are blank, then it goes back by 30.
+        kept = frames[:10] + frames[15:40] + blank + frames[42:50] + frames[20:30]
+        info = self.json("info", self.file("gaps.dv", kept))
+        codes = info["timeCode"]
+        self.assertEqual((codes["gapCount"], codes["lost"], codes["framesWithout"]), (2, 5, 2))
+        self.assertEqual(codes["gaps"], [
+            {"frame": 10, "before": "23:59:59:09", "after": "23:59:59:15", "lost": 5},
+            {"frame": 45, "before": "00:00:00:24", "after": "23:59:59:20", "lost": 0}])
+        self.assertIn("frame 10: 23:59:59:15 follows 23:59:59:09", self.dvrec("info", "gaps.dv"))
+
+    def test_record_sizes_and_how_files_end(self):
+        frames = stream("pal", 3)
+        whole = raw(frames)
+        for name, content, expected in (
+                ("small.raw", whole, ("raw", 3, 144384, "finished")),
+                ("large.raw", raw(frames, 4096), ("raw", 3, 147456, "finished")),
+                ("cut.raw", whole[:-1000], ("raw", 2, 144384, "cut off")),
+                ("cut.dv", b"".join(frames)[:-1], ("stream", 2, None, "cut off"))):
+            info = self.json("info", self.file(name, content))
+            self.assertEqual((info["kind"], info["frames"], info.get("recordSize"), info["state"]), expected, name)
+        one = self.file("one.raw", raw(frames[:1], 4096))
+        self.assertEqual(self.json("info", one, "--sector", "4096")["state"], "finished")
+
+
+class Verify(Case):
+    def test_damage_is_found_where_it_is(self):
+        frames = stream("ntsc", 6)
+        record = len(raw(frames[:1]))
+        sound = raw(frames)
+
+        def damaged(offset, by):
+            return sound[:offset] + by + sound[offset + len(by):]
+
+        for name, content, offsets in (
+                ("sound", sound, []),
+                ("header", damaged(2 * record, b"\x00\x00"), [2 * record]),
+                ("time", damaged(2 * record + 4, b"\x01"), [2 * record]),
+                ("begin", damaged(3 * record + 8, b"\x00"), [3 * record + 8]),
+                ("inside", damaged(record + 50000, bytes(30000)), [record + 8]),
+                ("system", damaged(record + 8 + 3, b"\xBF"), [record + 8]),
+                ("unwritten", damaged(5 * record, bytes(record)), [5 * record, 5 * record + 8]),
+                ("tail", sound + b"\x00" * 700, [6 * record])):
+            with self.subTest(name):
+                result = self.json("verify", self.file("x.raw", content), status=FAULTS if offsets else FINE)
+                self.assertEqual(sorted(fault["offset"] for fault in result["faults"]), offsets)
+                self.assertEqual(result["faultCount"], len(offsets))
+        self.assertIn(f"at byte {6 * record}: the file is cut off", self.dvrec("verify", "x.raw", status=FAULTS))
+        self.file("x.dv", frames[:2] + [bytes(NTSC)] + frames[3:])
+        self.assertEqual([fault["offset"] for fault in self.json("verify", "x.dv", status=FAULTS)["faults"]], [2 * NTSC])
+
+
+class Conversion(Case):
+    def test_raw_recordings_and_streams_turn_into_each_other(self):
+        for name in ("pal", "ntsc"):
+            frames = stream(name, 5)
+            self.dvrec("convert", self.file("a.dv", frames), "b.raw", "--force")
+            record = len(raw(frames[:1]))
+            made = self.read("b.raw")
+            self.assertEqual(len(made), 5 * record)
+            for i, frame in enumerate(frames):
+                expected = raw([frame])[:8 + len(frame)]
+                self.assertEqual(made[i * record:i * record + len(expected)], expected)
+            result = self.json("export", "b.raw", "c.dv", "--from", "1", "--to=3", "--force")
+            self.assertEqual((result["from"], result["frames"], result["bytes"]), (1, 3, 3 * len(frames[0])))
+            self.assertEqual(self.read("c.dv"), b"".join(frames[1:4]))
+        self.assertEqual(self.names(), {"a.dv", "b.raw", "c.dv"})
+
+    def test_names_may_be_in_any_script(self):
+        self.file("игра 試合.dv", stream("pal", 2))
+        self.assertIn("'второй тайм.raw': raw recording, 2 frames", self.dvrec("convert", "игра 試合.dv", "второй тайм.raw"))
+        self.assertIn("'нет.raw'", self.dvrec("info", "нет.raw", status=CANNOT_READ))
+
+    def test_an_interruption_leaves_nothing_behind(self):
+        with open(self.folder / "long.raw", "wb") as file:
+            # One sound record is enough to begin with; the rest is a hole of 6 GB, which takes its time to copy.
+            file.write(raw(stream("pal", 1)) * 2)
+            file.truncate(6 << 30)
+        with subprocess.Popen(scripted_tests.command("dvrec", "convert", "long.raw", "out.raw", "--progress"), cwd=self.folder,
+                              env=scripted_tests.environment(), stderr=subprocess.PIPE) as process:
+            self.assertIn(b"out.raw", process.stderr.readline())
+            process.send_signal(signal.SIGINT)
+            errors = process.communicate(timeout=120)[1].decode()
+        self.assertEqual(process.returncode, INTERRUPTED, errors)
+        self.assertEqual(self.names(), {"long.raw"})
+
+
+class Repair(Case):
+    def test_every_undamaged_frame_is_saved(self):
+        frames = stream("pal", 8)
+        sound = raw(frames)
+        record = len(sound) // 8
+        for name, content, saved, lost in (
+                ("sound", sound, range(8), 0),
+                ("cut off", sound[:-record // 2], range(7), 1),
+                ("first header gone", bytes(700) + sound[700:], range(1, 8), 1),
+                ("header gone", sound[:2 * record] + bytes(8) + sound[2 * record + 8:], range(8), 0),
+                ("two overwritten", sound[:2 * record + 99] + bytes(record) + sound[3 * record + 99:], (0, 1, 4, 5, 6, 7), 2),
+                ("bytes missing", sound[:3 * record + 5000] + sound[3 * record + 5777:], (0, 1, 2, 4, 5, 6, 7), 1),
+                ("last unwritten", sound[:-record] + bytes(record), range(7), 1),
+                ("other data in front", b"x" * 5000 + sound, range(8), 0)):
+            with self.subTest(name):
+                self.file("damaged.raw", content)
+                result = self.json("repair", "damaged.raw", "sound.raw", "--force")
+                self.assertEqual((result["frames"], result["lost"]), (len(saved), lost))
+                self.assertEqual(self.json("verify", "sound.raw")["frames"], len(saved))
+                self.dvrec("export", "sound.raw", "sound.dv", "--force")
+                self.assertEqual(self.read("sound.dv"), b"".join(frames[i] for i in saved))
+                self.assertEqual(self.read("damaged.raw"), content)
+
+    def test_streams_and_files_without_frames(self):
+        frames = stream("ntsc", 5)
+        self.file("damaged.dv", b"".join(frames[:2])[:-5000] + b"".join(frames[2:]))
+        self.assertIn("saved: 4 frames\nlost: about 1 frame, 1 of them", self.dvrec("repair", "damaged.dv", "sound.dv").replace("\r", ""))
+        self.assertEqual(self.read("sound.dv"), b"".join(frames[:1] + frames[2:]))
+        self.file("noise.avi", bytes(300000))
+        self.assertIn("No DV frame", self.dvrec("repair", "noise.avi", "out.avi", status=CANNOT_READ))
+
+
+class Grab(Case):
+    def test_the_picture_is_that_of_the_frame(self):
+        for name in ("pal", "ntsc"):
+            frames = stream(name, 4)
+            self.file("all.raw", raw(frames))
+            expected = recordings.thumbnail(self.folder / self.file("one.dv", frames[3]))
+            other = recordings.thumbnail(self.folder / self.file("other.dv", stream(name, 1, 150)))
+            for picture in ("a.png", "a.bmp", "a.jpg"):
+                result = self.json("grab", "all.raw", picture, "--frame", "3", "--force")
+                self.assertEqual((result["width"], result["height"]), (720, 576 if name == "pal" else 480))
+                grabbed = recordings.thumbnail(self.folder / picture)
+                self.assertLess(recordings.difference(grabbed, expected), 8, picture)
+                self.assertGreater(recordings.difference(grabbed, other), 16, picture)
+
+    def test_without_a_decoder_there_is_a_reason(self):
+        self.file("a.dv", stream("pal", 1))
+        errors = self.dvrec("grab", "a.dv", "a.png", "--frame", "0", status=NO_PICTURE,
+                            WINEDLLOVERRIDES="marvo-devices=;mscoree=;mshtml=;winedbg.exe=")
+        self.assertIn("no DV video decoder", errors)
+        self.assertEqual(self.names(), {"a.dv"})
+
+
+class Refusals(Case):
+    def test_each_has_its_status_and_reason(self):
+        self.file("a.dv", stream("pal", 3))
+        self.file("text.txt", b"not video\n" * 1000)
+        self.file("there.dv", b"precious")
+        self.file("empty.avi", b"")
+        (self.folder / "folder.dv").mkdir()
+        for status, arguments, reason in (
+                (USAGE, "", "dvrec info"),
+                (USAGE, "polish a.dv", "no command 'polish'"),
+                (USAGE, "info", "takes 1 file, and 0"),
+                (USAGE, "info a.dv --frame 1", "no option '--frame'"),
+                (USAGE, "info a.dv --json=yes", "--json takes no value"),
+                (USAGE, "export a.dv b.dv --from", "--from needs a number"),
+                (USAGE, "export a.dv b.dv --from -1", "not '-1'"),
+                (USAGE, "export a.dv b.dv --to 4294967296", "not '4294967296'"),
+                (USAGE, "export a.dv b.dv --to 3", "the last frame is 2"),
+                (USAGE, "export a.dv b.dv --from 2 --to 1", "no range from frame 2 to 1"),
+                (USAGE, "export a.dv b.mov", "neither with .dv nor with .avi"),
+                (USAGE, "info a.dv --sector 500", "a power of two"),
+                (USAGE, "grab a.dv a.png", "--frame N"),
+                (USAGE, "grab a.dv a.gif --frame 0", "none of .bmp"),
+                (USAGE, "grab a.dv a.png --frame 3", "it has 3 frames"),
+                (CANNOT_READ, "info nothing.dv", "'nothing.dv' cannot be opened"),
+                (CANNOT_READ, "info folder.dv", "it is a folder"),
+                (CANNOT_READ, "verify text.txt", "'text.txt' is no recording"),
+                (CANNOT_READ, "info empty.avi", "'empty.avi' is empty"),
+                (CANNOT_READ, "repair text.txt b.raw", "No DV frame"),
+                (CANNOT_WRITE, "convert a.dv there.dv", "it exists"),
+                (CANNOT_WRITE, "convert a.dv A.DV --force", "it is the recording that is read"),
+                (CANNOT_WRITE, "convert a.dv ./folder.dv --force", "it is a folder"),
+                (CANNOT_WRITE, "convert a.dv missing/b.raw", "'missing/b.raw' cannot be written")):
+            errors = self.dvrec(*arguments.split(), status=status)
+            self.assertIn(reason, errors, arguments)
+            self.assertTrue(arguments == "" or errors.count("\n") == 1, errors)
+        self.assertEqual(self.names(), {"a.dv", "text.txt", "there.dv", "empty.avi", "folder.dv"})
+        self.assertEqual(self.read("there.dv"), b"precious")
+
+    def test_an_existing_file_is_replaced_only_when_told(self):
+        self.file("a.dv", stream("pal", 2))
+        self.file("b.raw", b"old")
+        # A file that has the temporary name already is somebody's as well.
+        self.file("b.raw.part", b"not ours")
+        self.dvrec("convert", "a.dv", "b.raw", "--force")
+        self.assertEqual(self.read("b.raw")[8:8 + PAL], stream("pal", 1)[0])
+        self.assertEqual(self.read("b.raw.part"), b"not ours")
+
+    def test_help_tells_all_commands_and_their_options(self):
+        overview = self.dvrec("--help")
+        for command in ("info", "verify", "export", "convert", "repair", "grab"):
+            self.assertIn(f"dvrec {command} ", overview)
+            self.assertIn("Options:", self.dvrec(command, "--help"))
+        self.assertIn("--from N", self.dvrec("export", "--help"))
+        self.assertIn("Exit status", overview)
+
+
+if __name__ == "__main__":
+    scripted_tests.main()

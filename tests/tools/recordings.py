@@ -1,0 +1,52 @@
+"""Recordings and pictures for the tests of dvrec, made and read without any code of ours."""
+import struct
+import subprocess
+
+import scripted_tests
+
+PAL, NTSC = 144000, 120000
+
+
+def ffmpeg(*arguments):
+    """What ffmpeg writes to its standard output."""
+    return subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *map(str, arguments)],
+                          capture_output=True, check=True).stdout
+
+
+def stream(name, frames, first=0):
+    """`frames` different DV frames of the stream `name` ("pal" or "ntsc"), as a list of bytes."""
+    size = PAL if name == "pal" else NTSC
+    with open(scripted_tests.STREAMS / f"{name}.dv", "rb") as file:
+        file.seek(first * size)
+        return [file.read(size) for _ in range(frames)]
+
+
+def raw(frames, sector=512):
+    """A raw recording of the frames, as on a volume with that sector size."""
+    records = []
+    for frame in frames:
+        time = 400000 if len(frame) == PAL else 333333
+        record = struct.pack("<II", len(frame), time) + frame
+        records.append(record + b"\xAA" * (-len(record) % sector))
+    return b"".join(records)
+
+
+def stamped(name, frames, time_code, recorded, file):
+    """A stream with the camera's time code and clock in it, by ffmpeg; its frames."""
+    source = scripted_tests.STREAMS / f"{name}.dv"
+    ffmpeg("-i", source, "-c", "copy", "-metadata", f"timecode={time_code}", "-metadata",
+           f"creation_time={recorded}", "-f", "dv", file)
+    size = PAL if name == "pal" else NTSC
+    content = file.read_bytes()
+    return [content[i * size:(i + 1) * size] for i in range(frames)]
+
+
+def thumbnail(file):
+    """The first picture of any file that ffmpeg reads, as 36 x 24 grey values."""
+    return ffmpeg("-i", file, "-frames:v", 1, "-vf", "scale=36:24:flags=area:out_range=pc,format=gray",
+                  "-f", "rawvideo", "-")
+
+
+def difference(one, other):
+    """How much two thumbnails differ: the mean per pixel, of 255."""
+    return sum(abs(a - b) for a, b in zip(one, other, strict=True)) / len(one)

@@ -1,0 +1,95 @@
+#include "tools/commands.h"
+#include "tools/copy.h"
+#include "tools/json_writer.h"
+#include "tools/progress.h"
+#include "tools/searched_recording.h"
+#include "tools/text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+
+namespace dvrec {
+
+namespace {
+
+/// What a repair could not save.
+struct Losses {
+    std::vector<SearchedRecording::Hole> holes;
+    unsigned long damaged = 0; ///< frames that begin as such and are not whole
+    unsigned long lost = 0;    ///< frames, about
+};
+
+Losses lossesOf(const SearchedRecording& found) {
+    Losses losses{found.holes(), found.damaged(), 0};
+    const unsigned long inHoles = std::accumulate(
+        losses.holes.begin(), losses.holes.end(), 0ul,
+        [](unsigned long sum, const SearchedRecording::Hole& hole) { return sum + hole.lost; });
+    const unsigned long unkept = found.promised() > found.frames() ? found.promised() - found.frames() : 0;
+    // A damaged frame leaves a hole, and both are missing from what the headers promise.
+    losses.lost = std::max({inHoles, losses.damaged, unkept});
+    return losses;
+}
+
+void reportJson(const Written& written, const Losses& losses, const Arguments& arguments) {
+    JsonWriter json;
+    json.beginObject();
+    json.add("file", utf8(arguments.files[0]));
+    json.add("out", utf8(arguments.files[1]));
+    json.add("kind", identifier(written.kind));
+    json.add("frames", written.frames);
+    json.add("bytes", written.bytes);
+    json.add("lost", losses.lost);
+    json.add("damaged", losses.damaged);
+    json.beginList("holes");
+    for (const SearchedRecording::Hole& hole : losses.holes) {
+        json.beginObject();
+        json.add("frame", hole.frame);
+        json.add("offset", hole.offset);
+        json.add("lost", hole.lost);
+        json.end();
+    }
+    json.end();
+    json.end();
+    std::fputs(json.text().c_str(), stdout);
+}
+
+void reportText(const Written& written, const Losses& losses, const Arguments& arguments) {
+    std::printf("%s\nsaved: %s\n", describe(written, arguments).c_str(),
+                counted(written.frames, "frame").c_str());
+    if (losses.lost == 0)
+        std::printf("lost: nothing\n");
+    else
+        std::printf("lost: about %s, %lu of them cut off or damaged inside\n",
+                    counted(losses.lost, "frame").c_str(), losses.damaged);
+    constexpr size_t mostListed = 20;
+    for (size_t i = 0; i < losses.holes.size() && i < mostListed; ++i)
+        std::printf("  in front of the new frame %lu, from byte %llu of the old file: about %s\n",
+                    losses.holes[i].frame, losses.holes[i].offset,
+                    counted(losses.holes[i].lost, "frame").c_str());
+    if (losses.holes.size() > mostListed)
+        std::printf("  and at %s more (--json lists all)\n",
+                    counted(losses.holes.size() - mostListed, "place").c_str());
+}
+
+} // namespace
+
+ExitStatus repair(const Arguments& arguments) {
+    const bool toAvi = hasExtension(arguments.files[1], L".avi");
+    std::unique_ptr<SearchedRecording> found;
+    {
+        Progress progress("searching " + quoted(arguments.files[0]), arguments.progress);
+        found = openDamaged(arguments.files[0], [&](unsigned long long done, unsigned long long all) {
+            progress.update(done, all);
+        });
+    }
+    if (found->kind() == Kind::avi && !toAvi)
+        throw Failure{ExitStatus::usage,
+                      quoted(arguments.files[0]) + " is an AVI file; give OUT the extension .avi."};
+    const Written written = copyAll(*found, toAvi ? Kind::avi : found->kind(), arguments);
+    const Losses losses = lossesOf(*found);
+    arguments.json ? reportJson(written, losses, arguments) : reportText(written, losses, arguments);
+    return ExitStatus::fine;
+}
+
+} // namespace dvrec

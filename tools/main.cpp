@@ -1,0 +1,72 @@
+/// @file
+/// dvrec: the command line for recordings.
+#include "tools/commands.h"
+#include "tools/interruption.h"
+#include "tools/text.h"
+
+#include <shellapi.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+/// The command line without the program's name; the system's own, since only that holds every file name.
+std::vector<std::wstring> commandLine() {
+    int count = 0;
+    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::wstring> list;
+    for (int i = 1; words != nullptr && i < count; ++i)
+        list.emplace_back(words[i]);
+    LocalFree(words);
+    return list;
+}
+
+bool asksForHelp(const std::wstring& word) {
+    return word == L"--help" || word == L"-h" || word == L"help";
+}
+
+dvrec::ExitStatus run(std::vector<std::wstring> words) {
+    using dvrec::Command;
+    if (words.empty() || asksForHelp(words.front())) {
+        std::fputs(dvrec::helpForAll().c_str(), words.empty() ? stderr : stdout);
+        return words.empty() ? dvrec::ExitStatus::usage : dvrec::ExitStatus::fine;
+    }
+    const std::string name = dvrec::utf8(words.front());
+    words.erase(words.begin());
+    const std::vector<Command>& all = dvrec::commands();
+    const auto command =
+        std::find_if(all.begin(), all.end(), [&](const Command& known) { return known.name == name; });
+    if (command == all.end())
+        throw dvrec::Failure{dvrec::ExitStatus::usage,
+                             "There is no command '" + name + "'. 'dvrec --help' lists them."};
+    try {
+        const dvrec::Arguments arguments = dvrec::readArguments(words, command->options, command->fileCount);
+        if (!arguments.help)
+            return command->run(arguments);
+        std::fputs(helpFor(*command).c_str(), stdout);
+        return dvrec::ExitStatus::fine;
+    } catch (dvrec::Failure& failure) {
+        if (failure.status == dvrec::ExitStatus::usage)
+            failure.sentence += " 'dvrec " + name + " --help' has its usage.";
+        throw;
+    }
+}
+
+} // namespace
+
+int main() {
+    SetConsoleOutputCP(CP_UTF8);
+    dvrec::catchInterruptions();
+    try {
+        return static_cast<int>(run(commandLine()));
+    } catch (const dvrec::Failure& failure) {
+        std::fprintf(stderr, "dvrec: %s\n", failure.sentence.c_str());
+        return static_cast<int>(failure.status);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "dvrec: There is not enough memory, or something unforeseen happened (%s).\n",
+                     error.what());
+        return static_cast<int>(dvrec::ExitStatus::cannotRead);
+    }
+}

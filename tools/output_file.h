@@ -1,0 +1,39 @@
+/// @file
+/// The file that a command makes.
+#pragma once
+
+#include "tools/failure.h"
+#include "tools/input_file.h"
+
+#include <string>
+
+namespace dvrec {
+
+/// Stands for a file that is written under a temporary name beside its own and gets its own when it is whole.
+class OutputFile {
+public:
+    /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace` is not
+    /// set) or is the one that is read.
+    OutputFile(const std::wstring& name, bool replace, const InputFile& source);
+    /// Removes the temporary file, unless it was published.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Where to write.
+    const std::wstring& temporaryName() const { return temporary_; }
+    const std::wstring& name() const { return name_; }
+    /// Gives the file, which is closed by now, its own name. Throws the `Failure` when the system refuses.
+    void publish();
+
+private:
+    const std::wstring name_;
+    const bool replace_;
+    std::wstring temporary_;
+    bool published_ = false;
+};
+
+/// The `Failure` for an output file that cannot be written.
+Failure cannotWrite(const std::wstring& name, const std::string& reason);
+
+} // namespace dvrec
