@@ -6,6 +6,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <string>
 
 using namespace vcore;
 
@@ -71,11 +72,18 @@ TEST(Var, ConvertsBetweenTypes) {
         if (c.text) {
             EXPECT_STREQ(asText(c.v).oleStr(), c.text);
         }
+        VARIANT place = raw(static_cast<VARTYPE>(VT_BYREF | c.type), 0);
+        place.byref = const_cast<LONGLONG*>(&c.v.llVal);
+        const var reference(place);
+        EXPECT_TRUE(reference.getI() == c.i && reference.getI64() == c.i64 && reference.getF() == c.f);
+        EXPECT_TRUE(reference.getB() == c.b && reference.getP() == c.v.getP());
+        EXPECT_EQ(reference.getS(), std::wstring(c.v.getS()));
     }
     EXPECT_TRUE(varF(std::numeric_limits<double>::quiet_NaN()).getB());
     EXPECT_EQ(varF(std::numeric_limits<double>::quiet_NaN()).getI(), 0);
     EXPECT_TRUE(varI64(1).isI() && varI64(1).isI64() && varI(1).isI() && !varI(1).isI64() && varF(1).isF());
     EXPECT_EQ(asText(varS(L"a b"), true), L"\"a b\"");
+    EXPECT_STREQ(var(raw(VT_VECTOR | VT_BSTR, 8)).getS(), L"") << "a vector is no text";
 }
 
 TEST(Var, TextReadsAsBoolean) {

@@ -16,24 +16,14 @@ using namespace vcore;
 
 namespace {
 
-/// An automation object that only counts its references, from 1 on.
-class counting : public IDispatch {
+/// An object that only counts its references, from 1 on.
+class counting : public IUnknown {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
-        *out = nullptr;
-        return E_NOINTERFACE;
-    }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
+    /// As an automation interface of which nothing else may be called.
+    IDispatch* dispatch() { return reinterpret_cast<IDispatch*>(static_cast<IUnknown*>(this)); }
     ULONG references = 1;
 };
 
@@ -46,64 +36,21 @@ var referTo(VARTYPE type, void* payload) {
 
 } // namespace
 
-TEST(VarOwnership, ReadsByReferencePayloadsOfEveryType) {
-    signed char i1 = -1;
-    unsigned char ui1 = 255;
-    short i2 = -2;
-    unsigned short ui2 = 65535;
-    long i4 = -4;
-    unsigned long ui4 = 0xffffffff;
-    long long i8 = -8;
-    unsigned long long ui8 = 1ull << 63;
-    float r4 = 1.5f;
-    double r8 = -2.5;
-    VARIANT_BOOL yes = VARIANT_TRUE;
-    char narrow[] = "3*4";
-    char* text = narrow;
-    const struct {
-        VARTYPE type;
-        void* payload;
-        long long i64;
-        double f;
-    } cases[] = {
-        {VT_I1, &i1, -1, -1},    {VT_UI1, &ui1, 255, 255},
-        {VT_I2, &i2, -2, -2},    {VT_UI2, &ui2, 65535, 65535},
-        {VT_I4, &i4, -4, -4},    {VT_UI4, &ui4, 0xffffffffll, 4294967295.0},
-        {VT_INT, &i4, -4, -4},   {VT_UINT, &ui4, 0xffffffffll, 4294967295.0},
-        {VT_I8, &i8, -8, -8},    {VT_UI8, &ui8, LLONG_MIN, 0x1p63},
-        {VT_R4, &r4, 1, 1.5},    {VT_R8, &r8, -2, -2.5},
-        {VT_BOOL, &yes, -1, -1}, {VT_LPSTR, &text, 12, 12},
-        {VT_DATE, &r8, 0, 0},
-    };
-    for (const auto& c : cases) {
-        const var reference = referTo(c.type, c.payload);
-        EXPECT_EQ(reference.getI64(), c.i64) << c.type;
-        EXPECT_EQ(reference.getF(), c.f) << c.type;
-        EXPECT_EQ(reference.getB(), c.f != 0) << c.type;
-    }
-
+TEST(VarOwnership, BorrowsWhatAReferencePointsTo) {
     counting object;
-    IDispatch* dispatch = &object;
+    IDispatch* dispatch = object.dispatch();
     BSTR words = SysAllocString(L"yes");
-    void* pointer = &object;
     var_array array(3);
     {
-        EXPECT_STREQ(referTo(VT_BSTR, &words).getS(), L"yes");
+        const var text = referTo(VT_BSTR, &words), copy(text);
+        EXPECT_EQ(copy.getS(), words);
         EXPECT_EQ(referTo(VT_DISPATCH, &dispatch).getD(), dispatch);
-        EXPECT_EQ(referTo(VT_DISPATCH, &dispatch).getU(), dispatch);
-        EXPECT_EQ(referTo(VT_VOID, &pointer).getP(), pointer);
         EXPECT_EQ(referTo(VT_ARRAY | VT_VARIANT, &array.parray).getArray(), array.parray);
-        const var viaVariant = referTo(VT_VARIANT, &array);
-        EXPECT_TRUE(viaVariant.isArray() && viaVariant.getArray() == array.parray);
+        EXPECT_EQ(referTo(VT_VARIANT, &array).getArray(), array.parray);
     }
-    EXPECT_STREQ(words, L"yes") << "borrowed";
-    EXPECT_EQ(object.references, 1u) << "borrowed";
-    EXPECT_EQ(array.count(), 3) << "borrowed";
+    EXPECT_STREQ(words, L"yes");
     SysFreeString(words);
-    const VARTYPE vector = 0x1000;
-    EXPECT_TRUE(var(VARIANT{{{static_cast<VARTYPE>(vector | VT_BSTR), 0, 0, 0, {8}}}}).getS() ==
-                std::wstring())
-        << "a vector is no text";
+    EXPECT_TRUE(object.references == 1u && array.count() == 3);
 }
 
 TEST(VarOwnership, CopiesOwnTextArraysAndInterfaces) {
@@ -126,6 +73,7 @@ TEST(VarOwnership, CopiesOwnTextArraysAndInterfaces) {
 
         var held(&object), filled;
         held = *&held;
+        held.setD(object.dispatch());
         held.setD(held.getD());
         VARIANT out{};
         EXPECT_EQ(VariantCopy(&out, &held), S_OK);
@@ -177,7 +125,7 @@ TEST(VarOwnership, ListsAndArraysOfValuesGrow) {
         EXPECT_TRUE(values.checkSize(1) && values.count() == 2u && values.begin() == room);
         EXPECT_TRUE(values.checkSize(17) && values.checkSize(33));
         EXPECT_EQ(values.count(), 33u);
-        EXPECT_TRUE(values[1].getD() == &object && values[32].isEmpty() && values[33].isEmpty());
+        EXPECT_TRUE(values[1].getU() == &object && values[32].isEmpty() && values[33].isEmpty());
         EXPECT_EQ(object.references, 2u) << "moved, not copied";
         EXPECT_FALSE(values.checkSize(UINT_MAX));
         vars copy(values);
