@@ -6,6 +6,8 @@
 #include "core/strtokens_path.h"
 #include "core/strtokens_var.h"
 
+#include "tests/support/rounds.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -210,7 +212,7 @@ TEST(StrModel, StringsDoWhatTheModelDoes) {
     Random random(20240229);
     Model models[] = {
         {8, str::defaultFlags}, {64, str::growable | str::keepNarrow}, {32, 0}, {2, str::keepNarrow}};
-    for (int i = 0; i < 240000 && !HasFatalFailure(); ++i) {
+    for (int i = 0; i < rounds(240000) && !HasFatalFailure(); ++i) {
         SCOPED_TRACE(i);
         models[random.below(std::size(models))].change(random);
     }
@@ -218,7 +220,7 @@ TEST(StrModel, StringsDoWhatTheModelDoes) {
 
 TEST(StrModel, TokenisersDoWhatTheModelDoes) {
     Random random(1);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < rounds(20000); ++i) {
         const std::wstring text = random.text(L"ab\\/ \n\t\";,", random.below(100) ? 12 : 400);
         str s;
         s = text.c_str();
@@ -235,7 +237,7 @@ TEST(StrModel, TokenisersDoWhatTheModelDoes) {
 
 TEST(StrModel, ExpressionsAreCalculatedStepByStep) {
     Random random(2);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < rounds(20000); ++i) {
         std::wstring text = std::to_wstring(random.below(100));
         double expected = std::stod(text);
         for (unsigned long steps = random.below(8); steps > 0; --steps) {
