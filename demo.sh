@@ -14,8 +14,9 @@ demo.sh [--window]
 
   --window  plays in a window on your display instead of an invisible one
 
-Leaves in out/demo/: source.dv (the camera's stream), recording.raw (the recording as the engine wrote it), PNG
-screenshots, report.json (every step with time, result and frame numbers), session.log and marvo.log.
+Leaves in out/demo/: source.dv (the camera's stream), recording.raw and recording.avi (two recordings as the engine
+wrote them; any video player opens the second), PNG screenshots, report.json (every step with time, result and frame
+numbers), session.log and marvo.log.
 END
 }
 
@@ -70,7 +71,7 @@ scripts/make_streams.sh build/streams
 step "build"
 build_target win32 marvo-host marvo-devices
 prepare_output
-step "play a session (about 25 s)"
+step "play a session (about 30 s)"
 play
 make_pictures
 step "check what it left in $out/"

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks what a demo session left behind against the camera's stream, and prints a short table.
 
-check_demo.py DIR: DIR holds source.dv, camera.log, recording.raw, report.json and the screenshots. Exit status 0 only
-if every check held.
+check_demo.py DIR: DIR holds source.dv, camera.log, recording.raw, recording.avi, report.json and the screenshots. Exit
+status 0 only if every check held.
 """
 
 import json
@@ -52,27 +52,54 @@ def read_recording(path):
     return frames, ""
 
 
+def read_avi(path):
+    """The frames that other software finds in the AVI file, or the reason why they are none."""
+    counted = subprocess.run(["ffprobe", "-v", "error", "-count_packets", "-select_streams", "v:0", "-show_entries",
+                              "stream=codec_name,width,height,nb_frames,nb_read_packets", "-of", "json", str(path)],
+                             capture_output=True)
+    if counted.returncode:
+        return [], counted.stderr.decode(errors="replace").strip()
+    stream = json.loads(counted.stdout)["streams"][0]
+    copied = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:v:0", "-c", "copy",
+                             "-f", "rawvideo", "-"], check=True, capture_output=True).stdout
+    frames = [copied[i:i + FRAME_BYTES] for i in range(0, len(copied), FRAME_BYTES)]
+    if (stream["codec_name"], stream["width"], stream["height"]) != ("dvvideo", 720, 576):
+        return frames, f"ffprobe sees {stream}"
+    if not int(stream["nb_frames"]) == int(stream["nb_read_packets"]) == len(frames):
+        return frames, (f"the header says {stream['nb_frames']} frames, ffprobe counts {stream['nb_read_packets']}, "
+                        f"ffmpeg copies {len(frames)}")
+    return frames, ""
+
+
 def read_deliveries(path):
     """The source frames that the camera delivered, in order."""
     lines = path.read_text().splitlines()
     return [int(line.split()[1]) for line in lines if line and not line.startswith("#")]
 
 
-def check_recording(table, source, frames, problem, deliveries, written):
+def check_recording(table, name, source, recorded, deliveries, written):
+    """Returns the number of the camera's frame with which the recording begins."""
+    frames, problem = recorded
     place = {frame: index for index, frame in enumerate(source)}
     order = [place.get(frame) for frame in frames]
     foreign = [k for k, index in enumerate(order) if index is None]
-    table.add("frames are the camera's, byte for byte", not problem and not foreign and frames,
+    table.add(f"{name}: the camera's frames, byte for byte", not problem and not foreign and frames,
               problem or f"{len(frames)} frames, {len(foreign)} foreign")
     if foreign or not frames:
         return None
     gaps = sum((a + 1) % len(source) != b for a, b in zip(order, order[1:]))
-    table.add("in order, none missing, none twice", gaps == 0, f"{gaps} breaks in the sequence")
+    table.add(f"{name}: in order, none missing, none twice", gaps == 0, f"{gaps} breaks in the sequence")
     # The stream is shorter than the session, so the recording is looked for in the camera's own log.
     starts = [i for i in range(len(deliveries) - len(order) + 1) if deliveries[i:i + len(order)] == order]
-    table.add("the camera's log agrees", bool(starts), f"{len(deliveries)} frames delivered in all")
-    table.add("as many frames as the engine reports", len(frames) == written, f"{written} reported written")
+    table.add(f"{name}: the camera's log agrees", bool(starts), f"{len(deliveries)} frames delivered in all")
+    table.add(f"{name}: as many frames as the engine reports", len(frames) == written, f"{written} reported written")
     return order[0]
+
+
+def status_after(steps, first, command):
+    """What the engine reported after the first `command` behind the command `first`."""
+    begin = [step["command"] for step in steps].index(first)
+    return next(step["status"] for step in steps[begin:] if step["command"] == command)
 
 
 def check_watch(table, name, posts, first, last, speed):
@@ -124,21 +151,22 @@ def main():
     folder = Path(sys.argv[1])
     report = json.loads((folder / "report.json").read_text(encoding="utf-8"))
     source = read_source(folder / "source.dv")
-    frames, problem = read_recording(folder / "recording.raw")
+    deliveries = read_deliveries(folder / "camera.log")
     steps = report["steps"]
-    by_command = {step["command"]: step for step in steps}
     table = Table()
     table.add("every step of the session", report["passed"],
               f"{len(steps)} steps, {report['failures']} failed, {steps[-1]['time_ms'] / 1000:.1f} s")
-    begun = by_command["record recording.raw"]["status"]["newest"]
-    table.add("numbering began at 0", begun < 3, f"newest frame {begun} right after the start of the recording")
-    written = by_command["stop"]["status"]["written"] + 1
-    first = check_recording(table, source, frames, problem, read_deliveries(folder / "camera.log"), written)
+    firsts = []
+    for name, read in (("recording.raw", read_recording), ("recording.avi", read_avi)):
+        begun = status_after(steps, f"record {name}", f"record {name}")["newest"]
+        table.add(f"{name}: numbering began at 0", begun < 3, f"newest frame {begun} right after the start")
+        written = status_after(steps, f"record {name}", "stop")["written"] + 1
+        firsts.append(check_recording(table, name, source, read(folder / name), deliveries, written))
     for name, speed in (("normal", 1.0), ("slow", 0.5), ("backwards", -1.0)):
         check_watch(table, name, report["watches"][name], 50, 99, speed)
-    if first is not None:
+    if firsts[0] is not None:
         pictures = gray_pictures(["-i", str(folder / "source.dv")])
-        check_screenshots(table, folder, steps, pictures, first)
+        check_screenshots(table, folder, steps, pictures, firsts[0])
     table.show()
     return 1 if table.failed else 0
 
