@@ -37,6 +37,7 @@ int AviOutput::create(const wchar_t* name, bool unbuffered) {
     if (!file_) {
         return fail(FileIOAVI::SystemRefused, GetLastError());
     }
+    position_ = 0;
     name_ = name;
     folder_ = folderOf(name);
     return FileIOAVI::Ok;
@@ -48,11 +49,13 @@ unsigned long AviOutput::sectorSize(const wchar_t* name) const {
 
 int AviOutput::write(unsigned long long offset, const void* data, unsigned long bytes) {
     DWORD done = 0;
-    bool placed = false;
     DWORD error = ERROR_SUCCESS;
+    // Most writes follow each other, and a system call costs more than this comparison.
+    bool placed = offset == position_;
+    position_ = unknownPosition;
     {
         const vwin::winthread::killable disk;
-        placed = SetFilePointerEx(file_.get(), fileOffset(offset), nullptr, FILE_BEGIN);
+        placed = placed || SetFilePointerEx(file_.get(), fileOffset(offset), nullptr, FILE_BEGIN);
         if (placed && !WriteFile(file_.get(), data, bytes, &done, nullptr)) {
             error = GetLastError();
         }
@@ -64,7 +67,11 @@ int AviOutput::write(unsigned long long offset, const void* data, unsigned long 
     if (error != ERROR_SUCCESS) {
         return fail(error == ERROR_HANDLE_EOF ? FileIOAVI::ShortWrite : FileIOAVI::WriteFailed, error);
     }
-    return done == bytes ? static_cast<int>(FileIOAVI::Ok) : fail(FileIOAVI::ShortWrite, ERROR_DISK_FULL);
+    if (done != bytes) {
+        return fail(FileIOAVI::ShortWrite, ERROR_DISK_FULL);
+    }
+    position_ = offset + bytes;
+    return FileIOAVI::Ok;
 }
 
 bool AviOutput::hasRoom(unsigned long long bytes) {

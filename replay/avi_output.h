@@ -39,10 +39,14 @@ public:
     const wchar_t* error() const { return error_.c_str(); }
 
 private:
+    static constexpr unsigned long long unknownPosition = ~0ull;
+
     int fail(int code, unsigned long systemError);
 
     std::wstring name_;
     std::wstring folder_;
     vcore::handle file_;
+    /// Where the system's file pointer stands; unknown behind a write that failed or whose thread was killed.
+    unsigned long long position_ = unknownPosition;
     std::wstring error_;
 };

@@ -158,6 +158,7 @@ void AviWriter::countFrame(unsigned long frameSize, unsigned long slot) {
     moviEnd_ = end_;
     headersStale_ = true;
     ++framesSinceUpdate_;
+    --framesUntilSpaceCheck_;
 }
 
 /// Sees to it that the frame may be written at the end: that the piece and the standard index have room for it.
@@ -176,14 +177,27 @@ int AviWriter::makeRoom(unsigned long slot) {
         const int code = headersStale_ ? writeHeaders() : static_cast<int>(FileIOAVI::Ok);
         return code != FileIOAVI::Ok ? code : refused(FileIOAVI::Full, L"the super index is full\n");
     }
-    // Asked once a second, and again for every frame once there was too little: the file needs room to be finished.
-    if (framesSinceUpdate_ == 0 || spaceShort_) {
-        spaceShort_ = !output_->hasRoom(closingBytes() + (framesPerUpdate_ + 1ull) * slot);
-        if (spaceShort_) {
+    if (framesUntilSpaceCheck_ == 0) {
+        framesUntilSpaceCheck_ = framesOfRoom(slot);
+        if (framesUntilSpaceCheck_ == 0) {
             return failed(FileIOAVI::WriteFailed);
         }
     }
     return pieceOpen_ ? static_cast<int>(FileIOAVI::Ok) : beginPiece();
+}
+
+/// Frames that may be written before the free space of the disk is asked for again, so that there is always room for
+/// finishing the file: one second, or ten while the disk is far from full, because asking takes long; 0 when it is
+/// full.
+unsigned long AviWriter::framesOfRoom(unsigned long slot) const {
+    for (const unsigned long seconds : {10ul, 1ul}) {
+        // Twice as much, because others write to the disk as well.
+        const unsigned long frames = seconds * framesPerUpdate_;
+        if (output_->hasRoom(closingBytes(frames) + 2ull * frames * slot)) {
+            return frames;
+        }
+    }
+    return 0;
 }
 
 bool AviWriter::fitsPiece(unsigned long slot) const {
@@ -194,9 +208,9 @@ bool AviWriter::fitsPiece(unsigned long slot) const {
     return size <= limits_.pieceBytes && !(firstPiece() && indexes_.legacyFull());
 }
 
-/// The most bytes that finishing the open piece takes, and beginning the next one.
-unsigned long long AviWriter::closingBytes() const {
-    const unsigned long legacy = firstPiece() ? indexes_.legacyEntries() + framesPerUpdate_ + 1 : 0;
+/// The most bytes that finishing the open piece takes after `frames` more frames, and beginning the next one.
+unsigned long long AviWriter::closingBytes(unsigned long frames) const {
+    const unsigned long legacy = firstPiece() ? indexes_.legacyEntries() + frames : 0;
     return 2ull * AviHeaderWriter::indexChunkSize + indexes_.tailBytes(legacy) + headers_.pieceBlockSize();
 }
 

@@ -59,7 +59,8 @@ private:
     const void* alignedSlot(const char* buffer, unsigned long slot);
     int makeRoom(unsigned long slot);
     bool fitsPiece(unsigned long slot) const;
-    unsigned long long closingBytes() const;
+    unsigned long long closingBytes(unsigned long frames) const;
+    unsigned long framesOfRoom(unsigned long slot) const;
     int writeStandardIndex();
     int finishPiece();
     int beginPiece();
@@ -89,6 +90,6 @@ private:
     unsigned long framesPerUpdate_ = 1;
     unsigned long framesSinceUpdate_ = 0;
     bool headersStale_ = false;
-    bool spaceShort_ = false;
+    unsigned long framesUntilSpaceCheck_ = 0;
     const wchar_t* error_ = L"";
 };
