@@ -57,11 +57,11 @@ void reportJson(const Written& written, const Losses& losses, const Arguments& a
 void reportText(const Written& written, const Losses& losses, const Arguments& arguments) {
     std::printf("%s\nsaved: %s\n", describe(written, arguments).c_str(),
                 counted(written.frames, "frame").c_str());
-    if (losses.lost == 0)
-        std::printf("lost: nothing\n");
-    else
-        std::printf("lost: about %s, %lu of them cut off or damaged inside\n",
-                    counted(losses.lost, "frame").c_str(), losses.damaged);
+    std::printf("lost: %s%s", losses.lost == 0 ? "nothing" : "about ",
+                losses.lost == 0 ? "" : counted(losses.lost, "frame").c_str());
+    if (losses.damaged > 0)
+        std::printf(", %lu of them cut off or damaged inside", losses.damaged);
+    std::printf("\n");
     constexpr size_t mostListed = 20;
     for (size_t i = 0; i < losses.holes.size() && i < mostListed; ++i)
         std::printf("  in front of the new frame %lu, from byte %llu of the old file: about %s\n",

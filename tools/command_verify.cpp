@@ -7,6 +7,7 @@
 #include "tools/stream_recording.h"
 #include "tools/text.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace dvrec {
@@ -27,6 +28,11 @@ public:
         ++count_;
     }
     void addUnkept(unsigned long long count) { count_ += count; }
+
+    void sortByOffset() {
+        std::stable_sort(kept_.begin(), kept_.end(),
+                         [](const Fault& one, const Fault& other) { return one.offset < other.offset; });
+    }
 
     const std::vector<Fault>& kept() const { return kept_; }
     unsigned long long count() const { return count_; }
@@ -135,6 +141,7 @@ ExitStatus verify(const Arguments& arguments) {
         } else if (const auto* stream = dynamic_cast<const StreamRecording*>(recording.get()))
             checkTail(stream->tail(), *stream, faults);
     }
+    faults.sortByOffset();
     report(*recording, faults, arguments);
     return faults.count() == 0 ? ExitStatus::fine : ExitStatus::faultsFound;
 }

@@ -62,7 +62,7 @@ void JsonWriter::add(std::string_view name, unsigned long long number) {
 
 void JsonWriter::add(std::string_view name, double number) {
     next(name);
-    text_ += format("%.6g", number);
+    text_ += format("%.10g", number);
 }
 
 void JsonWriter::add(std::string_view name, bool value) {

@@ -135,6 +135,31 @@ class Conversion(Case):
             self.assertEqual(self.read("c.dv"), b"".join(frames[1:4]))
         self.assertEqual(self.names(), {"a.dv", "b.raw", "c.dv"})
 
+    def test_avi_files_hold_the_same_frames(self):
+        for name, frames in (("pal", stream("pal", 30)), ("ntsc", stream("ntsc", 30)), ("50 Mbit/s", recordings.stream50(4))):
+            with self.subTest(name):
+                count = len(frames)
+                self.dvrec("convert", self.file("a.dv", frames), "b.avi", "--force")
+                self.assertEqual(recordings.frames_of(self.folder / "b.avi"), b"".join(frames))
+                self.assertEqual(self.json("verify", "b.avi"), {
+                    "file": "b.avi", "kind": "avi", "frames": count, "faultCount": 0, "faults": []})
+                self.dvrec("convert", "b.avi", "c.raw", "--force")
+                self.dvrec("export", "c.raw", "d.dv", "--force")
+                self.assertEqual(self.read("d.dv"), b"".join(frames))
+                self.dvrec("export", "b.avi", "e.avi", "--from", "1", "--to", "2", "--force")
+                self.assertEqual(recordings.frames_of(self.folder / "e.avi"), b"".join(frames[1:3]))
+                info = self.json("info", "b.avi")
+                self.assertEqual((info["kind"], info["frames"], info["pieces"], info["standardIndexes"], info["legacyEntries"],
+                                  info["audioStreams"], info["state"]), ("avi", count, 1, 1, count, 0, "finished"))
+
+    def test_avi_files_of_other_programs(self):
+        recordings.ffmpeg("-i", scripted_tests.STREAMS / "ntsc.dv", "-c", "copy", self.folder / "other.avi")
+        info = self.json("info", "other.avi")
+        self.assertEqual((info["frames"], info["system"], info["audioStreams"], info["state"]), (240, "525/60", 1, "finished"))
+        self.assertEqual(self.json("verify", "other.avi")["faults"], [])
+        self.dvrec("export", "other.avi", "out.dv")
+        self.assertEqual(self.read("out.dv"), b"".join(stream("ntsc", 240)))
+
     def test_names_may_be_in_any_script(self):
         self.file("игра 試合.dv", stream("pal", 2))
         self.assertIn("'второй тайм.raw': raw recording, 2 frames", self.dvrec("convert", "игра 試合.dv", "второй тайм.raw"))
@@ -142,12 +167,13 @@ class Conversion(Case):
 
     def test_an_interruption_leaves_nothing_behind(self):
         with open(self.folder / "long.raw", "wb") as file:
-            # One sound record is enough to begin with; the rest is a hole of 6 GB, which takes its time to copy.
+            # One sound record is enough to begin with; the rest is a hole of 20 GB, which takes its time to copy.
             file.write(raw(stream("pal", 1)) * 2)
-            file.truncate(6 << 30)
+            file.truncate(20 << 30)
         with subprocess.Popen(scripted_tests.command("dvrec", "convert", "long.raw", "out.raw", "--progress"), cwd=self.folder,
                               env=scripted_tests.environment(), stderr=subprocess.PIPE) as process:
             self.assertIn(b"out.raw", process.stderr.readline())
+            self.assertEqual(self.json("info", "out.raw.part")["state"], "recording")
             process.send_signal(signal.SIGINT)
             errors = process.communicate(timeout=120)[1].decode()
         self.assertEqual(process.returncode, INTERRUPTED, errors)
@@ -176,6 +202,33 @@ class Repair(Case):
                 self.dvrec("export", "sound.raw", "sound.dv", "--force")
                 self.assertEqual(self.read("sound.dv"), b"".join(frames[i] for i in saved))
                 self.assertEqual(self.read("damaged.raw"), content)
+
+    def test_avi_files_are_saved_from_any_damage(self):
+        frames = stream("ntsc", 12)
+        self.dvrec("convert", self.file("a.dv", frames), "whole.avi")
+        whole = self.read("whole.avi")
+        place = [whole.index(frame) for frame in frames]
+
+        def overwritten(begin, end):
+            return whole[:begin] + b"\xA5" * (end - begin) + whole[end:]
+
+        for name, content, saved, faulty in (
+                ("cut off in a frame", whole[:place[9] + 5000], range(9), True),
+                ("header gone", overwritten(0, place[0] - 8), range(12), None),
+                ("header of a frame gone", overwritten(place[5] - 8, place[5] + 3), [*range(5), *range(6, 12)], True),
+                ("a frame damaged inside", overwritten(place[5] + 40000, place[5] + 50000), [*range(5), *range(6, 12)], True),
+                ("across frames", overwritten(place[3] + 70000, place[6] + 10), [*range(3), *range(7, 12)], True),
+                ("indexes gone", overwritten(place[11] + NTSC, len(whole)), range(12), True)):
+            with self.subTest(name):
+                self.file("damaged.avi", content)
+                if faulty:
+                    self.assertGreater(self.json("verify", "damaged.avi", status=FAULTS)["faultCount"], 0)
+                result = self.json("repair", "damaged.avi", "sound.avi", "--force")
+                self.assertEqual((result["frames"], result["lost"]), (len(saved), 12 - len(saved)))
+                self.assertEqual(recordings.frames_of(self.folder / "sound.avi"), b"".join(frames[i] for i in saved))
+                self.assertEqual(self.json("verify", "sound.avi")["faults"], [])
+                self.assertEqual(self.read("damaged.avi"), content)
+        self.assertIn("give OUT the extension .avi", self.dvrec("repair", "whole.avi", "out.raw", status=USAGE))
 
     def test_streams_and_files_without_frames(self):
         frames = stream("ntsc", 5)

@@ -41,6 +41,18 @@ def stamped(name, frames, time_code, recorded, file):
     return [content[i * size:(i + 1) * size] for i in range(frames)]
 
 
+def stream50(frames):
+    """As `stream`, of 50 Mbit/s PAL."""
+    made = ffmpeg("-i", scripted_tests.STREAMS / "pal.dv", "-map", "0:v", "-frames:v", frames, "-pix_fmt", "yuv422p",
+                  "-c:v", "dvvideo", "-f", "rawvideo", "-")
+    return [made[i * 2 * PAL:(i + 1) * 2 * PAL] for i in range(frames)]
+
+
+def frames_of(file):
+    """The frames of any video file as ffmpeg finds them, joined."""
+    return ffmpeg("-i", file, "-map", "0:v", "-c", "copy", "-f", "rawvideo", "-")
+
+
 def thumbnail(file):
     """The first picture of any file that ffmpeg reads, as 36 x 24 grey values."""
     return ffmpeg("-i", file, "-frames:v", 1, "-vf", "scale=36:24:flags=area:out_range=pc,format=gray",
