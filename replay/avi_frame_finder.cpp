@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned long blockBytes = 0x40000;
 
 /// Chunks of an index that are compared with the file.
-constexpr unsigned long samples = 8;
+constexpr unsigned long samples = 4;
 
 /// Entries at the begin of a legacy index that are tried to find out what their offsets are counted from.
 constexpr int baseTries = 64;
@@ -94,8 +94,6 @@ void AviFrameFinder::loadSuperIndex() {
         return true;
     };
     source_.forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
-    index_.reserve(static_cast<unsigned long>(std::min<unsigned long long>(
-        header_.extendedTotalFrames, source_.size() / header_.nominalFrameSize() + 1)));
     unsigned long long last = 0;
     for (const riff::SuperIndexEntry& entry : entries) {
         const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
@@ -114,8 +112,8 @@ void AviFrameFinder::loadSuperIndex() {
 bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
     StandardIndexHead head{};
-    block_.resize(blockBytes);
     const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
+    block_.resize(std::max<size_t>(block_.size(), wanted));
     const unsigned long got = source_.read(offset, block_.data(), wanted);
     if (got < sizeof(head)) {
         return doubtIndexes(L"no ix chunk found in movi LIST");
@@ -131,22 +129,66 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
         return doubtIndexes(L"cannot read the standard index entry.");
     }
     const unsigned long long base = riff::join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
+    const std::uint32_t entries = head.index.entriesInUse;
+    const auto here =
+        std::min<std::uint32_t>(entries, (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
+    entries_.resize(here);
+    if (here != 0) {
+        std::memcpy(entries_.data(), block_.data() + sizeof(head), here * sizeof(entries_[0]));
+    }
+    if (!addEntries(base)) {
+        return false;
+    }
     const auto add = [this, base](const riff::StandardIndexEntry& frame) {
         return addIndexed(base + frame.offset - sizeof(riff::ChunkHeader),
                           frame.size & riff::standardSizeMask);
     };
-    const auto here = std::min<std::uint32_t>(head.index.entriesInUse,
-                                              (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
-    for (std::uint32_t i = 0; i < here; ++i) {
-        riff::StandardIndexEntry frame;
-        std::memcpy(&frame, block_.data() + sizeof(head) + i * sizeof(frame), sizeof(frame));
-        if (!add(frame)) {
-            return false;
+    const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
+    return source_.forEachRecord<riff::StandardIndexEntry>(rest, entries - here, add) ||
+           doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+}
+
+/// Appends the frames of `entries_`. Those at equal distances are compared and checked together, since the time that
+/// opening a long recording takes is spent here.
+bool AviFrameFinder::addEntries(unsigned long long base) {
+    const std::size_t count = entries_.size();
+    for (std::size_t begin = 0, end = 0; begin < count; begin = end) {
+        const std::uint32_t first = entries_[begin].offset;
+        const std::uint32_t size = entries_[begin].size & riff::standardSizeMask;
+        const std::uint32_t stride = begin + 1 < count ? entries_[begin + 1].offset - first : 0;
+        end = begin + 1;
+        while (end < count && entries_[end].offset - entries_[end - 1].offset == stride &&
+               (entries_[end].size & riff::standardSizeMask) == size) {
+            ++end;
+        }
+        const unsigned long long offset = base + first - sizeof(riff::ChunkHeader);
+        if (addRun(offset, size, stride, static_cast<std::uint32_t>(end - begin))) {
+            continue;
+        }
+        for (std::size_t i = begin; i < end; ++i) {
+            if (!addIndexed(base + entries_[i].offset - sizeof(riff::ChunkHeader), size)) {
+                return false;
+            }
         }
     }
-    const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
-    return source_.forEachRecord<riff::StandardIndexEntry>(rest, head.index.entriesInUse - here, add) ||
-           doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+    return true;
+}
+
+/// Appends frames at equal distances. False, and nothing is done, when they do not simply follow what is known or a
+/// frame may stand between them.
+bool AviFrameFinder::addRun(unsigned long long offset, std::uint32_t size, std::uint32_t stride,
+                            std::uint32_t count) {
+    const unsigned long long room = sizeof(riff::ChunkHeader) + header_.nominalFrameSize();
+    const unsigned long long whole = sizeof(riff::ChunkHeader) + riff::padded(size);
+    const unsigned long long last = offset + static_cast<unsigned long long>(stride) * (count - 1);
+    if (count < 3 || !dv::mayBeFrameSize(size) || stride < whole || stride - whole >= room ||
+        offset < cursor_ || offset - cursor_ >= room || last < offset || last > source_.size() ||
+        source_.size() - last < sizeof(riff::ChunkHeader) + size) {
+        return false;
+    }
+    index_.addRun(offset, size, stride, count);
+    cursor_ = last + whole;
+    return true;
 }
 
 void AviFrameFinder::loadLegacyIndex() {

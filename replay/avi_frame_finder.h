@@ -34,6 +34,8 @@ private:
     void loadLegacyIndex();
     bool findLegacyIndex(RiffChunk& found);
     bool legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base);
+    bool addEntries(unsigned long long base);
+    bool addRun(unsigned long long offset, std::uint32_t size, std::uint32_t stride, std::uint32_t count);
     bool addIndexed(unsigned long long offset, std::uint32_t size);
     bool isFrameAt(unsigned long long offset, std::uint32_t size);
     bool samplesFit();
@@ -49,4 +51,5 @@ private:
     unsigned long long cursor_ = 0; ///< behind what is known: there a chunk begins
     const wchar_t* doubt_ = nullptr;
     std::vector<unsigned char> block_;
+    std::vector<riff::StandardIndexEntry> entries_;
 };

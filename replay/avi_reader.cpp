@@ -37,7 +37,7 @@ int AviReader::open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInf
     if (!source_.open(name)) {
         return fail(FileIOAVI::IndexFileNotOpen, L"Cannot open file %ls for reading index.", name);
     }
-    sectorSize_ = std::max(bytesPerSector(name), 1ul);
+    name_ = name;
     try {
         return find(trust, info);
     } catch (const std::bad_alloc&) {
@@ -149,6 +149,10 @@ unsigned long AviReader::dataFrameSize() const {
 
 unsigned long AviReader::slotSize() const {
     return sizeof(riff::ChunkHeader) + std::max<unsigned long>(index_.largest(), dataFrameSize());
+}
+
+unsigned long AviReader::sectorSize() const {
+    return std::max(bytesPerSector(name_.oleStr()), 1ul);
 }
 
 unsigned long AviReader::dataRate() const {

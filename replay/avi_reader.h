@@ -18,7 +18,7 @@ public:
     /// trust are not searched again.
     int refresh();
 
-    /// As `FileIOAVI::readFrame`; one system call.
+    /// As `FileIOAVI::readFrame`; one seek and one read.
     int readFrame(char* buffer, unsigned long bufferSize, unsigned long frame);
 
     /// As `FileIOAVI::framePosition`.
@@ -32,7 +32,7 @@ public:
     /// As `FileIOAVI::dataRate`.
     unsigned long dataRate() const;
     /// As `FileIOAVI::sectorSize`.
-    unsigned long sectorSize() const { return sectorSize_; }
+    unsigned long sectorSize() const;
 
     /// Why the last operation failed.
     const wchar_t* error() const { return error_; }
@@ -47,6 +47,6 @@ private:
     AviHeader header_;
     AviIndex index_;
     std::optional<AviFrameFinder> finder_;
-    unsigned long sectorSize_ = 1;
+    vcore::str name_;
     wchar_t error_[80] = L"";
 };

@@ -20,8 +20,8 @@ public:
     /// Asks the system for the size again and forgets what `peek` has read.
     void updateSize();
 
-    /// Reads up to `bytes` bytes at `offset` in one system call. Returns how many there were; 0 also when the system
-    /// refuses, whose error is in `*error` then (0 at the end of the file).
+    /// Reads up to `bytes` bytes at `offset`, which is below 2^63, with one seek and one read. Returns how many there
+    /// were; 0 also when the system refuses, whose error is in `*error` then (0 at the end of the file).
     unsigned long read(unsigned long long offset, void* dest, unsigned long bytes,
                        unsigned long* error = nullptr) const;
 

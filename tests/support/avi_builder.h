@@ -23,7 +23,7 @@ struct Shape {
     const char* tag = "dc";
     const char* handler = "dvsd";
     const char* compression = "dvsd";
-    unsigned long audioBytes = 0; ///< of a chunk of sound in front of every frame; 0: no sound
+    unsigned long audioBytes = 0; ///< of the sound in front of a frame, every fourth time 4 more; 0: no sound
     bool audioFirst = false;      ///< whether the sound is stream 0
     bool recLists = false;
     bool padded = true;  ///< whether chunks of odd size are padded
@@ -161,7 +161,7 @@ private:
     void frame(unsigned long k) {
         const size_t rec = shape_.recLists ? begin("LIST", "rec ") : 0;
         if (shape_.audioBytes != 0)
-            entry(id("wb", true), std::string(shape_.audioBytes, 's'));
+            entry(id("wb", true), std::string(shape_.audioBytes + k % 4 / 3 * 4, 's'));
         auto data = samples::bytes(k, shape_.frameSize);
         if (shape_.starts)
             for (unsigned long sequence = 0; sequence < data.size() / 12000; ++sequence)

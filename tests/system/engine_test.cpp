@@ -135,6 +135,30 @@ TEST_F(Commands, ReplaysWhatIsStillBeingWritten) {
     EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 70u);
 }
 
+TEST_F(Commands, AnAviRecordingIsReplayedWhileItIsMadeAndAfterwards) {
+    ASSERT_TRUE(dvFE.init(window, false));
+    ASSERT_TRUE(dvFE.startRecord(L"system_test.avi"));
+    ASSERT_TRUE(captured(30));
+    ASSERT_TRUE(dvFE.replay(0, 9, nullptr));
+    ASSERT_TRUE(captured(140));
+    // The ring of 50 frames has lost these, so they come from the file, which is still being written.
+    ASSERT_TRUE(dvFE.replay(70, 79, nullptr));
+    auto frames = ticksUntilShown(10);
+    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 70u);
+    EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 79u);
+    EXPECT_FALSE(dvFE.replay(0, 9, L"no such file.avi"));
+    dvFE.stopRecord();
+    EXPECT_EQ(expectRecordingFollows("system_test.avi", "pal.dv", 144000, 140), dvFE.writtenFrame());
+    AviInspector inspector;
+    ASSERT_TRUE(inspector.run(L"system_test.avi", {}));
+    for (const auto& fault : inspector.faults())
+        ADD_FAILURE() << fault.offset << ": " << vcore::str(fault.text).getStr();
+    ASSERT_TRUE(dvFE.playinit(window, 30, 10, "system_test.avi"));
+    frames = ticksUntilShown(21);
+    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 10u);
+    EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 30u);
+}
+
 TEST_F(Commands, TheDeinterlacingRendererIsBuiltOrRefused) {
     dvFE.setDeinterlace(true);
     const bool built = dvFE.init(window, false);
