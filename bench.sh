@@ -14,4 +14,11 @@ fi
 build_target win32 marvo-bench marvo-devices
 [[ -f build/win32/bin/marvo-bench.exe ]] ||
     die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its CMakeLists.txt."
-MARVO_CWD=build/win32/scratch/bench scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "$@"
+compared=()
+if [[ " $* " != *" --help "* && (" $* " != *" --only "* || " $* " == *" --only avi "*) ]]; then
+    rounds=7
+    [[ " $* " != *" --quick "* ]] || rounds=3
+    scripts/bench_ffmpeg.sh "$rounds" build/win32/scratch/bench/ffmpeg.txt
+    compared=(--ffmpeg 'R:\build\win32\scratch\bench\ffmpeg.txt')
+fi
+MARVO_CWD=build/win32/scratch/bench scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "${compared[@]}" "$@"

@@ -51,6 +51,7 @@ void proveCounting(AllocationCounter& counter) {
 
 void measureAllocations(Bench& bench) {
     const TemporaryFile raw(L"bench_allocations.dv");
+    const TemporaryFile avi(L"bench_allocations.avi");
     AllocationCounter counter;
     proveCounting(counter);
     Engine engine({speed});
@@ -61,4 +62,12 @@ void measureAllocations(Bench& bench) {
         throw std::runtime_error("replay is refused");
     }
     countWhile(bench, engine, counter, "replaying and recording", Target::atMost(0));
+    dvFE.stopRecord();
+    dvFE.live();
+    engine.record(avi.name(), 500);
+    countWhile(bench, engine, counter, "live and recording AVI", Target::atMost(0));
+    if (!dvFE.replay(0, 199, avi.name())) {
+        throw std::runtime_error("replay of AVI is refused");
+    }
+    countWhile(bench, engine, counter, "replaying and recording AVI", Target::atMost(0));
 }

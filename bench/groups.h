@@ -16,6 +16,7 @@ struct Bench {
 
 void measureStore(Bench& bench);
 void measureWriter(Bench& bench);
+void measureAvi(Bench& bench);
 void measureCpu(Bench& bench);
 void measureReplay(Bench& bench);
 void measureSeek(Bench& bench);

@@ -1,8 +1,10 @@
+#include "bench/avi_copy.h"
 #include "bench/groups.h"
 #include "marvo.h"
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <stdexcept>
 
 namespace {
@@ -16,6 +18,7 @@ struct Group {
 const Group groups[] = {
     {"store", "adding frames to the ring, against copying them", measureStore},
     {"writer", "from the ring to the recording file, against writing it", measureWriter},
+    {"avi", "writing and reading AVI files, against plain writes and reads", measureAvi},
     {"cpu", "the engine's processor time per live frame", measureCpu},
     {"replay", "from the replay command to its first frame", measureReplay},
     {"seek", "from the seek command to the frame", measureSeek},
@@ -58,6 +61,17 @@ void measure(const Options& options, Report& report) {
     }
 }
 
+int copy(const Options& options) {
+    try {
+        const std::filesystem::path from = options.copyFrom, to = options.copyTo;
+        std::printf("%.6f\n", copyStream_s(from.c_str(), to.c_str()));
+        return 0;
+    } catch (const std::exception& reason) {
+        std::fprintf(stderr, "marvo-bench: %s\n", reason.what());
+        return 1;
+    }
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
@@ -74,6 +88,9 @@ int main(int count, char** arguments) {
     if (options.help) {
         printHelp();
         return 0;
+    }
+    if (!options.copyFrom.empty()) {
+        return copy(options);
     }
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     Report report;

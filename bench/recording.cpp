@@ -30,6 +30,12 @@ void TemporaryFile::remove() const {
     DeleteFileW(name_.c_str());
 }
 
+unsigned long long TemporaryFile::size() const {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    GetFileAttributesExW(name_.c_str(), GetFileExInfoStandard, &data);
+    return static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
 std::string streamPath(const char* name) {
     char folder[MAX_PATH] = "";
     GetEnvironmentVariableA("MARVO_STREAMS", folder, sizeof(folder));

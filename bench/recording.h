@@ -18,6 +18,8 @@ public:
 
     const wchar_t* name() const { return name_.c_str(); }
     void remove() const;
+    /// Bytes; 0 when there is no file.
+    unsigned long long size() const;
 
 private:
     const std::wstring name_;

@@ -110,12 +110,6 @@ double write(const FrameBuffers& records, const TemporaryFile& file, int frames,
     return watch.seconds();
 }
 
-unsigned long long sizeOf(const TemporaryFile& file) {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    GetFileAttributesExW(file.name(), GetFileExInfoStandard, &data);
-    return static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
-}
-
 } // namespace
 
 void measureWriter(Bench& bench) {
@@ -132,7 +126,7 @@ void measureWriter(Bench& bench) {
     const auto engine = [&] {
         bench.progress.part(static_cast<double>(flushCounts.size()), rounds + 1);
         const double seconds = recorder.record(recording, frames);
-        if (sizeOf(recording) != static_cast<unsigned long long>(frames) * records.size()) {
+        if (recording.size() != static_cast<unsigned long long>(frames) * records.size()) {
             throw std::runtime_error("frames are missing from the recording");
         }
         flushCounts.push_back(flushes);

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "marvo.h"
+
+#include <gtest/gtest.h>
+#include <psapi.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+/// Runs a test body with one number after the other, each with random numbers of its own. Watches processor time and
+/// memory, and names the number when the body faults or hangs. With the environment variable MARVO_MUTATION only the
+/// number that it holds is run.
+class WatchedRun {
+public:
+    static constexpr unsigned seed = 20031;
+
+    /// `salt` makes the random numbers differ from those of other runs.
+    WatchedRun(const char* what, unsigned salt) : what_(what), salt_(salt) {
+        current() = this;
+        handler_ = AddVectoredExceptionHandler(1, &onFault);
+        watchdog_.reset(CreateThread(nullptr, 0, &watch, this, 0, nullptr));
+    }
+    ~WatchedRun() {
+        SetEvent(ended_.get());
+        WaitForSingleObject(watchdog_.get(), INFINITE);
+        RemoveVectoredExceptionHandler(handler_);
+        current() = nullptr;
+    }
+    WatchedRun(const WatchedRun&) = delete;
+    WatchedRun& operator=(const WatchedRun&) = delete;
+
+    /// Calls `body(random, number)` for the numbers below `count`, until one has failed.
+    template <class Body>
+    void run(unsigned count, Body body) {
+        std::printf("%s: seed %u, %u files\n", what_, seed, count);
+        const size_t before = peakBytes();
+        const char* only = std::getenv("MARVO_MUTATION");
+        const auto first = only ? static_cast<unsigned>(std::strtoul(only, nullptr, 10)) : 0u;
+        for (number_ = first; number_ < (only ? first + 1 : count); ++number_) {
+            std::seed_seq mixed{seed, salt_, number_.load()};
+            std::mt19937 random(mixed);
+            const double from_s = cpu_s();
+            body(random, number_.load());
+            slowest_s_ = std::max(slowest_s_, cpu_s() - from_s);
+            ASSERT_LT(slowest_s_, mostSeconds) << name() << " takes too long";
+            ASSERT_LT(peakBytes(), before + mostBytes) << name() << " takes too much memory";
+            ASSERT_FALSE(testing::Test::HasFailure()) << name();
+        }
+        std::printf("%s: slowest %.0f ms, %zu MB more at the peak\n", what_, slowest_s_ * 1000,
+                    (peakBytes() - before) >> 20);
+    }
+
+private:
+    static constexpr double mostSeconds = 2;
+    static constexpr size_t mostBytes = 96 << 20;
+    static constexpr DWORD hang_ms = 100000;
+
+    static WatchedRun*& current() {
+        static WatchedRun* run = nullptr;
+        return run;
+    }
+
+    std::string name() const { return std::string(what_) + ", MARVO_MUTATION=" + std::to_string(number_); }
+
+    static double cpu_s() {
+        FILETIME created, ended, kernel, user;
+        GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user);
+        return (kernel.dwLowDateTime + user.dwLowDateTime) * 1e-7;
+    }
+
+    static size_t peakBytes() {
+        PROCESS_MEMORY_COUNTERS counters{};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
+        return counters.PeakWorkingSetSize;
+    }
+
+    static LONG WINAPI onFault(EXCEPTION_POINTERS* fault) {
+        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION && current())
+            std::fprintf(stderr, "fault at %p in %s\n", fault->ExceptionRecord->ExceptionAddress,
+                         current()->name().c_str());
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+
+    static DWORD WINAPI watch(void* parameter) {
+        auto& run = *static_cast<WatchedRun*>(parameter);
+        for (unsigned seen = ~0u; seen != run.number_;) {
+            seen = run.number_;
+            if (WaitForSingleObject(run.ended_.get(), hang_ms) == WAIT_OBJECT_0)
+                return 0;
+        }
+        std::fprintf(stderr, "%s hangs\n", run.name().c_str());
+        TerminateProcess(GetCurrentProcess(), 3);
+        return 0;
+    }
+
+    const char* what_;
+    unsigned salt_;
+    std::atomic<unsigned> number_ = 0;
+    double slowest_s_ = 0;
+    void* handler_ = nullptr;
+    vcore::handle ended_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    vcore::handle watchdog_;
+};
