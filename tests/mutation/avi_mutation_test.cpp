@@ -122,9 +122,9 @@ Mutator mutator(const Kind& kind) {
 class AviMutation : public testing::TestWithParam<size_t> {
 protected:
     /// Reads frames here and there; what is read must be what stands in the file.
-    void readFrames(FileIOAVI& file, const std::string& bytes, std::mt19937& random) {
+    void readFrames(FileIOAVI& file, std::mt19937& random) {
         const unsigned long count = file.frames();
-        ASSERT_LE(count, bytes.size() / 8);
+        ASSERT_LE(count, bytes_.size() / 8);
         ASSERT_LE(file.slotSize(), caller_.size());
         for (const unsigned long frame :
              {0ul, count / 2, count - 1, count, static_cast<unsigned long>(random())}) {
@@ -136,9 +136,9 @@ protected:
             const int code = file.readFrame(caller_.last(slot), slot, frame);
             const unsigned long whole = 8 + position.size;
             if (code == FileIOAVI::Ok) {
-                ASSERT_LE(position.offset + whole, bytes.size());
+                ASSERT_LE(position.offset + whole, bytes_.size());
                 ASSERT_EQ(
-                    0, std::memcmp(caller_.last(slot), &bytes[static_cast<size_t>(position.offset)], whole));
+                    0, std::memcmp(caller_.last(slot), &bytes_[static_cast<size_t>(position.offset)], whole));
             }
             for (const unsigned long tooSmall : {0ul, 7ul, whole - 1})
                 ASSERT_NE(FileIOAVI::Ok, file.readFrame(caller_.last(tooSmall), tooSmall, frame));
@@ -156,23 +156,24 @@ protected:
     }
 
     void check(const Mutator& base, const Mutator& other, std::mt19937& random, unsigned number) {
-        const std::string bytes = base.mutated(random, other);
-        const bool grows = number % 4 == 0 && !bytes.empty();
-        file_.put(grows ? bytes.substr(0, random() % bytes.size()) : bytes);
+        base.mutate(bytes_, random, other);
+        const bool grows = number % 4 == 0 && !bytes_.empty();
+        file_.put(std::string_view(bytes_).substr(0, grows ? random() % bytes_.size() : bytes_.size()));
         FileIOAVI file;
         const auto trust = number % 8 == 1 ? FileIOAVI::Trust::Nothing : FileIOAVI::Trust::Indexes;
         const bool opened = file.open(file_.name(), trust) == FileIOAVI::Ok;
         opened_ += opened;
         if (grows) {
-            file_.put(bytes);
+            file_.put(bytes_);
             file.refresh();
         }
         if (opened)
-            readFrames(file, bytes, random);
+            readFrames(file, random);
         if (number % 4 == 2)
             inspect(number % 8 == 2);
     }
 
+    std::string bytes_;
     ChangingFile file_{(L"mutated_" + std::to_wstring(GetParam()) + L".avi").c_str()};
     GuardedBuffer caller_{0x400000};
     unsigned opened_ = 0;

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 
 /// A file that holds one content after the other; only what differs is written. Removed at the end.
 class ChangingFile {
@@ -20,7 +21,7 @@ public:
 
     const wchar_t* name() const { return name_.c_str(); }
 
-    void put(const std::string& bytes) {
+    void put(std::string_view bytes) {
         constexpr size_t block = 4096;
         size_t from = 0;
         while (from < bytes.size()) {
@@ -37,7 +38,7 @@ public:
     }
 
 private:
-    bool holds(const std::string& bytes, size_t at, size_t count) const {
+    bool holds(std::string_view bytes, size_t at, size_t count) const {
         return at + count <= held_.size() && std::memcmp(&bytes[at], &held_[at], count) == 0;
     }
 
@@ -47,7 +48,7 @@ private:
         ASSERT_TRUE(SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN));
     }
 
-    void write(const std::string& bytes, size_t from, size_t to) {
+    void write(std::string_view bytes, size_t from, size_t to) {
         moveTo(from);
         DWORD done = 0;
         ASSERT_TRUE(WriteFile(file_.get(), &bytes[from], static_cast<DWORD>(to - from), &done, nullptr));

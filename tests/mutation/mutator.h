@@ -17,12 +17,11 @@ public:
 
     const std::string& bytes() const { return bytes_; }
 
-    /// A copy with one to four kinds of damage; pieces of `other` may have come into it.
-    std::string mutated(Random& random, const Mutator& other) const {
-        std::string file = bytes_;
+    /// Makes `file` a copy with one to four kinds of damage; pieces of `other` may have come into it.
+    void mutate(std::string& file, Random& random, const Mutator& other) const {
+        file = bytes_;
         for (auto times = 1 + random() % 4; times > 0; --times)
             damage(file, random, other);
-        return file;
     }
 
 private:

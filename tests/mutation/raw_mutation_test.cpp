@@ -51,9 +51,10 @@ TEST(RawMutation, is_read_without_a_fault) {
     const Mutator base = recordingToDamage();
     ChangingFile changing(L"mutated.dv");
     GuardedBuffer caller(dvFile::maxFrameSize + 0x10000);
+    std::string bytes;
     unsigned long long read = 0;
     WatchedRun("raw", 1).run(files, [&](std::mt19937& random, unsigned) {
-        const std::string bytes = base.mutated(random, base);
+        base.mutate(bytes, random, base);
         changing.put(bytes);
         const unsigned long sizes[] = {0, 0, 0, frameSize, 0xFFFFFFFF, static_cast<unsigned long>(random())};
         dvPlayFile file;
