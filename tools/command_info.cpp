@@ -40,10 +40,11 @@ CameraNotes readNotes(const Recording& recording, Progress& progress) {
         return notes;
     std::vector<unsigned char> memory(recording.frameSize());
     const size_t needed = bytesToTimeCode(recording, memory);
+    const unsigned long long bytes = recording.file().size();
     for (unsigned long frame = 0; frame < frames; ++frame) {
         notes.timeCode.add(readTimeCode(
             recording.readHead(frame, std::span(memory).first(std::min(needed, memory.size())))));
-        progress.update(recording.place(frame).offset, recording.file().size());
+        progress.update(recording.place(frame).offset, bytes);
     }
     notes.firstRecorded = readRecordedAt(recording.readHead(0, memory)).text();
     notes.lastRecorded = readRecordedAt(recording.readHead(frames - 1, memory)).text();

@@ -46,6 +46,7 @@ private:
 
 void checkFrames(Recording& recording, Faults& faults, Progress& progress) {
     Slot slot;
+    const unsigned long long bytes = recording.file().size();
     for (unsigned long frame = 0; frame < recording.frames(); ++frame) {
         const Recording::Place place = recording.place(frame);
         std::string fault;
@@ -53,7 +54,7 @@ void checkFrames(Recording& recording, Faults& faults, Progress& progress) {
             fault = faultOf(slot.frame());
         if (!fault.empty())
             faults.add(place.offset, format("frame %lu %s", frame, fault.c_str()));
-        progress.update(place.offset + place.size, recording.file().size());
+        progress.update(place.offset + place.size, bytes);
     }
     if (recording.frames() == 0)
         faults.add(0, "there is no whole frame in the file");

@@ -35,17 +35,17 @@ unsigned long long InputFile::size() const {
 }
 
 size_t InputFile::read(unsigned long long offset, std::span<unsigned char> to) const {
+    // A position in an OVERLAPPED would do, but each such read makes a second call of the system on some systems.
+    LARGE_INTEGER position{};
+    position.QuadPart = static_cast<LONGLONG>(offset);
+    if (!SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN))
+        return 0;
     size_t done = 0;
     while (done < to.size()) {
-        const unsigned long long at = offset + done;
-        OVERLAPPED position{};
-        position.Offset = static_cast<DWORD>(at);
-        position.OffsetHigh = static_cast<DWORD>(at >> 32);
         constexpr size_t mostAtOnce = 0x1000000;
+        const auto wanted = static_cast<DWORD>(std::min(to.size() - done, mostAtOnce));
         DWORD got = 0;
-        if (!ReadFile(file_.get(), to.data() + done,
-                      static_cast<DWORD>(std::min(to.size() - done, mostAtOnce)), &got, &position) ||
-            got == 0)
+        if (!ReadFile(file_.get(), to.data() + done, wanted, &got, nullptr) || got == 0)
             break;
         done += got;
     }

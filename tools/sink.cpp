@@ -28,6 +28,8 @@ protected:
 
     void append(std::span<const unsigned char> bytes) {
         unsigned long written = 0;
+        // A disk that takes only a part of it gives no error.
+        SetLastError(ERROR_SUCCESS);
         if (!file_.write(bytes.data(), static_cast<unsigned long>(bytes.size()), &written)) {
             const DWORD error = GetLastError();
             throw cannotWrite(name_, error != ERROR_SUCCESS ? systemMessage(error) : "the disk is full");

@@ -218,6 +218,7 @@ class Repair(Case):
                 ("header of a frame gone", overwritten(place[5] - 8, place[5] + 3), [*range(5), *range(6, 12)], True),
                 ("a frame damaged inside", overwritten(place[5] + 40000, place[5] + 50000), [*range(5), *range(6, 12)], True),
                 ("across frames", overwritten(place[3] + 70000, place[6] + 10), [*range(3), *range(7, 12)], True),
+                ("sound and picture interleaved", whole.replace(b"vids", b"iavs", 1), range(12), None),
                 ("indexes gone", overwritten(place[11] + NTSC, len(whole)), range(12), True)):
             with self.subTest(name):
                 self.file("damaged.avi", content)
@@ -298,6 +299,18 @@ class Refusals(Case):
             self.assertTrue(arguments == "" or errors.count("\n") == 1, errors)
         self.assertEqual(self.names(), {"a.dv", "text.txt", "there.dv", "empty.avi", "folder.dv"})
         self.assertEqual(self.read("there.dv"), b"precious")
+
+    def test_a_full_disk_leaves_nothing_behind(self):
+        self.file("a.dv", stream("pal", 10))
+        # The limit on a file's size stands for the end of the disk: half of what is to be written.
+        limit = ["sh", "-c", "trap '' XFSZ; ulimit -f 1400; exec \"$@\"", "sh"]
+        for out in ("b.raw", "b.avi"):
+            done = subprocess.run(limit + scripted_tests.command("dvrec", "convert", "a.dv", out), cwd=self.folder,
+                                  env=scripted_tests.environment(), capture_output=True, check=False)
+            self.assertEqual(done.returncode, CANNOT_WRITE, done.stderr)
+            self.assertIn(f"'{out}' cannot be written: ", done.stderr.decode())
+            self.assertIn("disk", done.stderr.decode().lower())
+        self.assertEqual(self.names(), {"a.dv"})
 
     def test_an_existing_file_is_replaced_only_when_told(self):
         self.file("a.dv", stream("pal", 2))
