@@ -142,10 +142,18 @@ inline IPin* pinOf(IBaseFilter& filter, int index) {
     return pin;
 }
 
-/// The system's reference clock, with a reference for the caller.
+/// The system's reference clock, with a reference for the caller. It is one for all tests and is never given up: Wine's
+/// clock, when it goes, waits for a thread of its own, and that thread misses the request to end, and sleeps for ever,
+/// when it comes before its first sleep, as it does on a busy machine.
 inline IReferenceClock* systemClock() {
-    IReferenceClock* clock = nullptr;
-    CoCreateInstance(CLSID_SystemClock, nullptr, CLSCTX_INPROC_SERVER, IID_IReferenceClock,
-                     reinterpret_cast<void**>(&clock));
-    return clock;
+    static IReferenceClock* const shared = [] {
+        IReferenceClock* clock = nullptr;
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED); // never undone, lest the clock's module be unloaded
+        CoCreateInstance(CLSID_SystemClock, nullptr, CLSCTX_INPROC_SERVER, IID_IReferenceClock,
+                         reinterpret_cast<void**>(&clock));
+        return clock;
+    }();
+    if (shared)
+        shared->AddRef();
+    return shared;
 }
