@@ -1,5 +1,5 @@
 // The guarded heap itself: the proof that what it is for is seen.
-#include "tests/support/guard_heap.h"
+#include "guard/guard_heap.h"
 #include "marvo.h"
 
 #include <gtest/gtest.h>

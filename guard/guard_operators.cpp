@@ -2,7 +2,7 @@
 /// Gives a module the guarded heap. The other forms of the operators, for arrays and without exceptions, are the run-time
 /// library's, which lead to these.
 
-#include "tests/support/guard_heap.h"
+#include "guard/guard_heap.h"
 
 #include <algorithm>
 #include <new>

@@ -1,4 +1,4 @@
-#include "tests/support/guard_heap.h"
+#include "guard/guard_heap.h"
 
 #include <algorithm>
 #include <cstdint>
