@@ -13,17 +13,15 @@ public:
     listed_device(wchar_t last, const wchar_t* friendlyName)
         : key_(std::wstring(L"CLSID\\{860BB310-5D01-11D0-BD3B-00A0C911CE86}\\Instance\\~marvo test ") +
                last) {
-        const wchar_t renderer[] = L"{70E102B0-5556-11CE-97C0-00AA0055595A}";
         set(L"FriendlyName", friendlyName);
-        set(L"CLSID", renderer);
+        set(L"CLSID", L"{70E102B0-5556-11CE-97C0-00AA0055595A}");
     }
     ~listed_device() { RegDeleteTreeW(HKEY_CLASSES_ROOT, key_.c_str()); }
 
 private:
     void set(const wchar_t* name, const wchar_t* value) {
         const DWORD bytes = static_cast<DWORD>((std::wcslen(value) + 1) * sizeof(wchar_t));
-        ASSERT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key_.c_str(), name, REG_SZ, value, bytes),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key_.c_str(), name, REG_SZ, value, bytes), 0);
     }
 
     std::wstring key_;

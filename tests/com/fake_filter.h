@@ -12,48 +12,18 @@ namespace fake {
 /// What a pin offers when it is asked for its media types.
 enum class offer { nothing, refuses, sound, dv };
 
-/// A reference-counted object that deletes itself; the enumerators' common part.
-template <class T>
-class counted : public T {
+/// Types that the caller frees, as foreign filters give them.
+class type_enumerator final : public vvideo::dvEnumMediaTypes {
 public:
-    virtual ~counted() = default;
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-        *out = iid == IID_IUnknown || iid == __uuidof(T) ? this : nullptr;
-        return *out ? (AddRef(), S_OK) : E_NOINTERFACE;
+    STDMETHODIMP Next(ULONG n, AM_MEDIA_TYPE** out, ULONG* fetched) override {
+        const HRESULT result = dvEnumMediaTypes::Next(n, out, fetched);
+        for (ULONG i = 0; result == S_OK && i < n; ++i) {
+            const AM_MEDIA_TYPE& own = *out[i];
+            out[i] = static_cast<AM_MEDIA_TYPE*>(CoTaskMemAlloc(sizeof(own)));
+            *out[i] = own;
+        }
+        return result;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return InterlockedIncrement(&refs_); }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = InterlockedDecrement(&refs_);
-        if (left == 0)
-            delete this;
-        return left;
-    }
-    STDMETHODIMP Skip(ULONG) override { return E_NOTIMPL; }
-    STDMETHODIMP Clone(T**) override { return E_NOTIMPL; }
-
-private:
-    long refs_ = 1;
-};
-
-class type_enumerator final : public counted<IEnumMediaTypes> {
-public:
-    explicit type_enumerator(offer types) : types_(types) {}
-
-    STDMETHODIMP Next(ULONG, AM_MEDIA_TYPE** out, ULONG* fetched) override {
-        *fetched = types_ == offer::nothing ? 0 : 1;
-        if (*fetched == 0)
-            return S_FALSE;
-        *out = static_cast<AM_MEDIA_TYPE*>(CoTaskMemAlloc(sizeof(AM_MEDIA_TYPE)));
-        **out = {};
-        (*out)->majortype = types_ == offer::dv ? MEDIATYPE_Interleaved : MEDIATYPE_Audio;
-        (*out)->subtype = types_ == offer::dv ? MEDIASUBTYPE_dvsd : MEDIASUBTYPE_PCM;
-        types_ = offer::nothing;
-        return S_OK;
-    }
-    STDMETHODIMP Reset() override { return E_NOTIMPL; }
-
-private:
-    offer types_;
 };
 
 /// A pin that shares its filter's reference count.
@@ -71,11 +41,10 @@ public:
         return SUCCEEDED(result) ? ForeignPin::ReceiveConnection(receiver, &type) : result;
     }
     STDMETHODIMP ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) override {
-        if (peer())
-            return VFW_E_ALREADY_CONNECTED;
-        if (wants_ == offer::refuses || (wants_ == offer::dv && type->majortype != MEDIATYPE_Interleaved))
-            return VFW_E_TYPE_NOT_ACCEPTED;
-        return ForeignPin::ReceiveConnection(connector, type);
+        const bool refused = wants_ == offer::dv && type->majortype != MEDIATYPE_Interleaved;
+        return peer()    ? VFW_E_ALREADY_CONNECTED
+               : refused ? VFW_E_TYPE_NOT_ACCEPTED
+                         : ForeignPin::ReceiveConnection(connector, type);
     }
     STDMETHODIMP Disconnect() override {
         FILTER_STATE state;
@@ -85,14 +54,20 @@ public:
     STDMETHODIMP QueryPinInfo(PIN_INFO* info) override {
         wcscpy_s(info->achName, std::size(info->achName), name_.c_str());
         info->dir = direction_;
-        info->pFilter = &owner_;
-        owner_.AddRef();
+        info->pFilter = vwin::com_<IBaseFilter>(&owner_).detach();
         return S_OK;
     }
     STDMETHODIMP QueryDirection(PIN_DIRECTION* direction) override { return *direction = direction_, S_OK; }
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes** out) override {
-        *out = types_ == offer::refuses ? nullptr : new type_enumerator(types_);
-        return *out ? S_OK : E_NOTIMPL;
+        type_enumerator* const types = types_ == offer::refuses ? nullptr : new type_enumerator;
+        *out = types;
+        const bool dv = types_ == offer::dv;
+        AM_MEDIA_TYPE type = {};
+        type.majortype = dv ? MEDIATYPE_Interleaved : MEDIATYPE_Audio;
+        type.subtype = dv ? MEDIASUBTYPE_dvsd : MEDIASUBTYPE_PCM;
+        if (types && types_ != offer::nothing)
+            types->setType(type);
+        return types ? S_OK : E_NOTIMPL;
     }
 
 private:
@@ -105,10 +80,13 @@ private:
 using pin_list = std::vector<std::unique_ptr<pin>>;
 
 /// As the engine's own, it refuses to work without a `fetched` count.
-class pin_enumerator final : public counted<IEnumPins> {
+class pin_enumerator final : public vvideo::dvObj<IEnumPins> {
 public:
     pin_enumerator(IBaseFilter& owner, const pin_list& pins) : owner_(&owner), pins_(pins) {}
 
+    STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
+        return answer(iid == IID_IUnknown || iid == IID_IEnumPins ? this : nullptr, out);
+    }
     STDMETHODIMP Next(ULONG n, IPin** out, ULONG* fetched) override {
         if (out == nullptr || fetched == nullptr)
             return E_POINTER;
@@ -117,6 +95,8 @@ public:
         return *fetched == n ? S_OK : S_FALSE;
     }
     STDMETHODIMP Reset() override { return position_ = 0, S_OK; }
+    STDMETHODIMP Skip(ULONG) override { return E_NOTIMPL; }
+    STDMETHODIMP Clone(IEnumPins**) override { return E_NOTIMPL; }
 
 private:
     vwin::com_<IBaseFilter> owner_;
@@ -125,69 +105,27 @@ private:
 };
 
 /// The test owns it: refs() is 1 when every other reference has been given back.
-class filter final : public IBaseFilter {
+class filter final : public vvideo::dvBaseFilter {
 public:
     pin& input(const wchar_t* name, offer wants = offer::nothing) {
-        return addPin(name, PINDIR_INPUT, offer::nothing, wants);
+        return *pins_.emplace_back(std::make_unique<pin>(*this, name, PINDIR_INPUT, offer::nothing, wants));
     }
     pin& output(const wchar_t* name, offer types) {
-        return addPin(name, PINDIR_OUTPUT, types, offer::nothing);
+        return *pins_.emplace_back(std::make_unique<pin>(*this, name, PINDIR_OUTPUT, types, offer::nothing));
     }
-    pin& at(size_t index) { return *pins_.at(index); }
-    size_t pinCount() const { return pins_.size(); }
-    long refs() const { return refs_; }
-    FILTER_STATE state() const { return state_; }
-    REFERENCE_TIME started() const { return started_; }
+    IPin* peer(size_t index) const { return pins_.at(index)->peer(); }
+    const pin_list& pins() const { return pins_; }
+    ULONG refs() { return AddRef(), Release(); }
+    FILTER_STATE state() {
+        FILTER_STATE now;
+        return GetState(0, &now), now;
+    }
+    REFERENCE_TIME started = -1;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-        const bool known =
-            iid == IID_IUnknown || iid == IID_IPersist || iid == IID_IMediaFilter || iid == IID_IBaseFilter;
-        *out = known ? static_cast<IBaseFilter*>(this) : nullptr;
-        return known ? (AddRef(), S_OK) : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return InterlockedIncrement(&refs_); }
-    STDMETHODIMP_(ULONG) Release() override { return InterlockedDecrement(&refs_); }
-    STDMETHODIMP GetClassID(CLSID* clsid) override { return *clsid = {}, S_OK; }
-    STDMETHODIMP Stop() override { return state_ = State_Stopped, S_OK; }
-    STDMETHODIMP Pause() override { return state_ = State_Paused, S_OK; }
-    STDMETHODIMP Run(REFERENCE_TIME start) override {
-        started_ = start;
-        return state_ = State_Running, S_OK;
-    }
-    STDMETHODIMP GetState(DWORD, FILTER_STATE* state) override { return *state = state_, S_OK; }
-    STDMETHODIMP SetSyncSource(IReferenceClock* clock) override {
-        clock_ = vwin::com_<IReferenceClock>(clock);
-        return S_OK;
-    }
-    STDMETHODIMP GetSyncSource(IReferenceClock** clock) override {
-        *clock = vwin::com_<IReferenceClock>(clock_).detach();
-        return S_OK;
-    }
+    STDMETHODIMP Run(REFERENCE_TIME start) override { return started = start, dvBaseFilter::Run(start); }
     STDMETHODIMP EnumPins(IEnumPins** out) override { return *out = new pin_enumerator(*this, pins_), S_OK; }
-    STDMETHODIMP FindPin(LPCWSTR, IPin**) override { return VFW_E_NOT_FOUND; }
-    STDMETHODIMP QueryFilterInfo(FILTER_INFO* info) override {
-        wcscpy_s(info->achName, std::size(info->achName), name_.c_str());
-        info->pGraph = vwin::com_<IFilterGraph>(graph_).detach();
-        return S_OK;
-    }
-    STDMETHODIMP JoinFilterGraph(IFilterGraph* graph, LPCWSTR name) override {
-        graph_ = graph;
-        name_ = name != nullptr ? name : L"";
-        return S_OK;
-    }
-    STDMETHODIMP QueryVendorInfo(LPWSTR*) override { return E_NOTIMPL; }
 
 private:
-    pin& addPin(const wchar_t* name, PIN_DIRECTION direction, offer types, offer wants) {
-        return *pins_.emplace_back(std::make_unique<pin>(*this, name, direction, types, wants));
-    }
-
-    long refs_ = 1;
-    FILTER_STATE state_ = State_Stopped;
-    REFERENCE_TIME started_ = -1;
-    vwin::com_<IReferenceClock> clock_;
-    IFilterGraph* graph_ = nullptr;
-    std::wstring name_;
     pin_list pins_;
 };
 

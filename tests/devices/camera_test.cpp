@@ -32,15 +32,11 @@ protected:
         ASSERT_EQ(graph.connect(camera_, sink_), S_OK);
     }
 
-    void start(graph& graph) {
-        build(graph);
-        ASSERT_EQ(graph.run(), S_OK);
-    }
-
     /// Runs until `count` frames have come and gives all that came, which are those of the log.
     std::vector<arrival> play(size_t count) {
         graph graph;
-        start(graph);
+        build(graph);
+        EXPECT_EQ(graph.run(), S_OK);
         sink_->wait_for(count);
         EXPECT_EQ(graph.stop(), S_OK);
         const auto came = sink_->wait_for(count);
@@ -78,12 +74,6 @@ protected:
         return least;
     }
 
-    static double median(std::vector<double> values) {
-        const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-        std::nth_element(values.begin(), middle, values.end());
-        return *middle;
-    }
-
     test_folder folder_;
     camera_config config_;
     camera* camera_ = nullptr;
@@ -96,11 +86,11 @@ TEST_F(camera_test, repeats_its_frames_in_order_with_times) {
     const auto came = play(20);
     for (size_t index = 0; index < came.size(); ++index) {
         const arrival& one = came[index];
+        const auto number = static_cast<LONGLONG>(index);
         ASSERT_EQ(one.data, grey_frame(dv_system::pal_system(), index % clip_frames)) << index;
-        EXPECT_NEAR(one.start - came[0].start, static_cast<REFERENCE_TIME>(index) * 40000, 1);
+        EXPECT_NEAR(one.start - came[0].start, number * 40000, 1);
         EXPECT_NEAR(one.end - one.start, 40000, 1);
-        EXPECT_EQ(one.media_start, static_cast<LONGLONG>(index));
-        EXPECT_EQ(one.media_end, static_cast<LONGLONG>(index) + 1);
+        EXPECT_TRUE(one.media_start == number && one.media_end == number + 1) << index;
         EXPECT_EQ(one.discontinuity, index == 0);
     }
 }
@@ -110,11 +100,8 @@ TEST_F(camera_test, keeps_the_frame_rate_by_the_clock_and_without_one) {
     for (const bool with_clock : {true, false}) {
         graph graph;
         build(graph);
-        if (with_clock) {
-            ASSERT_EQ(graph.run(), S_OK);
-        }
-        ASSERT_EQ(sink_->Run(0), S_OK);
-        ASSERT_EQ(camera_->Run(0), S_OK);
+        ASSERT_TRUE(!with_clock || graph.run() == S_OK);
+        ASSERT_TRUE(sink_->Run(0) == S_OK && camera_->Run(0) == S_OK);
         const auto came = sink_->wait_for(26);
         // A busy machine may hold up single frames, so each half is judged by its most punctual one.
         EXPECT_NEAR(least_lateness(came, 13, 26) - least_lateness(came, 0, 13), 0, 60) << with_clock;
@@ -143,14 +130,16 @@ TEST_F(camera_test, sends_bursts) {
     config_.speed = 1;
     config_.burst = 5;
     const auto came = play(bursts * 5);
+    // The middle ones count, since a busy machine may hold up single frames.
     std::vector<double> lengths, distances;
-    for (int burst = 0; burst < bursts; ++burst) {
+    for (int burst = 1; burst < bursts; ++burst) {
         lengths.push_back(came[burst * 5 + 4].ms - came[burst * 5].ms);
-        if (burst > 0)
-            distances.push_back(came[burst * 5].ms - came[burst * 5 - 5].ms);
+        distances.push_back(came[burst * 5].ms - came[burst * 5 - 5].ms);
     }
-    EXPECT_LT(median(lengths), 80) << "half of what single frames would take";
-    EXPECT_NEAR(median(distances), 200, 80);
+    std::sort(lengths.begin(), lengths.end());
+    std::sort(distances.begin(), distances.end());
+    EXPECT_LT(lengths[bursts / 2 - 1], 80) << "half of what single frames would take";
+    EXPECT_NEAR(distances[bursts / 2 - 1], 200, 80);
 }
 
 TEST_F(camera_test, goes_on_after_refused_frames_and_after_a_pause) {
@@ -164,8 +153,7 @@ TEST_F(camera_test, goes_on_after_refused_frames_and_after_a_pause) {
     sink_->wait_for(sink_->wait_for(0).size() + 3);
     ASSERT_EQ(graph.pause(), S_OK);
     FILTER_STATE state;
-    EXPECT_EQ(camera_->GetState(0, &state), VFW_S_CANT_CUE);
-    EXPECT_EQ(state, State_Paused);
+    EXPECT_TRUE(camera_->GetState(0, &state) == VFW_S_CANT_CUE && state == State_Paused);
     const size_t paused = sink_->wait_for(0).size();
     Sleep(80);
     EXPECT_LE(sink_->wait_for(0).size(), paused + 1) << "one more was on its way";
@@ -203,7 +191,8 @@ TEST_F(camera_test, is_lost_once_and_comes_back) {
     config_.lose = 4;
     config_.return_ms = 1500;
     graph graph;
-    start(graph);
+    build(graph);
+    ASSERT_EQ(graph.run(), S_OK);
     const double lost_at = sink_->wait_for(4).back().ms;
     const auto events = query<IMediaEvent>(graph.get(), IID_IMediaEvent);
     long code = 0;
@@ -212,14 +201,12 @@ TEST_F(camera_test, is_lost_once_and_comes_back) {
     while (code != EC_DEVICE_LOST && counter_ms() < lost_at + patience_ms)
         if (events->GetEvent(&code, &device, &present, 20) == S_OK)
             events->FreeEventParams(code, device, present);
-    EXPECT_EQ(code, EC_DEVICE_LOST);
-    EXPECT_EQ(present, 0);
+    EXPECT_TRUE(code == EC_DEVICE_LOST && present == 0) << code;
     EXPECT_EQ(graph.stop(), S_OK);
     EXPECT_EQ(sink_->wait_for(0).size(), 4u);
     const HRESULT while_lost = camera_->Pause();
-    if (!device_presence::present()) { // a machine busy enough comes here too late
-        EXPECT_EQ(while_lost, HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED));
-    }
+    EXPECT_TRUE(while_lost == HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED) || device_presence::present())
+        << "unless a busy machine came here too late: " << while_lost;
     while (!device_presence::present() && counter_ms() < lost_at + patience_ms)
         Sleep(5);
     EXPECT_GT(counter_ms() - lost_at, 1450) << "the system's ticks are coarse";

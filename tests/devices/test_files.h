@@ -45,13 +45,10 @@ private:
 /// is put where no picture is, to tell frames apart.
 inline bytes grey_frame(const devices::dv_system& system, uint8_t mark = 0) {
     bytes frame(system.frame_bytes);
+    const int first_six[] = {0, 1, 1, 2, 2, 2};
     for (size_t block = 0; block < frame.size() / 80; ++block) {
         const size_t in_sequence = block % 150;
-        const int section = in_sequence == 0        ? 0
-                            : in_sequence < 3       ? 1
-                            : in_sequence < 6       ? 2
-                            : in_sequence % 16 == 6 ? 3
-                                                    : 4;
+        const int section = in_sequence < 6 ? first_six[in_sequence] : in_sequence % 16 == 6 ? 3 : 4;
         uint8_t* id = &frame[block * 80];
         id[0] = static_cast<uint8_t>(section << 5 | 0x1F);
         id[1] = static_cast<uint8_t>(block / 150 << 4 | 0x07);

@@ -7,17 +7,14 @@ TEST(Options, AreReadOrRefusedWithAReason) {
     host::Options options;
     std::string error;
     EXPECT_TRUE(options.read({L"--script", L"a.txt", L"--size", L"640x480", L"--report", L"r.json"}, error));
-    EXPECT_EQ(options.script, L"a.txt");
-    EXPECT_EQ(options.width, 640);
-    EXPECT_EQ(options.height, 480);
+    EXPECT_TRUE(options.script == L"a.txt" && options.width == 640 && options.height == 480);
     const std::vector<std::wstring> wrong[] = {
         {L"a.txt"},           {L"--script"},         {L"--report", L"r.json"}, {L"--size", L"640"},
         {L"--size", L"0x10"}, {L"--size", L"9x9x9"}, {L"--size", L"99999x9"},  {L"--sise", L"9x9"},
     };
     for (const std::vector<std::wstring>& arguments : wrong) {
         error.clear();
-        EXPECT_FALSE(host::Options().read(arguments, error));
-        EXPECT_FALSE(error.empty());
+        EXPECT_FALSE(host::Options().read(arguments, error) || error.empty());
     }
 }
 

@@ -39,8 +39,7 @@ public:
 
     explicit Sample(size_t size = 0) : buffer(size), length(static_cast<long>(size)) {}
     STDMETHODIMP GetPointer(BYTE** out) override {
-        *out = buffer.empty() ? nullptr : buffer.data();
-        return S_OK;
+        return *out = buffer.size() ? buffer.data() : nullptr, S_OK;
     }
     STDMETHODIMP_(long) GetSize() override { return static_cast<long>(buffer.size()); }
     STDMETHODIMP GetTime(REFERENCE_TIME* a, REFERENCE_TIME* b) override { return read(time, a, b); }
@@ -65,29 +64,22 @@ public:
 
 private:
     static HRESULT read(const times& from, long long* a, long long* b) {
-        if (!from)
-            return VFW_E_SAMPLE_TIME_NOT_SET;
-        std::tie(*a, *b) = *from;
-        return S_OK;
+        if (from)
+            std::tie(*a, *b) = *from;
+        return from ? S_OK : VFW_E_SAMPLE_TIME_NOT_SET;
     }
     static HRESULT write(times& to, const long long* a, const long long* b) {
-        to = a && b ? times({*a, *b}) : std::nullopt;
-        return S_OK;
+        return to = a && b ? times({*a, *b}) : std::nullopt, S_OK;
     }
 };
 
 class Allocator : public Counted<IMemAllocator> {
 public:
     STDMETHODIMP SetProperties(ALLOCATOR_PROPERTIES*, ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetProperties(ALLOCATOR_PROPERTIES* p) override {
-        *p = {4, 1000, 1, 0};
-        return S_OK;
-    }
+    STDMETHODIMP GetProperties(ALLOCATOR_PROPERTIES* p) override { return *p = {4, 1000, 1, 0}, S_OK; }
     STDMETHODIMP Commit() override { return S_OK; }
     STDMETHODIMP Decommit() override { return S_OK; }
-    STDMETHODIMP GetBuffer(IMediaSample**, REFERENCE_TIME*, REFERENCE_TIME*, DWORD) override {
-        return E_FAIL;
-    }
+    STDMETHODIMP GetBuffer(IMediaSample**, long long*, long long*, DWORD) override { return E_FAIL; }
     STDMETHODIMP ReleaseBuffer(IMediaSample*) override { return E_NOTIMPL; }
 };
 
@@ -95,11 +87,8 @@ public:
 class Peer : public ForeignPin {
 public:
     STDMETHODIMP QueryInterface(REFIID id, void** out) override {
-        if (id == IID_IMemInputPin && !transports) {
-            *out = nullptr;
-            return E_NOINTERFACE;
-        }
-        return ForeignPin::QueryInterface(id, out);
+        const bool refuses = id == IID_IMemInputPin && !transports;
+        return refuses ? (*out = nullptr, E_NOINTERFACE) : ForeignPin::QueryInterface(id, out);
     }
     STDMETHODIMP ReceiveConnection(IPin* pin, const AM_MEDIA_TYPE* mt) override {
         offered.push_back(mt->lSampleSize);
@@ -114,8 +103,7 @@ public:
         return receiveResult;
     }
     STDMETHODIMP ReceiveMultiple(IMediaSample**, long n, long* done) override {
-        received += n;
-        *done = n;
+        received += * done = n;
         return receiveResult;
     }
 

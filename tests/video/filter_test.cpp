@@ -2,27 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-
 namespace {
 
 struct Filter : vvideo::dvBaseFilter {};
 
 struct Clock : fake::Counted<IReferenceClock> {
     STDMETHODIMP GetTime(REFERENCE_TIME*) override { return E_NOTIMPL; }
-    STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override {
-        return E_NOTIMPL;
-    }
+    STDMETHODIMP AdviseTime(long long, long long, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP AdvisePeriodic(long long, long long, HSEMAPHORE, DWORD_PTR*) override { return E_NOTIMPL; }
     STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
 };
 
 } // namespace
 
 TEST(Filter, AnswersItsInterfacesAndAnIdOfItsOwn) {
-    const auto owner = std::make_unique<Filter>();
-    Filter& filter = *owner;
+    Filter filter;
     void* out = nullptr;
     for (const IID& id : {IID_IUnknown, IID_IPersist, IID_IMediaFilter, IID_IBaseFilter}) {
         EXPECT_TRUE(filter.QueryInterface(id, &out) == S_OK && out == &filter);
@@ -46,8 +40,8 @@ TEST(Filter, KeepsStateClockAndName) {
 
         IReferenceClock* got = &clock;
         EXPECT_TRUE(filter.GetSyncSource(&got) == S_OK && !got);
-        filter.SetSyncSource(&clock);
-        filter.SetSyncSource(&clock);
+        for (int i = 0; i < 2; ++i)
+            filter.SetSyncSource(&clock);
         filter.GetSyncSource(&got);
         EXPECT_EQ(got->Release(), 2u);
 
@@ -75,8 +69,6 @@ TEST(Filter, FindsNoPinsAndRefusesNullPointers) {
     ASSERT_EQ(filter.EnumPins(&pins), S_OK);
     ULONG fetched = 9;
     EXPECT_TRUE(pins->Next(1, &pin, &fetched) == S_FALSE && fetched == 0);
-    EXPECT_EQ(pins->AddRef(), 2u);
-    EXPECT_EQ(pins->Release(), 1u);
     EXPECT_EQ(pins->Release(), 0u);
 }
 
@@ -92,9 +84,7 @@ TEST(EnumPins, WalksItsPins) {
 
     IPin* out[20];
     ULONG fetched = 0;
-    EXPECT_EQ(pins->Next(1, out, nullptr), E_POINTER);
-    EXPECT_EQ(pins->Next(1, nullptr, &fetched), E_POINTER);
-    EXPECT_EQ(pins->Next(0, out, &fetched), S_OK);
+    EXPECT_TRUE(pins->Next(1, out, nullptr) == E_POINTER && pins->Next(1, nullptr, &fetched) == E_POINTER);
     EXPECT_EQ(pins->Next(14, out, &fetched), S_OK);
     EXPECT_TRUE(pins->Next(3, out, &fetched) == S_FALSE && fetched == 2);
     EXPECT_TRUE(pins->Reset() == S_OK && pins->Skip(100) == S_OK && pins->Next(1, out, &fetched) == S_FALSE);
@@ -111,8 +101,8 @@ TEST(EnumMediaTypes, HandsOutItsOwnEntries) {
     auto* const types = new vvideo::dvEnumMediaTypes;
     vvideo::dvMediaType type;
     type.initDVType(144000, true);
-    const AM_MEDIA_TYPE& plain = type;
-    EXPECT_TRUE(types->setType(plain) && types->setType(plain));
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(types->setType(type));
 
     AM_MEDIA_TYPE *out[3] = {}, *again = nullptr;
     ULONG fetched = 0;
@@ -126,8 +116,8 @@ TEST(EnumMediaTypes, HandsOutItsOwnEntries) {
     IEnumMediaTypes* clone = nullptr;
     EXPECT_EQ(types->Clone(&clone), S_OK);
     for (int i = 2; i < 16; ++i)
-        EXPECT_TRUE(types->setType(plain));
-    EXPECT_FALSE(types->setType(plain));
+        EXPECT_TRUE(types->setType(type));
+    EXPECT_FALSE(types->setType(type));
     EXPECT_EQ(types->Release(), 0u);
     EXPECT_TRUE(clone->Skip(1) == S_OK && clone->Next(3, out, &fetched) == S_FALSE && fetched == 1);
     EXPECT_EQ(out[0]->lSampleSize, 144000u);

@@ -6,9 +6,7 @@ using vvideo::dvFramePool;
 
 TEST(FramePool, MakesItsFramesOrNone) {
     dvFramePool pool;
-    EXPECT_EQ(pool.frame(0), nullptr);
-    EXPECT_EQ(pool.findOldest(), nullptr);
-    EXPECT_EQ(pool.inPos(), 0u);
+    EXPECT_FALSE(pool.frame(0) || pool.findOldest() || pool.inPos());
     ASSERT_TRUE(pool.init(100, 8));
     EXPECT_EQ(pool.frame(11), pool.frame(3));
     EXPECT_EQ(pool.frame(7)->size(), 100u);
@@ -18,7 +16,7 @@ TEST(FramePool, MakesItsFramesOrNone) {
     EXPECT_EQ(pool.inPos(), ~0ull);
 }
 
-TEST(FramePool, ComparesItsPositions) {
+TEST(FramePool, ComparesItsPositionsAndCorrectsTheReaderToHalfTheRing) {
     const struct {
         unsigned long long in, out;
         bool overrun, underrun;
@@ -37,16 +35,10 @@ TEST(FramePool, ComparesItsPositions) {
         EXPECT_EQ(pool.underrun(), c.underrun) << c.in << " " << c.out;
         EXPECT_TRUE(pool.incIn() == c.in && pool.incOut() == c.out) << "the positions before";
     }
-}
-
-TEST(FramePool, CorrectsTheReaderToHalfTheRing) {
-    dvFramePool pool;
-    pool.init(10, 25);
     pool.set(100);
-    EXPECT_EQ(pool.correctOut(), 88u);
-    EXPECT_EQ(pool.outPos(), 88u);
-    pool.set(5);
-    EXPECT_EQ(pool.correctOut(), ~0ull - 6) << "not clamped";
+    EXPECT_TRUE(pool.correctOut() == 96 && pool.outPos() == 96);
+    pool.set(2);
+    EXPECT_EQ(pool.correctOut(), ~0ull - 1) << "not clamped";
 }
 
 TEST(FramePool, FindsFramesByNumberAndAge) {
@@ -60,12 +52,10 @@ TEST(FramePool, FindsFramesByNumberAndAge) {
     pool.frame(0)->access() = 3;
     EXPECT_EQ(pool.findOldest(), pool.frame(1)) << "the lowest slot of two";
     pool.lowerAccess();
-    EXPECT_EQ(pool.frame(0)->access(), 2);
-    EXPECT_EQ(pool.frame(2)->access(), -2);
+    EXPECT_TRUE(pool.frame(0)->access() == 2 && pool.frame(2)->access() == -2);
     copy = pool;
     pool.incIn();
     pool.flush();
-    EXPECT_EQ(pool.findFrame(42), nullptr);
-    EXPECT_EQ(pool.inPos(), 0u);
+    EXPECT_FALSE(pool.findFrame(42) || pool.inPos());
     EXPECT_EQ(copy.findFrame(42), copy.frame(1)) << "a copy has frames of its own";
 }

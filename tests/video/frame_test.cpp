@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <numeric>
 
 using vvideo::dvFrame;
@@ -15,9 +14,9 @@ std::vector<unsigned char> numbered(size_t size) {
     return bytes;
 }
 
-vcore::daytime moment(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD second, WORD ms) {
+vcore::daytime moment(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD second, int ms) {
     vcore::daytime t;
-    t.fields() = {year, month, 0, day, hour, minute, second, ms};
+    t.fields() = {year, month, 0, day, hour, minute, second, static_cast<WORD>(ms)};
     t.updateFileTime();
     return t;
 }
@@ -45,8 +44,7 @@ TEST(Frame, KeepsItsBufferUnlessTheSizeChanges) {
     EXPECT_FALSE(frame.init(0xFFFFF000)) << "no such memory";
     EXPECT_EQ(frame.size(), 0u);
     dvFrame* volatile none = nullptr;
-    dvFrame* const noObject = none;
-    EXPECT_FALSE(noObject->init(5));
+    EXPECT_FALSE(none->init(5));
 }
 
 TEST(Frame, CopiesNoFurtherThanEitherBuffer) {
@@ -64,10 +62,9 @@ TEST(Frame, CopiesNoFurtherThanEitherBuffer) {
     EXPECT_TRUE(frame.data()[31] == 32 && frame.data()[32] == 9);
 
     EXPECT_FALSE(frame.copyFrom(&none) || frame.copyTo(&none) || empty.copyFrom(&longer) ||
-                 empty.copyTo(&longer));
-    EXPECT_FALSE(frame.copyFrom(nullptr) || frame.copyTo(static_cast<IMediaSample*>(nullptr)));
-    EXPECT_FALSE(frame.copyTo(&empty) || empty.copyTo(&frame) ||
-                 frame.copyTo(static_cast<dvFrame*>(nullptr)));
+                 empty.copyTo(&longer) || frame.copyFrom(nullptr) || frame.copyTo(&empty) ||
+                 empty.copyTo(&frame) || frame.copyTo(static_cast<dvFrame*>(nullptr)) ||
+                 frame.copyTo(static_cast<IMediaSample*>(nullptr)));
 }
 
 TEST(Frame, CopiesASampleWithItsTimesAndFlags) {
@@ -94,10 +91,10 @@ TEST(Frame, PaintsValidGray) {
         const int types[] = {0x1F, 0x3F, 0x3F, 0x5F, 0x5F, 0x5F, 0x7F, 0x9F};
         for (int i = 0; i < 8; ++i)
             EXPECT_EQ(block(frame, 3, i)[0], types[i]) << i;
-        std::map<int, unsigned long> found;
+        unsigned long audio = 0;
         for (unsigned long at = 0; at < size; at += 80)
-            ++found[frame.data()[at]];
-        EXPECT_TRUE(found[0x7F] == 9 * size / 12000 && found[0x9F] == 135 * size / 12000);
+            audio += frame.data()[at] == 0x7F;
+        EXPECT_EQ(audio, 9 * size / 12000);
         const unsigned char* const last = block(frame, 9, 149);
         EXPECT_TRUE(last[1] == 0x97 && last[2] == 0 && last[78] == 0 && last[79] == 6);
         EXPECT_EQ(block(frame, 9, 6)[2], 0xFF);
@@ -118,18 +115,14 @@ TEST(Frame, ReadsTheFirstAudioSamples) {
 }
 
 TEST(Frame, CarriesDateAndTimeToTheFrame) {
-    const struct {
-        unsigned long size;
-        WORD ms, expected;
-    } cases[] = {{144000, 999, 960}, {144000, 40, 40}, {120000, 999, 966}, {120000, 40, 33}};
-    for (const auto& c : cases) {
-        dvFrame frame(c.size);
+    for (const auto& [size, ms, expected] :
+         {std::tuple{144000, 999, 960}, {144000, 40, 40}, {120000, 999, 966}, {120000, 40, 33}}) {
+        dvFrame frame(size);
         frame.fillGray();
-        frame.setDate(moment(2019, 12, 31, 23, 59, 58, c.ms));
+        frame.setDate(moment(2019, 12, 31, 23, 59, 58, ms));
         vcore::daytime read(0, false);
         EXPECT_TRUE(frame.getDate(read));
-        EXPECT_EQ(read.count(), moment(2019, 12, 31, 23, 59, 58, c.expected).count())
-            << c.size << " " << c.ms;
+        EXPECT_EQ(read.count(), moment(2019, 12, 31, 23, 59, 58, expected).count()) << size << " " << ms;
     }
 }
 
