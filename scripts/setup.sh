@@ -8,6 +8,8 @@ packages=(
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 cmake ninja-build googletest
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
     ffmpeg imagemagick jq python3 doxygen
+    # Other software that reads and writes AVI files, for the tests.
+    mediainfo gstreamer1.0-tools gstreamer1.0-plugins-good dvgrab
 )
 
 missing_packages() {

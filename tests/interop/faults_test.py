@@ -1,0 +1,107 @@
+"""Recordings to where there is no room, or which must not be written."""
+import subprocess
+import unittest
+
+import recordings
+import scripted_tests
+from recordings import NTSC, PAL
+
+
+def run_with_room(most_bytes, *arguments):
+    """Runs a program of ours that cannot make a file larger than that: what would be beyond is written in part, then
+    not at all."""
+    # Python ignores the signal that would end the program instead, and so do the programs it starts, when told to.
+    return subprocess.run(["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)],
+                          cwd=scripted_tests.scratch(), env=scripted_tests.environment(MARVO_TIMEOUT="100"),
+                          restore_signals=False, stdin=subprocess.DEVNULL, capture_output=True, check=False)
+
+
+SESSION = """
+init
+record full.avi
+expect result == 1
+wait-frame 60 20000
+expect recording == 1
+wait-written 55 10000
+replay 3 12 full.avi
+expect result == 1
+wait 1500
+expect info.from == 3
+expect info.to == 12
+expect shown >= 3
+expect shown <= 12
+live
+wait-shown newest 10000
+stop
+record after.dv
+expect result == 1
+wait-written 5 10000
+stop
+done
+"""
+
+
+class Faults(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        # Wine's server lives on beyond the program that starts it, and must not be started by one that is limited.
+        recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
+
+    def file(self, name):
+        file = scripted_tests.scratch() / name
+        self.addCleanup(file.unlink, missing_ok=True)
+        return file
+
+    def test_full_disk(self):
+        whole = 100
+        for name, system in ("full-pal.avi", PAL), ("full-ntsc.avi", NTSC), ("full-pal.dv", PAL):
+            with self.subTest(name):
+                file = self.file(name)
+                recordings.probe("record", file, system, whole)
+                frames = recordings.frames_on_disk(file, system)
+                room = recordings.place_behind(file, system, whole) + 7000
+                done = run_with_room(room, *recordings.probe_arguments("record", file, system, 3 * whole))
+                # The recorder went on to its end, and its ring holds the newest frames.
+                self.assertEqual((done.returncode, done.stdout.split()[-2:]), (0, [b"ring", b"50"]))
+                self.assertLessEqual(file.stat().st_size, room)
+                self.assertEqual(recordings.frames_on_disk(file, system), frames)
+                self.assertEqual(recordings.read_through_library(file, system), frames)
+                if file.suffix == ".avi":
+                    self.assertEqual(recordings.all_frames_by_ffmpeg(file, system), frames)
+
+    def test_engine_goes_on_when_the_disk_is_full(self):
+        script, report = self.file("full.script"), self.file("full.json")
+        script.write_text(SESSION)
+        file = self.file("full.avi")
+        self.file("after.dv")
+        done = run_with_room(20 * 144384, "marvo-host", "--script", recordings.dos(script), "--report",
+                             recordings.dos(report))
+        said = report.read_text() if report.exists() else done.stderr.decode()
+        self.assertEqual(done.returncode, 0, said)
+        read = recordings.read_through_library(file, PAL)
+        self.assertIn(len(read), range(14, 20))
+        self.assertEqual([(a + 1) % len(PAL.frames) for a in read[:-1]], read[1:])
+        self.assertEqual(recordings.ffprobe_frames(file), len(read))
+
+    def check_refused(self, file):
+        done = scripted_tests.run(*recordings.probe_arguments("record", file, PAL, 3))
+        self.assertEqual((done.returncode, done.stderr.decode().strip()), (3, "record: the file cannot be created"))
+
+    def test_read_only_file(self):
+        file = self.file("kept.avi")
+        recordings.probe("record", file, PAL, 3)
+        before = file.read_bytes()
+        file.chmod(0o444)
+        self.check_refused(file)
+        self.assertEqual(file.read_bytes(), before)
+        self.assertEqual(recordings.read_through_library(file, PAL), PAL.expected(3))
+
+    def test_folder_in_the_place_of_a_file_and_none(self):
+        folder = scripted_tests.scratch() / "folder.avi"
+        folder.mkdir(exist_ok=True)
+        self.check_refused(folder)
+        self.check_refused(scripted_tests.scratch() / "missing" / "file.avi")
+
+
+if __name__ == "__main__":
+    scripted_tests.main()

@@ -1,0 +1,95 @@
+"""AVI files by other writers, read frame by frame through the library."""
+import random
+import unittest
+
+import recordings
+import scripted_tests
+from recordings import FFMPEG, NTSC, PAL, linux
+
+# One with bounds stops for ever when the multiplexer waits for the other stream.
+WIDE_QUEUE = ("queue", "max-size-buffers=0", "max-size-bytes=0", "max-size-time=0")
+
+
+def by_ffmpeg(*options):
+    return lambda system, file: linux(*FFMPEG, "-f", "dv", "-i", system.path, "-c:v", "copy", *options, file,
+                                      talks=True)
+
+
+def by_gstreamer(*sound):
+    def make(system, file):
+        linux("gst-launch-1.0", "-q", "filesrc", f"location={system.path}", "!", "dvdemux", "name=d",
+              "d.video", "!", *WIDE_QUEUE, "!", "mux.video_0", *sound,
+              "avimux", "name=mux", "!", "filesink", f"location={file}")
+    return make
+
+
+def by_dvgrab(*options):
+    """dvgrab takes a pipe for a camera, and buffers since a pipe is faster than one. It numbers its files, and takes
+    what follows a dot in a path for the name's extension."""
+    def make(system, file):
+        with system.path.open("rb") as stream:
+            linux("dvgrab", "-stdin", "-buffers", len(system.frames) + 50, "-s", 0, *options, file.stem + "-",
+                  stdin=stream, cwd=file.parent, talks=True)
+        file.with_name(file.stem + "-001.avi").rename(file)
+    return make
+
+
+class ForeignFiles(unittest.TestCase):
+    def make(self, writer, system):
+        file = scripted_tests.scratch() / f"{self._testMethodName}-{system.path.stem}.avi"
+        self.addCleanup(file.unlink, missing_ok=True)
+        writer(system, file)
+        return file
+
+    def check(self, writer, all_frames=True):
+        for system in PAL, NTSC:
+            with self.subTest(stream=system.path.name):
+                file = self.make(writer, system)
+                written = recordings.Scan(file).stream_frames(system)
+                self.assertGreater(len(written), 0)
+                # dvgrab begins when it is ready, which the others are from the first frame on.
+                self.assertEqual(written, list(range(0 if all_frames else written[0], len(system.frames))))
+                self.assertEqual(recordings.read_through_library(file, system), written)
+
+    def test_ffmpeg(self):
+        self.check(by_ffmpeg("-an"))
+
+    def test_ffmpeg_with_sound(self):
+        self.check(by_ffmpeg("-c:a", "pcm_s16le"))
+
+    def test_gstreamer(self):
+        self.check(by_gstreamer())
+
+    def test_gstreamer_with_sound(self):
+        self.check(by_gstreamer("d.audio", "!", *WIDE_QUEUE, "!", "audioconvert", "!", "mux.audio_0"))
+
+    def test_dvgrab(self):
+        self.check(by_dvgrab("-f", "dv2"), all_frames=False)
+
+    def test_dvgrab_with_opendml_indexes(self):
+        self.check(by_dvgrab("-f", "dv2", "-opendml"), all_frames=False)
+
+    def test_dvgrab_type_1_is_refused_with_the_reason(self):
+        file = self.make(by_dvgrab("-f", "dv1"), PAL)
+        done = scripted_tests.run(*recordings.probe_arguments("read", file, PAL))
+        self.assertEqual((done.returncode, done.stdout), (3, b""))
+        self.assertIn("type 1", done.stderr.decode().lower())
+
+    @recordings.on_first_target
+    def test_ffmpeg_above_1_gib(self):
+        rounds = 2**30 // PAL.path.stat().st_size + 1
+        file = self.make(lambda system, file: linux(
+            *FFMPEG, "-stream_loop", rounds - 1, "-f", "dv", "-i", system.path, "-an", "-c:v", "copy", file,
+            talks=True), PAL)
+        self.assertGreater(file.stat().st_size, 2**30)
+        scan = recordings.Scan(file)
+        self.assertGreater(len(scan.pieces), 1)
+        expected = PAL.expected(rounds * len(PAL.frames))
+        self.assertEqual(len(scan.frames), len(expected))
+        self.assertEqual(recordings.read_through_library(file, PAL), expected)
+        some = random.Random(1).sample(range(len(expected)), 50) + [len(expected) - 1]
+        self.assertEqual(recordings.read_through_library(file, PAL, *some), [expected[k] for k in some])
+
+
+if __name__ == "__main__":
+    scripted_tests.main()

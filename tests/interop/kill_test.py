@@ -1,0 +1,162 @@
+"""Recorders that die in the middle of a recording: killed at random moments, and stopped by the system at a byte."""
+import json
+import os
+import pathlib
+import random
+import signal
+import subprocess
+import time
+import unittest
+
+import recordings
+import scripted_tests
+from recordings import NTSC, PAL
+
+SEED = int(os.environ.get("MARVO_SEED", random.randrange(1 << 32)))
+# ctest shows what a test prints only when it fails, so the counts are also left beside the results.
+COUNTS = pathlib.Path(os.environ.get("MARVO_TEST_RESULT", scripted_tests.scratch() / "killed.json")).with_suffix(".txt")
+
+
+def tell(line):
+    print(line, flush=True)
+    COUNTS.parent.mkdir(parents=True, exist_ok=True)
+    with COUNTS.open("a", encoding="utf-8") as file:
+        file.write(line + "\n")
+
+
+def few(count):
+    """How often something is tried; the formats do not depend on the target, so the second one tries it less often."""
+    return count if scripted_tests.TARGET == "win32" else count // 4
+
+
+class Recorder:
+    """A recording that runs until it is killed."""
+
+    def __init__(self, file, system, most_bytes=None):
+        limit = [] if most_bytes is None else ["prlimit", "--core=0", f"--fsize={most_bytes}"]
+        self._process = subprocess.Popen(
+            limit + scripted_tests.command(*recordings.probe_arguments("record", file, system)),
+            cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.written = -1
+        self._rest = b""
+
+    def follow(self, frames=None):
+        """Reads the recorder's log until it tells of so many frames on disk, or to its end."""
+        while frames is None or self.written < frames:
+            read = os.read(self._process.stdout.fileno(), 1 << 16)
+            if not read:
+                break
+            *lines, self._rest = (self._rest + read).split(b"\n")
+            if lines:
+                self.written = int(lines[-1])
+
+    def kill(self):
+        """Ends the process as the system does in need, and reads its log to the end."""
+        self._process.kill()
+        return self.wait()
+
+    def wait(self):
+        self.follow()
+        self._process.stdout.close()
+        return -self._process.wait()
+
+
+class Killed(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        tell(f"MARVO_SEED={SEED}")
+        cls.random = random.Random(SEED)
+        # Wine's server lives on beyond the program that starts it, and must not be started by one that is limited.
+        recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
+
+    def file(self, name):
+        file = scripted_tests.scratch() / name
+        self.addCleanup(file.unlink, missing_ok=True)
+        return file
+
+    def verified(self, file, system):
+        """How many frames `dvrec verify` counts; and whether it finds a fault, as it must in a file without an end."""
+        done = scripted_tests.run("dvrec", "verify", "--json", recordings.dos(file))
+        ended = file.suffix != ".avi" and file.stat().st_size % recordings.record_size(system) == 0
+        self.assertEqual(done.returncode, 0 if ended else 1, done.stderr.decode())
+        return json.loads(done.stdout)["frames"]
+
+    def repaired(self, file, system, frames):
+        """How many frames ffprobe counts in what `dvrec repair` makes of the file; they are compared here."""
+        whole = self.file("repaired.avi")
+        done = scripted_tests.run("dvrec", "repair", "--force", recordings.dos(file), recordings.dos(whole))
+        self.assertEqual(done.returncode, 0, done.stderr.decode())
+        self.assertEqual(recordings.frames_on_disk(whole, system), frames)
+        return recordings.ffprobe_frames(whole)
+
+    def check(self, file, system, written, moment):
+        """Everyone finds the same frames: those that the recorder knew to be on disk, or one more that it could not
+        tell of any more."""
+        on_disk = recordings.frames_on_disk(file, system)
+        read = recordings.read_through_library(file, system)
+        counts = [len(on_disk), len(read), self.verified(file, system), self.repaired(file, system, on_disk)]
+        tell(f"{file.name} {moment}: recorder's log {written}, whole on disk {counts[0]}, library {counts[1]}, "
+             f"verify {counts[2]}, ffprobe after repair {counts[3]}")
+        self.assertIn(len(on_disk) - written, (0, 1))
+        self.assertEqual(on_disk, system.expected(len(on_disk)))
+        self.assertEqual(read, on_disk)
+        self.assertEqual(counts, [len(on_disk)] * 4)
+
+    def kill_at(self, name, system, frames):
+        file = self.file(name)
+        recorder = Recorder(file, system)
+        recorder.follow(frames)
+        time.sleep(self.random.uniform(0, 0.01))
+        self.assertEqual(recorder.kill(), signal.SIGKILL)
+        self.check(file, system, recorder.written, f"killed behind frame {frames}")
+        file.unlink()
+
+    def stop_at(self, name, system, size):
+        file = self.file(name)
+        recorder = Recorder(file, system, size)
+        self.assertEqual(recorder.wait(), signal.SIGXFSZ)
+        self.assertLessEqual(file.stat().st_size, size)
+        self.check(file, system, recorder.written, f"stopped at byte {size}")
+        file.unlink()
+
+    def test_avi_killed_at_random_moments(self):
+        # A standard index follows 2044 frames.
+        moments = [self.random.randrange(2030, 2045) for _ in range(few(4))]
+        moments += [self.random.randrange(1, 400) for _ in range(few(16))]
+        for number, frames in enumerate(moments):
+            with self.subTest(frames=frames):
+                self.kill_at(f"killed-{number}.avi", (PAL, NTSC)[number % 2], frames)
+
+    def test_avi_stopped_at_a_byte(self):
+        measured = self.file("measured.avi")
+        recordings.probe("record", measured, PAL, 2)
+        (first, size), (second, _) = recordings.Scan(measured).frames
+        slot = second - first
+        frame = first + 7 * slot
+        places = [frame - 8, frame - 5, frame, frame + self.random.randrange(1, size), frame + size - 1, frame + size,
+                  frame + size + 5, frame + slot - 9, first - 8 + 2044 * slot + self.random.randrange(16384)]
+        for place in places[::1 if scripted_tests.TARGET == "win32" else 3]:
+            with self.subTest(place=place):
+                self.stop_at("stopped.avi", PAL, place)
+
+    @unittest.skipUnless(scripted_tests.LONG, "writes several GB")
+    def test_avi_stopped_where_a_piece_ends(self):
+        measured = self.file("measured.avi")
+        recordings.probe("record", measured, PAL, 7600)
+        scan = recordings.Scan(measured)
+        second = scan.pieces[1][0]
+        last = max(offset + size for offset, size in scan.frames if offset < second)
+        # A file that ends exactly where the first piece does would be a whole one.
+        for place in (last + 5000, (last + second) // 2, second - 3, second + 1, second + 10, second + 400):
+            with self.subTest(place=place):
+                self.stop_at("stopped.avi", PAL, place)
+
+    def test_raw_killed_at_random_moments(self):
+        for number in range(few(6)):
+            with self.subTest(number=number):
+                self.kill_at(f"killed-{number}.dv", (PAL, NTSC)[number % 2], self.random.randrange(1, 400))
+
+
+if __name__ == "__main__":
+    scripted_tests.main()
