@@ -1,10 +1,5 @@
 // Compares strings with a simple model, operation by operation, on random arguments.
-#include "core/str.h"
-#include "core/strtokens_cpp.h"
-#include "core/strtokens_line.h"
-#include "core/strtokens_lines.h"
-#include "core/strtokens_path.h"
-#include "core/strtokens_var.h"
+#include "marvo.h"
 
 #include "tests/support/rounds.h"
 
@@ -13,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +15,6 @@
 using namespace vcore;
 
 namespace {
-
-using words = std::vector<std::wstring>;
 
 class Random {
 public:
@@ -46,10 +38,6 @@ constexpr std::wstring_view letters = L"aAbBabab ,;\t\"\\/\n1\u00a7\u4e2d";
 
 std::wstring_view view(const str& s) {
     return {s.oleStr(), s.len()};
-}
-
-std::wstring_view view(const strtoken& token) {
-    return {token.start(), token.len()};
 }
 
 /// What a change may make use of: places in the text or a little behind it, a number, a character and texts.
@@ -121,8 +109,7 @@ public:
         if (_fixed)
             _m.resize(std::min<std::size_t>(_m.size(), _s.bufferSize() - 1));
         ASSERT_EQ(view(_s), _m);
-        ASSERT_EQ(_s.oleStr()[_s.len()], 0);
-        ASSERT_GT(_s.bufferSize(), _s.len());
+        ASSERT_TRUE(_s.oleStr()[_s.len()] == 0 && _s.bufferSize() > _s.len());
         query(a);
         if (_m.size() > 500) {
             _s.Clear();
@@ -180,6 +167,7 @@ private:
         ASSERT_EQ(_s.equal(a.text.c_str(), true), m == a.text);
         ASSERT_EQ(_s.compare(a.text.c_str(), a.n) == 0,
                   m.substr(0, a.n) == std::wstring_view(a.text).substr(0, a.n));
+        const auto view = [](const strtoken& token) { return std::wstring_view(token.start(), token.len()); };
         ASSERT_EQ(view(_s.mid(static_cast<int>(a.pos), a.n)), m.substr(a.place(m), a.n));
         ASSERT_EQ(view(_s.right(a.n)), m.substr(m.size() - std::min<std::size_t>(a.n, m.size())));
         if (a.n > 0)
@@ -194,6 +182,8 @@ private:
     std::wstring _m;
     bool _fixed;
 };
+
+using words = std::vector<std::wstring>;
 
 words list(const strtokens& tokens) {
     words result;
@@ -216,17 +206,6 @@ words pieces(const std::wstring& text, std::wstring_view separators, bool quotes
     return result;
 }
 
-words filled(words all) {
-    std::erase(all, L"");
-    return all;
-}
-
-words withoutEmptyEnd(words all) {
-    if (all.back().empty())
-        all.pop_back();
-    return all;
-}
-
 } // namespace
 
 TEST(StrModel, StringsDoWhatTheModelDoes) {
@@ -239,7 +218,18 @@ TEST(StrModel, StringsDoWhatTheModelDoes) {
     }
 }
 
-TEST(StrModel, TokenisersDoWhatTheModelDoes) {
+TEST(StrModel, AnyTextIsCalculatedAlikeInBrackets) {
+    Random random(2);
+    for (int i = 0; i < rounds(20000); ++i) {
+        const str noise(random.text(L"0123456789abcdefx.,+-*/<>=!() \u4e2d", 30).c_str());
+        const double value = noise.calculate();
+        ASSERT_TRUE(std::isnan(value) || value == (str(L"(") + noise.oleStr()).calculate()) << noise.getS();
+    }
+}
+
+TEST(Strtokens, SplitAsTheModelDoes) {
+    const auto filled = [](words all) { return std::erase(all, L""), all; };
+    const auto withoutEmptyEnd = [](words all) { return all.resize(all.size() - all.back().empty()), all; };
     Random random(1);
     for (int i = 0; i < rounds(20000); ++i) {
         const std::wstring text = random.text(L"ab\\/ \n\t\";,", random.below(100) ? 12 : 400);
@@ -254,30 +244,49 @@ TEST(StrModel, TokenisersDoWhatTheModelDoes) {
         ASSERT_EQ(list(tokens), pieces(text, L";,"));
         ASSERT_EQ(list(strtokens_cpp(s)), filled(pieces(text, L" \t\n\r", true)));
     }
+    const str crs(L"a\r\n\r\nb\rc\n");
+    EXPECT_EQ(list(strtokens_lines(crs)), (words{L"a", L"", L"b\rc"}));
+    EXPECT_EQ(list(strtokens_line(crs)), (words{L"a", L"b", L"c"}));
 }
 
-TEST(StrModel, ExpressionsAreCalculatedStepByStep) {
-    Random random(2);
-    for (int i = 0; i < rounds(20000); ++i) {
-        std::wstring text = std::to_wstring(random.below(100));
-        double expected = std::stod(text);
-        for (unsigned long steps = random.below(8); steps > 0; --steps) {
-            const wchar_t sign = random.character(L"+-*/");
-            // Exact in any precision of the processor.
-            const double operand = sign == L'/' ? 4 * random.below(2) : random.below(200) / 4.0;
-            std::wostringstream step;
-            step << sign << operand;
-            text += step.str();
-            expected = sign == L'+'   ? expected + operand
-                       : sign == L'-' ? expected - operand
-                       : sign == L'*' ? expected * operand
-                       : operand != 0 ? expected / operand
-                                      : expected;
-        }
-        ASSERT_EQ(str(text.c_str()).calculate(), expected) << str(text.c_str()).getS();
-        const str noise(random.text(L"0123456789abcdefx.,+-*/<>=!() \u4e2d", 30).c_str());
-        const double value = noise.calculate();
-        ASSERT_TRUE(std::isnan(value) || value == (str(L"(") + noise.oleStr()).calculate())
-            << str(noise).getS();
+TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
+    str text;
+    for (int i = 0; i < 200; ++i)
+        text.Append(str::toStr(i)) += L' ';
+    strtokens_line tokens(text);
+    const strtokens_line copy(tokens);
+    EXPECT_EQ(tokens.splitStr(text = L"x y"), 2);
+    EXPECT_EQ(str(tokens.takeLast()), L"y");
+    tokens.newToken().set(L"new", 3);
+    EXPECT_EQ(list(tokens), (words{L"x", L"new"}));
+    EXPECT_EQ(copy.count(), 200);
+    tokens.clearAll();
+    EXPECT_TRUE(tokens.takeLast().start() == nullptr && tokens[0].len() == 0);
+    text.Clear();
+    for (int i = 0; i < 20; ++i)
+        text.Append(text) += L"a ";
+    EXPECT_EQ(tokens.splitStr(text), (1 << 20) - 1);
+}
+
+TEST(Strtokens, CommandLinesKeepSeparatorsInQuotes) {
+    const struct {
+        const wchar_t *text, *edited;
+        words quoted;
+    } cases[] = {{L"x=\"b c\"d e", L"x=b cd e", {L"x=\"b c\"d", L"e"}},
+                 {L"\"a\"\" b\" c", L"a b c", {L"\"a\"\" b\"", L"c"}},
+                 {L"\"d:\\my dir\\\" x", L"d:\\my dir\\ x", {L"d:\\my dir\\", L"x"}},
+                 {L"a \"open b ", L"a open b ", {L"a", L"open b "}},
+                 {L"\"\" \" \" \"\"\"\" \"", L"    ", {L" "}}};
+    for (const auto& c : cases) {
+        str text(c.text);
+        const strtokens_cpp untouched(static_cast<const str&>(text));
+        EXPECT_EQ(list(untouched), c.quoted);
+        EXPECT_EQ(text, c.text);
+        const strtokens_cpp tokens(text);
+        EXPECT_EQ(text, c.edited);
     }
+    str text(L"a,\"b,c\" d,,\"e");
+    strtokens_cpp atCommas(L",\"");
+    atCommas.splitStr(text);
+    EXPECT_EQ(list(atCommas), (words{L"a", L"b,c d", L"e"}));
 }

@@ -21,24 +21,14 @@ daytime readTime(const wchar_t* text, bool yearFirst, bool iso) {
 
 } // namespace
 
-TEST(Daytime, FormatsFields) {
-    const daytime time = readTime(L"05.03.2007 14:02:09", false, false);
-    str text;
-    EXPECT_EQ(time.timeToStr(text), L"14:02:09");
-    EXPECT_EQ(time.toStrShort(text), L"20070305_140209");
-    EXPECT_EQ(time.fields().wDayOfWeek, 1);
-    EXPECT_EQ(asText(daytime(time.count(), true)), L"05.03.2007 14:02:09");
-}
-
 TEST(Daytime, DaysBeyondTheMonthsEndBecomeItsLastDay) {
     const struct {
         unsigned short day, month, year;
         const wchar_t* text;
-    } cases[] = {
-        {31, 2, 2007, L"28.02.2007 00:00:00"}, {29, 2, 2007, L"28.02.2007 00:00:00"},
-        {30, 2, 2008, L"29.02.2008 00:00:00"}, {31, 4, 2007, L"30.04.2007 00:00:00"},
-        {29, 2, 1900, L"28.02.1900 00:00:00"}, {31, 12, 2007, L"31.12.2007 00:00:00"},
-    };
+    } cases[] = {{31, 2, 2007, L"28.02.2007 00:00:00"},
+                 {30, 2, 2008, L"29.02.2008 00:00:00"},
+                 {29, 2, 1900, L"28.02.1900 00:00:00"},
+                 {31, 12, 2007, L"31.12.2007 00:00:00"}};
     for (const auto& c : cases)
         EXPECT_EQ(asText(daytime(c.day, c.month, c.year)), c.text);
     daytime clamped(1, 1, 2007);
@@ -48,50 +38,35 @@ TEST(Daytime, DaysBeyondTheMonthsEndBecomeItsLastDay) {
     EXPECT_EQ(asText(clamped), L"01.12.2007 00:00:00");
     const unsigned long long count = clamped.count();
     clamped.fields().wHour = 24;
-    EXPECT_FALSE(clamped.updateFileTime()) << "impossible";
-    EXPECT_EQ(clamped.count(), count);
+    EXPECT_TRUE(!clamped.updateFileTime() && clamped.count() == count) << "impossible";
 }
 
 TEST(Daytime, ReadsNumbersInTheOrderTheFlagsTell) {
-    EXPECT_EQ(asText(readTime(L"24.12.2006 18:30:05", false, false)), L"24.12.2006 18:30:05");
+    daytime time = readTime(L"05.03.2007 14:02:09", false, false);
+    str text;
+    EXPECT_EQ(time.toStrShort(text), L"20070305_140209");
+    EXPECT_EQ(time.fields().wDayOfWeek, 1);
+    EXPECT_EQ(asText(daytime(time.count(), true)), L"05.03.2007 14:02:09");
     EXPECT_EQ(asText(readTime(L"2006-12-24T18:30:05Z", true, true)), L"24.12.2006 18:30:05");
     EXPECT_EQ(asText(readTime(L"2006;12,24 18:30:05", true, false)), L"24.12.2006 18:30:05");
-
     // Fields that are not reached keep the present moment's values.
-    const auto second = [](daytime time) { return time.fields().wSecond + 60; };
-    const int before = second(daytime());
-    const int half = second(readTime(L"24.12.2006 18:30", false, false));
-    EXPECT_LE((half + 60 - before) % 60, (second(daytime()) + 60 - before) % 60);
     EXPECT_LT(daytime::diff_secs(readTime(L"", false, false).count(), daytime().count()), 60.0);
-
     // The third number is the year again, and the day stays today's.
-    const daytime iso = readTime(L"2006-1-2005T18:30:05", false, true);
-    EXPECT_EQ(iso.fields().wYear, 2005);
-    EXPECT_EQ(iso.fields().wMonth, 1);
-    EXPECT_EQ(iso.fields().wDay, daytime().fields().wDay);
-
-    daytime time;
+    EXPECT_TRUE(asText(readTime(L"2006-1-2005T18:30:05", false, true)).endsWith(L".01.2005 18:30:05"));
     EXPECT_TRUE(time.timeFromStr(str(L"7:05")));
-    str text;
     EXPECT_EQ(time.timeToStr(text), L"07:05:00");
 }
 
 TEST(Daytime, CountsDifferencesAndTheTimeBackTo1970) {
     const unsigned long long start = daytime(1, 1, 2007).count();
     const unsigned long long later = start + daytime::unitsPerDay * 3 / 2;
-    EXPECT_EQ(daytime::diff_days(start, later), 1);
-    EXPECT_EQ(daytime::diff_days(later, start), -1);
+    EXPECT_TRUE(daytime::diff_days(start, later) == 1 && daytime::diff_days(later, start) == -1);
     EXPECT_EQ(daytime::diff_secs(start, later), 129600.0);
     EXPECT_EQ(daytime(2, 1, 1970).timestamp(), -86400);
-    EXPECT_EQ(daytime(31, 12, 1969).timestamp(), 86400);
-}
-
-TEST(Daytime, ConvertsBetweenLocalTimeAndUtc) {
     daytime utc;
     utc.getUTC();
     daytime converted(utc);
     ASSERT_TRUE(converted.toLocal());
     EXPECT_NEAR(daytime::diff_secs(converted.count(), daytime().count()), 0.0, 60.0);
-    ASSERT_TRUE(converted.toUTC());
-    EXPECT_EQ(converted.count(), utc.count());
+    EXPECT_TRUE(converted.toUTC() && converted.count() == utc.count());
 }

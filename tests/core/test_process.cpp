@@ -1,8 +1,4 @@
-#include "core/buf.h"
-#include "core/event.h"
-#include "core/lib.h"
-#include "core/nameable.h"
-#include "core/winprocess.h"
+#include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
 
@@ -36,16 +32,12 @@ protected:
     std::wstring output(const std::wstring& wanted = L"") {
         std::wstring all;
         str text;
-        const ULONGLONG end = GetTickCount64() + patienceMs;
-        while (GetTickCount64() < end && (wanted.empty() || all.find(wanted) == all.npos)) {
+        samples::eventually([&] {
             const bool ended = !process.running();
-            if (process.readConsole(text))
-                all += text.oleStr();
-            else if (ended)
-                break;
-            else
-                Sleep(1);
-        }
+            const bool more = process.readConsole(text);
+            all += more ? text.oleStr() : L"";
+            return (ended && !more) || (!wanted.empty() && all.find(wanted) != all.npos);
+        });
         return all;
     }
     unsigned long result() const {
@@ -66,16 +58,11 @@ TEST_F(ProcessTest, CapturesAConsoleThatNobodyReads) {
     const std::wstring all = output();
     EXPECT_EQ(std::count(all.begin(), all.end(), L'\n'), lines) << "nothing is lost or written over";
     EXPECT_NE(all.find(L"line 049999"), all.npos);
-    str text;
-    EXPECT_FALSE(process.readConsole(text));
-    EXPECT_EQ(text.len(), 0u);
-    EXPECT_EQ(process.logName().len(), 15u);
     EXPECT_TRUE(process.logName().startsWith(L"log") && process.logName().endsWith(L".txt"));
 }
 
 TEST_F(ProcessTest, HandsOverArgumentsAndReusesTheObject) {
     ASSERT_TRUE(console(L"echo \"a b\" t\u00e9 "));
-    EXPECT_TRUE(process.wait(patienceMs));
     EXPECT_EQ(output(), L"<a b><t\u00e9>");
     EXPECT_EQ(result(), 4u) << "its input is empty";
     const str first(process.logName());
@@ -89,8 +76,7 @@ TEST_F(ProcessTest, InheritsHandles) {
     const vcore::handle event(CreateEventW(&inherit, TRUE, FALSE, nullptr));
     const auto number = std::to_wstring(reinterpret_cast<INT_PTR>(event.get()));
     ASSERT_TRUE(process.start(child(L"set " + number).c_str()));
-    EXPECT_TRUE(process.wait(patienceMs) && process.logName().len() == 0);
-    EXPECT_EQ(result(), 0u);
+    EXPECT_TRUE(process.wait(patienceMs) && process.logName().len() == 0 && result() == 0u);
     EXPECT_TRUE(vcore::event::wait(event.get(), 0));
 }
 
@@ -99,16 +85,14 @@ TEST_F(ProcessTest, IsStoppedAndRefusesWhatItCannotDo) {
     for (const wchar_t* bad :
          {static_cast<const wchar_t*>(nullptr), L"", L" \t\n", L"\"", L"no-such-program"})
         EXPECT_FALSE(process.start(bad) || process.startConsole(bad));
-    EXPECT_FALSE(process.start((child(L"") + std::wstring(100000, L'x')).c_str()))
-        << "too long for the system";
+    EXPECT_FALSE(process.start((child(L"") + std::wstring(100000, L'x')).c_str()));
     EXPECT_EQ(process.logName().len(), 0u);
 
     ASSERT_TRUE(console(L"sleep 600000"));
     EXPECT_EQ(output(L"ready"), L"ready") << "read while it runs";
     EXPECT_TRUE(process.running() && !process.wait(1) && result() == 12345u && process.id() != 0u);
     EXPECT_FALSE(process.start(child(L"echo").c_str()) || process.startConsole(child(L"echo").c_str()));
-    EXPECT_TRUE(process.stop(10) && !process.running());
-    EXPECT_EQ(result(), ULONG_MAX);
+    EXPECT_TRUE(process.stop(10) && !process.running() && result() == ULONG_MAX);
 }
 
 TEST(Lib, FindsSymbolsAndResources) {
@@ -117,52 +101,37 @@ TEST(Lib, FindsSymbolsAndResources) {
     for (const wchar_t* bad : {static_cast<const wchar_t*>(nullptr), L"", L"no-such-library"})
         EXPECT_FALSE(library.open(bad) || library.opened());
     EXPECT_FALSE(library.symbol(L"GetTickCount") || library.storeSymbol(L"", version));
-    ASSERT_TRUE(library.open(L"version.dll"));
-    EXPECT_TRUE(library.storeSymbol(L"GetFileVersionInfoSizeW", version));
-    DWORD ignored = 0;
-    EXPECT_GT(version(L"kernel32.dll", &ignored), 0u);
-    EXPECT_EQ(library.symbol(L"getfileversioninfosizew"), nullptr);
-    EXPECT_EQ(library.symbol(nullptr), nullptr);
+    ASSERT_TRUE(library.open(L"version.dll") && library.storeSymbol(L"GetFileVersionInfoSizeW", version));
+    EXPECT_GT(version(L"kernel32.dll", nullptr), 0u);
+    EXPECT_FALSE(library.symbol(L"getfileversioninfosizew") || library.symbol(nullptr));
     EXPECT_TRUE(vcore::lib::module(L"version.dll") && !vcore::lib::module(L"no-such-library"));
-    EXPECT_EQ(vcore::lib::module(nullptr), GetModuleHandleW(nullptr));
-
     ASSERT_TRUE(library.open(L"kernel32.dll", true));
-    EXPECT_EQ(library.symbol(L"GetTickCount"), nullptr) << "only resources";
+    EXPECT_FALSE(library.symbol(L"GetTickCount")) << "only resources";
     buf bytes("x", 1);
     const wchar_t* const first = MAKEINTRESOURCEW(1);
     constexpr long versionType = 16;
     for (const long type : {0l, -1l, 65536l + versionType, 4711l})
         EXPECT_FALSE(library.loadResource(first, type, bytes));
-    EXPECT_FALSE(library.loadResource(L"no-such-resource", versionType, bytes) ||
-                 library.loadResource(nullptr, versionType, bytes));
-    EXPECT_EQ(bytes.size(), 1u);
-    ASSERT_TRUE(library.loadResource(first, versionType, bytes));
-    ASSERT_GT(bytes.size(), 44u);
+    for (const wchar_t* bad : {static_cast<const wchar_t*>(nullptr), L"no-such-resource"})
+        EXPECT_FALSE(library.loadResource(bad, versionType, bytes) || bytes.size() != 1);
+    ASSERT_TRUE(library.loadResource(first, versionType, bytes) && bytes.size() > 44);
     EXPECT_EQ(*reinterpret_cast<const DWORD*>(bytes.data() + 40), 0xFEEF04BDu) << "a version block";
     library.close();
     EXPECT_FALSE(library.loadResource(first, versionType, bytes)) << "of this program";
 }
 
-TEST(Lib, BuffersAndNamesHoldWhatTheyAreGiven) {
+TEST(Lib, BuffersHoldWhatTheyAreGiven) {
     buf bytes("abc", 3);
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(bytes.append(bytes.data() + 1, bytes.size() - 1)) << "from itself";
-    EXPECT_EQ(bytes.size(), 2u * 1024 + 1);
+    ASSERT_EQ(bytes.size(), 2u * 1024 + 1);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes.data()), 7), "abcbcbc");
     EXPECT_TRUE(bytes.set(bytes.data() + 2, 2) && bytes.resize(3));
     EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes.data()), 3), std::string("cb\0", 3));
     EXPECT_FALSE(bytes.resize(ULONG_MAX) || bytes.append("x", ULONG_MAX));
-    EXPECT_TRUE(bytes.append(nullptr, 5) && bytes.size() == 3u);
+    EXPECT_TRUE(bytes.append(nullptr, 5) && bytes.size() == 3u && buf(nullptr, 7).size() == 0);
     buf copy(bytes);
     copy = *&copy;
     bytes.clear();
     EXPECT_TRUE(copy.size() == 3u && bytes.size() == 0u && !bytes.data());
-    EXPECT_EQ(buf(nullptr, 7).size(), 0u);
-
-    vcore::nameable named(L"camera");
-    const unsigned long before = named.memSize();
-    named.rename(std::wstring(1000, L'x').c_str());
-    EXPECT_GE(named.memSize(), before + 1800);
-    named.rename(nullptr);
-    EXPECT_EQ(named.name(), L"");
 }

@@ -1,4 +1,3 @@
-#include "core/callback.h"
 #include "core/vobject.h"
 
 #include <gtest/gtest.h>
@@ -20,17 +19,10 @@ struct receiver : other, virtual vObject {
         calls.push_back({in, out, size});
     }
     virtual void onIn(unsigned long long in) { calls.push_back({in}); }
-    void onNothing() {
-        calls.push_back({});
-        from = sender();
-    }
-    void onceOnly() {
-        onNothing();
-        source->disconnect(*this);
-    }
+    void onNothing() { from = sender(); }
+    void onceOnly() { sender()->disconnect(*this); }
     std::vector<std::vector<unsigned long long>> calls;
     vObject* from = nullptr;
-    vObject* source = nullptr;
 };
 
 int plainCalls;
@@ -50,12 +42,10 @@ TEST(Signal, UnpacksItsArgumentsForEachReceiver) {
     receiver a, b;
     EXPECT_TRUE(source.connect(L"poolInfo", &a, &a, &receiver::onPool));
     EXPECT_TRUE(source.connect(L"poolInfo", &b, nullptr, &receiver::onIn));
-    EXPECT_TRUE(source.connect(L"poolinfo", &b, &b, &receiver::onNothing));
     EXPECT_EQ(source.emitSignal(L"poolInfo", 20, 1ull << 40, 7ull, 300ul), 2);
     EXPECT_EQ(a.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40, 7, 300}}));
     EXPECT_EQ(b.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40}}));
-    EXPECT_EQ(a.sender(), &source);
-    EXPECT_EQ(b.sender(), nullptr) << "no receiver object, so no sender";
+    EXPECT_TRUE(a.sender() == &source && !b.sender()) << "no receiver object, so no sender";
     a.calls.clear();
     for (int argBytes : {8, 1000, -1})
         source.emitSignal(L"poolInfo", argBytes, 5ull);
@@ -72,6 +62,7 @@ TEST(Signal, KeepsOneLinkPerFunctionReceiverAndName) {
         EXPECT_TRUE(source.connect(L"s", &a, &a, &receiver::onIn));
         EXPECT_TRUE(source.connect(L"t", &a, &a, &receiver::onNothing));
     }
+    EXPECT_EQ(source.emitSignal(L"S", 0), 0) << "letter case matters";
     EXPECT_EQ(source.emitSignal(L"s", 0), 3);
     source.disconnect(static_cast<void*>(&b));
     EXPECT_EQ(source.emitSignal(L"s", 0), 2);
@@ -82,13 +73,10 @@ TEST(Signal, KeepsOneLinkPerFunctionReceiverAndName) {
 TEST(Signal, LetsReceiversDisconnectAndConnectWhileCalled) {
     vObject source;
     receiver first, second;
-    first.source = &source;
     source.connect(L"s", &first, &first, &receiver::onceOnly);
     source.connect(L"s", &second, &second, &receiver::onNothing);
     EXPECT_EQ(source.emitSignal(L"s", 0), 1) << "the list has moved up under the emitter's index";
-    EXPECT_EQ(source.emitSignal(L"s", 0), 1);
-    EXPECT_EQ(first.calls.size(), 1u);
-    EXPECT_EQ(second.from, &source);
+    EXPECT_TRUE(source.emitSignal(L"s", 0) == 1 && second.from == &source);
 }
 
 TEST(Signal, ReachesPlainFunctionsAndOtherObjectsSignals) {
@@ -106,23 +94,9 @@ TEST(Signal, ReachesPlainFunctionsAndOtherObjectsSignals) {
 TEST(CallFunc, PassesStackWords) {
     const std::uintptr_t words[] = {10, 20, 30};
     void* const function = reinterpret_cast<void*>(&takesThree);
-    EXPECT_TRUE(vObject::callFunc(function, words, sizeof(words)));
-    EXPECT_EQ(got, (std::vector<std::uintptr_t>{10, 20, 30}));
     EXPECT_TRUE(vObject::callFunc(function, words, 2 * sizeof(*words) + 1));
     EXPECT_EQ(got, (std::vector<std::uintptr_t>{10, 20, 30})) << "a partial word is filled up with 0";
     EXPECT_FALSE(vObject::callFunc(nullptr, words, 4) || vObject::callFunc(function, nullptr, 4) ||
                  vObject::callFunc(function, words, vObject::maxCallBytes + 1) ||
                  vObject::callFunc(function, words, -1));
-}
-
-TEST(Caller, NamesItselfWhereNoSenderIsGiven) {
-    struct : vcore::eCallback {
-        void onCallback(const vcore::str&, const vcore::str&, void* sender) override { from = sender; }
-        void* from = nullptr;
-    } callback;
-    vcore::eCaller caller;
-    caller.callback(L"n", L"v", nullptr);
-    caller.setCallback(&callback);
-    caller.callback(L"n", L"v", nullptr);
-    EXPECT_EQ(callback.from, &caller);
 }
