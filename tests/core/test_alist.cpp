@@ -60,8 +60,7 @@ TEST(Alist, MovesAnotherListsElements) {
     list a, b;
     fill(a, 1, 2);
     fill(b, 10, 25);
-    EXPECT_FALSE(a.takeList(a, 0));
-    EXPECT_TRUE(a.takeList(b, 1));
+    EXPECT_TRUE(!a.takeList(a, 0) && a.takeList(b, 1));
     EXPECT_TRUE(a.count() == 18 && a[1]->value == 10 && a[17]->value == 2);
     b << a;
     EXPECT_TRUE(b.top()->value == 2 && !a.top());

@@ -44,8 +44,7 @@ TEST(Daytime, DaysBeyondTheMonthsEndBecomeItsLastDay) {
 TEST(Daytime, ReadsNumbersInTheOrderTheFlagsTell) {
     daytime time = readTime(L"05.03.2007 14:02:09", false, false);
     str text;
-    EXPECT_EQ(time.toStrShort(text), L"20070305_140209");
-    EXPECT_EQ(time.fields().wDayOfWeek, 1);
+    EXPECT_TRUE(time.toStrShort(text) == L"20070305_140209" && time.fields().wDayOfWeek == 1);
     EXPECT_EQ(asText(daytime(time.count(), true)), L"05.03.2007 14:02:09");
     EXPECT_EQ(asText(readTime(L"2006-12-24T18:30:05Z", true, true)), L"24.12.2006 18:30:05");
     EXPECT_EQ(asText(readTime(L"2006;12,24 18:30:05", true, false)), L"24.12.2006 18:30:05");
@@ -61,8 +60,7 @@ TEST(Daytime, CountsDifferencesAndTheTimeBackTo1970) {
     const unsigned long long start = daytime(1, 1, 2007).count();
     const unsigned long long later = start + daytime::unitsPerDay * 3 / 2;
     EXPECT_TRUE(daytime::diff_days(start, later) == 1 && daytime::diff_days(later, start) == -1);
-    EXPECT_EQ(daytime::diff_secs(start, later), 129600.0);
-    EXPECT_EQ(daytime(2, 1, 1970).timestamp(), -86400);
+    EXPECT_TRUE(daytime::diff_secs(start, later) == 129600 && daytime(2, 1, 1970).timestamp() == -86400);
     daytime utc;
     utc.getUTC();
     daytime converted(utc);

@@ -85,8 +85,7 @@ TEST(Signal, ReachesPlainFunctionsAndOtherObjectsSignals) {
     source.connectFunc(L"s", &plainFunction);
     source.connectSignal(L"s", relay);
     relay.connectFunc(L"s", &plainFunction);
-    EXPECT_EQ(source.emitSignal(L"s", 4, 21), 2);
-    EXPECT_EQ(plainCalls, 42);
+    EXPECT_TRUE(source.emitSignal(L"s", 4, 21) == 2 && plainCalls == 42);
     source.disconnect();
     EXPECT_EQ(source.emitSignal(L"s", 4, 21), 0);
 }
