@@ -135,13 +135,14 @@ protected:
             const unsigned long slot = file.slotSize();
             const int code = file.readFrame(caller_.last(slot), slot, frame);
             const unsigned long whole = 8 + position.size;
+            ASSERT_LE(position.offset + whole, frame < count ? bytes_.size() : 8);
             if (code == FileIOAVI::Ok) {
-                ASSERT_LE(position.offset + whole, bytes_.size());
                 ASSERT_EQ(
                     0, std::memcmp(caller_.last(slot), &bytes_[static_cast<size_t>(position.offset)], whole));
             }
             for (const unsigned long tooSmall : {0ul, 7ul, whole - 1})
-                ASSERT_NE(FileIOAVI::Ok, file.readFrame(caller_.last(tooSmall), tooSmall, frame));
+                ASSERT_EQ(frame < count ? FileIOAVI::Refused : FileIOAVI::ReadFailed,
+                          file.readFrame(caller_.last(tooSmall), tooSmall, frame));
         }
     }
 
