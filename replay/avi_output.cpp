@@ -32,8 +32,16 @@ int AviOutput::create(const wchar_t* name, bool unbuffered) {
         return fail(FileIOAVI::SystemRefused, ERROR_ACCESS_DENIED);
     }
     DeleteFileW(name);
-    file_.reset(CreateFileW(name, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                            FILE_ATTRIBUTE_NORMAL | (unbuffered ? FILE_FLAG_NO_BUFFERING : 0), nullptr));
+    const auto make = [&](DWORD disposition) {
+        file_.reset(CreateFileW(name, GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition,
+                                FILE_ATTRIBUTE_NORMAL | (unbuffered ? FILE_FLAG_NO_BUFFERING : 0), nullptr));
+    };
+    // A file that began by being emptied is written out whole when it is closed, on some file systems; so one is
+    // emptied only where it could not be deleted.
+    make(CREATE_NEW);
+    if (!file_ && GetLastError() == ERROR_FILE_EXISTS) {
+        make(CREATE_ALWAYS);
+    }
     if (!file_) {
         return fail(FileIOAVI::SystemRefused, GetLastError());
     }
