@@ -16,8 +16,8 @@ build_target win32 marvo-bench marvo-devices
     die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its CMakeLists.txt."
 compared=()
 if [[ " $* " != *" --help "* && (" $* " != *" --only "* || " $* " == *" --only avi "*) ]]; then
-    rounds=7
-    [[ " $* " != *" --quick "* ]] || rounds=3
+    rounds=11
+    [[ " $* " != *" --quick "* ]] || rounds=5
     scripts/bench_ffmpeg.sh "$rounds" build/win32/scratch/bench/ffmpeg.txt
     compared=(--ffmpeg 'R:\build\win32\scratch\bench\ffmpeg.txt')
 fi

@@ -7,7 +7,6 @@
 
 double copyStream_s(const wchar_t* stream, const wchar_t* avi) {
     constexpr unsigned long frameSize = 144000;
-    const Stopwatch watch;
     const vcore::handle source(
         CreateFileW(stream, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     dvAVIFile file;
@@ -15,6 +14,7 @@ double copyStream_s(const wchar_t* stream, const wchar_t* avi) {
         throw std::runtime_error("the stream or the AVI file cannot be opened");
     }
     const FrameBuffers buffer(1, file.getAVIFrameSize());
+    const Stopwatch watch;
     DWORD got = 0;
     while (ReadFile(source.get(), buffer[0] + 8, frameSize, &got, nullptr) && got == frameSize) {
         if (!file.writeFrame(reinterpret_cast<char*>(buffer[0]), frameSize,
