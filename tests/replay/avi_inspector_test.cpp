@@ -12,14 +12,6 @@ constexpr wchar_t name[] = L"avi_inspector_test.avi";
 using avi::Index;
 using avi::Shape;
 
-Shape shape(Index index, unsigned long pieces = 1) {
-    Shape made;
-    made.index = index;
-    made.pieces = pieces;
-    made.starts = true;
-    return made;
-}
-
 /// Inspects `bytes`; the faults' texts, one behind the other.
 std::string inspect(const std::string& bytes, AviInspector& inspector,
                     const AviInspector::Options& options = {}) {
@@ -34,11 +26,12 @@ std::string inspect(const std::string& bytes, AviInspector& inspector,
 TEST(AviInspector, FindsNothingWrongWithSoundFiles) {
     for (const Index index : {Index::Relative, Index::Absolute, Index::Standard, Index::StandardAndRelative})
         for (const bool busy : {false, true}) {
-            Shape sound = shape(index, index >= Index::Standard ? 3 : 1);
-            if (busy) {
-                sound.audioBytes = 7681;
-                sound.audioFirst = sound.recLists = true;
-            }
+            const Shape sound{.index = index,
+                              .pieces = index >= Index::Standard ? 3ul : 1ul,
+                              .audioBytes = busy ? 7681ul : 0ul,
+                              .audioFirst = busy,
+                              .recLists = busy,
+                              .starts = true};
             AviInspector inspector;
             const avi::File built(sound);
             EXPECT_EQ(inspect(built.bytes, inspector), "") << static_cast<int>(index);
@@ -50,15 +43,13 @@ TEST(AviInspector, FindsNothingWrongWithSoundFiles) {
             EXPECT_EQ(last.indexes, index >= Index::Standard ? 1u : 0u);
             EXPECT_EQ(inspector.pieces()[0].legacyEntries != 0, index != Index::Standard);
         }
-    Shape empty = shape(Index::Relative);
-    empty.frames = 0;
     AviInspector inspector;
-    EXPECT_EQ(inspect(avi::File(empty).bytes, inspector), "") << "nothing was recorded";
+    EXPECT_EQ(inspect(avi::File({.frames = 0}).bytes, inspector), "") << "nothing was recorded";
 }
 
 TEST(AviInspector, SaysWhatIsWrongAndWhere) {
-    const avi::File one(shape(Index::Relative));
-    const avi::File pieces(shape(Index::Standard, 3));
+    const avi::File one({.starts = true});
+    const avi::File pieces({.index = Index::Standard, .pieces = 3, .starts = true});
     const size_t frame3 = one.frameOffsets[3];
     const size_t idx1 = one.find("idx1");
     const size_t movi = one.find("movi");
@@ -78,11 +69,9 @@ TEST(AviInspector, SaysWhatIsWrongAndWhere) {
         {one, movi - 4, 500000, "goes beyond the list that it is in", 6},
         {one, one.find("avih", 24), 7, "'avih' says 7 frames, 6 are there", 6},
         {one, one.find("strh", 40), 5, "'strh' says 5 frames, 6 are there", 6},
-        {one, one.find("dmlh", 8), 5, "'dmlh' says 5 frames, 6 are there", 6},
         {one, frame3 + 4, 119992, "bytes are no chunks", 6},
         {one, frame3 + 4, 0xFFFFFFFF, "bytes are no chunks", 5},
         {one, frame3, riff::fourcc("JUNK"), "entry 3 of the index fits no frame", 5},
-        {one, frame3 + 8, 0, "frame 3: DIF sequence 0 does not begin as it should", 6},
         {one, frame3 + 8 + 12000 * 7, 0, "frame 3: DIF sequence 7 does not begin as it should", 6},
         {one, idx1 + 8 + 16 + 8, 0, "entry 1 of the index fits no frame", 6},
         {one, idx1 + 8 + 5 * 16 + 12, 4, "entry 5 of the index fits no frame", 6},
@@ -114,34 +103,25 @@ TEST(AviInspector, SaysWhatIsWrongAndWhere) {
 
 TEST(AviInspector, LooksAtCutAndForeignFiles) {
     AviInspector inspector;
-    const avi::File built(shape(Index::Relative));
+    const avi::File built({.starts = true});
     const std::string cut = inspect(built.bytes.substr(0, built.frameOffsets[4] + 50000), inspector);
     EXPECT_NE(cut.find(std::to_string(built.frameOffsets[4]) + ": End of file reached."), std::string::npos)
         << cut;
     EXPECT_EQ(inspector.frames(), 4u);
     EXPECT_NE(inspect(built.bytes + "12345", inspector).find("5 bytes too many"), std::string::npos);
-    EXPECT_NE(inspect(built.bytes + built.bytes.substr(100000, 5000), inspector), "");
     EXPECT_NE(inspect("", inspector), "");
-    EXPECT_NE(inspect(std::string(5000, '\0'), inspector), "");
-    Shape odd = shape(Index::Relative);
-    odd.audioBytes = 7681;
-    odd.padded = false;
-    EXPECT_NE(inspect(avi::File(odd).bytes, inspector).find("odd size and no padding"), std::string::npos);
+    const avi::File odd({.audioBytes = 7681, .padded = false, .starts = true});
+    EXPECT_NE(inspect(odd.bytes, inspector).find("odd size and no padding"), std::string::npos);
     EXPECT_EQ(inspector.frames(), 6u);
-    odd = shape(Index::None);
-    odd.frameSize = 5000;
-    EXPECT_NE(inspect(avi::File(odd).bytes, inspector).find("frame 5 has 5000 bytes, not 120000"),
-              std::string::npos);
+    const avi::File small({.frameSize = 5000, .index = Index::None});
+    EXPECT_NE(inspect(small.bytes, inspector).find("frame 5 has 5000 bytes, not 120000"), std::string::npos);
     EXPECT_FALSE(inspector.run(L"no such file.avi", {}));
     EXPECT_EQ(inspector.faults().size(), 1u);
     EXPECT_FALSE(inspector.run(nullptr, {}));
 }
 
 TEST(AviInspector, KeepsToItsOptions) {
-    Shape random = shape(Index::Relative);
-    random.starts = false;
-    random.frames = 100;
-    const std::string bytes = avi::File(random).bytes;
+    const std::string bytes = avi::File({.frames = 100}).bytes;
     AviInspector inspector;
     AviInspector::Options options;
     options.maxFaults = 7;
@@ -149,13 +129,7 @@ TEST(AviInspector, KeepsToItsOptions) {
     EXPECT_EQ(inspector.faults().size(), 7u);
     EXPECT_EQ(inspector.faultCount(), 100u);
     options.frames = false;
-    unsigned long calls = 0;
-    options.progress = [&](unsigned long long done, unsigned long long all) {
-        ++calls;
-        return done < all && all == bytes.size();
-    };
     EXPECT_EQ(inspect(bytes, inspector, options), "");
-    EXPECT_GE(calls, 1u);
     options.progress = [](unsigned long long, unsigned long long) { return false; };
     inspect(bytes, inspector, options);
     EXPECT_LT(inspector.frames(), 100u) << "ended early";

@@ -6,18 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 namespace {
 
 constexpr wchar_t name[] = L"avi_writer_test.avi";
-
-FileIOAVI::Video video(unsigned long frameSize) {
-    FileIOAVI::Video made;
-    made.is625 = frameSize == samples::palSize;
-    made.height = made.is625 ? 576 : 480;
-    return made;
-}
 
 /// A writer on a disk in memory.
 struct Recording {
@@ -32,7 +23,10 @@ struct Recording {
           frameSize(size) {}
 
     int create() {
-        const int code = writer->create(name, video(frameSize), true, info);
+        FileIOAVI::Video video;
+        video.is625 = frameSize == samples::palSize;
+        video.height = video.is625 ? 576 : 480;
+        const int code = writer->create(name, video, true, info);
         slot.init(writer->slotSize());
         return code;
     }
@@ -54,14 +48,12 @@ struct Recording {
 void expectReads(const std::string& bytes, unsigned long frames,
                  unsigned long frameSize = samples::ntscSize) {
     avi::File::write(name, bytes);
-    FileIOAVI file;
-    ASSERT_EQ(file.open(name), 0) << file.lastError();
-    ASSERT_EQ(file.frames(), frames);
-    std::vector<char> slot(file.slotSize());
-    for (unsigned long k = 0; k < frames; ++k) {
-        ASSERT_EQ(file.readFrame(slot.data(), file.slotSize(), k), 0) << file.lastError();
-        ASSERT_TRUE(samples::holds(reinterpret_cast<unsigned char*>(&slot[8]), k, frameSize)) << k;
-    }
+    ASSERT_EQ(avi::framesRead(name, frameSize), static_cast<long>(frames));
+}
+
+void expectNumbers(const std::string& bytes, size_t at, const std::vector<std::uint32_t>& numbers) {
+    for (size_t k = 0; k < numbers.size(); ++k)
+        EXPECT_EQ(avi::number<std::uint32_t>(bytes, at + 4 * k), numbers[k]) << at << ", number " << k;
 }
 
 /// The offsets of the frames' data by super index and standard indexes.
@@ -89,14 +81,18 @@ std::vector<size_t> places(const std::vector<avi::Chunk>& chunks, const std::str
     return found;
 }
 
+/// Whether the chunks of a closed file fill their lists exactly, and all frames are indexed and can be read.
+void expectSound(const std::string& bytes, unsigned long frames) {
+    EXPECT_TRUE(places(avi::walk(bytes), "broken").empty());
+    EXPECT_EQ(indexed(bytes).size(), frames);
+    expectReads(bytes, frames);
+}
+
 TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
     struct Case {
-        unsigned long sector, frameSize, junk, data, slot;
+        std::uint32_t sector, frameSize, data, slot;
     };
-    for (const Case& c : {Case{512, 144000, 12, 16896, 144384},
-                          {512, 120000, 12, 16896, 120320},
-                          {4096, 144000, 3596, 20480, 147456},
-                          {4096, 120000, 3596, 20480, 122880}}) {
+    for (const Case& c : {Case{512, 144000, 16896, 144384}, {4096, 120000, 20480, 122880}}) {
         SCOPED_TRACE(testing::Message() << c.sector << ' ' << c.frameSize);
         Recording r({}, c.frameSize);
         r.disk.sector = c.sector;
@@ -108,39 +104,14 @@ TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
         for (const auto& [at, data] : r.disk.writes)
             EXPECT_TRUE(at % c.sector == 0 && data.size() % c.sector == 0) << at;
         const bool pal = c.frameSize == 144000;
-        const std::map<size_t, std::uint32_t> numbers = {{16, 16844},
-                                                         {28, 56},
-                                                         {32, pal ? 40000 : 33366},
-                                                         {36, pal ? 3600000 : 3596400},
-                                                         {40, c.sector},
-                                                         {44, 0x10010},
-                                                         {48, 2},
-                                                         {56, 1},
-                                                         {60, c.frameSize},
-                                                         {64, 720},
-                                                         {68, pal ? 576 : 480},
-                                                         {92, 16500},
-                                                         {104, 56},
-                                                         {128, 100},
-                                                         {132, pal ? 2500 : 2997},
-                                                         {140, 2},
-                                                         {144, c.frameSize},
-                                                         {168, 40},
-                                                         {172, 40},
-                                                         {176, 720},
-                                                         {180, pal ? 576 : 480},
-                                                         {184, 0x180001},
-                                                         {192, c.frameSize},
-                                                         {216, 16376},
-                                                         {220, 4},
-                                                         {224, 1},
-                                                         {16600, 260},
-                                                         {16612, 248},
-                                                         {16616, 2},
-                                                         {16868, c.junk},
-                                                         {c.data + 4, c.frameSize}};
-        for (const auto& [at, value] : numbers)
-            EXPECT_EQ(avi::number<std::uint32_t>(file, at), value) << at;
+        const std::uint32_t height = pal ? 576 : 480;
+        expectNumbers(file, 32, {pal ? 40000u : 33366u, pal ? 3600000u : 3596400u, c.sector, 0x10010, 2});
+        expectNumbers(file, 56, {1, c.frameSize, 720, height});
+        expectNumbers(file, 128, {100, pal ? 2500u : 2997u, 0, 2, c.frameSize});
+        expectNumbers(file, 172, {40, 720, height, 0x180001});
+        expectNumbers(file, 216, {16376, 4, 1});
+        expectNumbers(file, 16616, {2});
+        expectNumbers(file, c.data + 4, {c.frameSize});
         EXPECT_EQ(file.substr(108, 8) + file.substr(188, 4) + file.substr(228, 4), "vidsdvsddvsd00dc");
         std::string ids;
         for (const avi::Chunk& chunk : avi::walk(file))
@@ -150,9 +121,7 @@ TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
             "AVI  hdrl avih strl strh strf indx odml dmlh JUNK movi 00dc JUNK 00dc JUNK 00ix idx1 JUNK ");
         EXPECT_EQ(indexed(file), (std::vector<std::uint64_t>{c.data + 8, c.data + 8 + c.slot}));
         const size_t legacy = places(avi::walk(file), "idx1").at(0) + 8 + 16;
-        EXPECT_EQ(file.substr(legacy, 4), "00dc");
-        EXPECT_EQ(avi::number<std::uint32_t>(file, legacy + 4), 0x10u);
-        EXPECT_EQ(avi::number<std::uint32_t>(file, legacy + 8), c.slot + 4) << "from the list type on";
+        expectNumbers(file, legacy, {riff::fourcc("00dc"), 0x10, c.slot + 4, c.frameSize});
         expectReads(file, 2, c.frameSize);
     }
 }
@@ -165,20 +134,17 @@ TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
         ASSERT_EQ(r.writer->close(), 0);
         const std::vector<avi::Chunk> chunks = avi::walk(r.disk.bytes);
         const std::vector<size_t> frames = places(chunks, "00dc");
-        ASSERT_EQ(frames.size(), 20u);
         const std::vector<std::uint64_t> indexedFrames = indexed(r.disk.bytes);
-        ASSERT_EQ(indexedFrames.size(), 20u);
+        ASSERT_EQ(indexedFrames.size(), frames.size());
         for (size_t k = 0; k < frames.size(); ++k)
             EXPECT_EQ(indexedFrames[k], frames[k] + 8);
-        EXPECT_TRUE(places(chunks, "broken").empty());
         const std::vector<size_t> later = places(chunks, "AVIX");
-        EXPECT_EQ(later.size(), 2u) << "seven, seven and six frames";
+        ASSERT_EQ(later.size(), 2u) << "seven, seven and six frames";
         EXPECT_EQ(places(chunks, "00ix").size(), 8u);
         EXPECT_EQ(places(chunks, "idx1").size(), 1u);
-        const size_t firstFrames =
-            std::count_if(frames.begin(), frames.end(), [&](size_t at) { return at < later[0]; });
-        EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 48), firstFrames);
-        EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 140), 20u);
+        EXPECT_TRUE(frames[6] < later[0] && frames[7] > later[0]);
+        expectNumbers(r.disk.bytes, 48, {7});
+        expectNumbers(r.disk.bytes, 140, {20});
         for (const avi::Chunk& chunk : chunks)
             if (chunk.id == "AVIX" || chunk.id == "AVI ") {
                 EXPECT_LE(chunk.size + 8, 1000000u);
@@ -186,8 +152,7 @@ TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
             }
         EXPECT_EQ(r.info.piecePositions.size(), 3u);
         EXPECT_EQ(r.info.indexPositions.size(), 8u);
-        EXPECT_EQ(r.info.legacyEntries, firstFrames);
-        expectReads(r.disk.bytes, 20);
+        expectSound(r.disk.bytes, 20);
     }
 }
 
@@ -196,10 +161,9 @@ TEST(AviWriter, AFullSuperIndexEndsTheRecordingSoundly) {
     EXPECT_EQ(r.fill(10), 6u);
     EXPECT_EQ(r.write(6), FileIOAVI::Full);
     EXPECT_STRNE(r.writer->error(), L"");
-    EXPECT_EQ(avi::number<std::uint32_t>(r.disk.bytes, 140), 6u) << "the headers know already";
+    expectNumbers(r.disk.bytes, 140, {6});
     EXPECT_EQ(r.writer->close(), 0);
-    EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
-    expectReads(r.disk.bytes, 6);
+    expectSound(r.disk.bytes, 6);
 }
 
 TEST(AviWriter, WhateverIsCutOffEveryWholeFrameIsThere) {
@@ -256,26 +220,19 @@ TEST(AviWriter, AWriteThatFailsForATimeCostsOnlyItsFrame) {
     r.disk.room = ~0ull;
     EXPECT_EQ(written, 30u);
     EXPECT_EQ(r.writer->close(), 0);
-    EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
-    EXPECT_EQ(indexed(r.disk.bytes).size(), 30u);
-    expectReads(r.disk.bytes, 30);
+    expectSound(r.disk.bytes, 30);
 }
 
 /// Writes one frame after the other on a thread of its own.
-class WriterThread : public vwin::winthread {
-public:
-    explicit WriterThread(Recording& r) : r_(r) {}
+struct WriterThread : vwin::winthread {
+    Recording& recording;
+    explicit WriterThread(Recording& r) : recording(r) {}
     ~WriterThread() { terminate(); }
-
-protected:
     void run() override {
         const uninterruptible whole;
         for (std::uint32_t k = 0; k < 12; ++k)
-            r_.write(k);
+            recording.write(k);
     }
-
-private:
-    Recording& r_;
 };
 
 TEST(AviWriter, AWriterThatIsKilledInAnyWriteLeavesASoundFile) {
@@ -297,9 +254,8 @@ TEST(AviWriter, AWriterThatIsKilledInAnyWriteLeavesASoundFile) {
         ASSERT_TRUE(killed);
         r.disk.beforeWrite = [] {};
         EXPECT_EQ(r.writer->close(), 0);
-        EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty()) << last;
-        EXPECT_EQ(indexed(r.disk.bytes).size(), r.info.totalFrames);
-        expectReads(r.disk.bytes, r.info.totalFrames);
+        SCOPED_TRACE(last);
+        expectSound(r.disk.bytes, r.info.totalFrames);
     }
 }
 
@@ -312,10 +268,8 @@ TEST(AviFile, WritesEveryCodec) {
     };
     for (const Case& c : {Case{0, 0, true, 0, 701440, "UYVY"},
                           {0, 7, false, 5001, 5001, "UYVY"},
-                          {1, 411, true, 0, 144000, "dvsd"},
                           {1, 420, false, 9, 120000, "dvsd"},
                           {1, 422, true, 0, 288000, "dv50"},
-                          {1, 422, false, 0, 240000, "dv50"},
                           {2, 1, true, 0, 0x20000, "mpg2"},
                           {2, 1, true, 777, 777, "mpg2"}}) {
         for (const bool unbuffered : {false, true}) {
@@ -328,7 +282,6 @@ TEST(AviFile, WritesEveryCodec) {
             std::vector<char> slot(file.slotSize() + 1, 'x');
             for (int k = 0; k < 2; ++k)
                 ASSERT_EQ(file.writeFrame(&slot[1], file.slotSize(), c.frameSize), 0) << "at an odd address";
-            EXPECT_EQ(file.frame(), 2u);
             ASSERT_EQ(file.close(), 0);
             const std::string bytes = avi::File::read(name);
             EXPECT_EQ(bytes.substr(112, 4), c.codec);
@@ -346,36 +299,27 @@ TEST(AviFile, RefusesWhatCannotBeWritten) {
          {FileIOAVI::Video{1, 400}, {3}, {2, 0, 720, 576, true, 0xFFFFFFFF}, {1, 420, 40000}})
         EXPECT_EQ(file.create(name, bad, true), FileIOAVI::Refused);
     EXPECT_EQ(file.create(nullptr, pal, true), FileIOAVI::Refused);
-    EXPECT_EQ(file.close(), 0);
-    DeleteFileW(name);
     avi::File::write(name, "sacred");
     SetFileAttributesW(name, FILE_ATTRIBUTE_READONLY);
     CreateDirectoryW(L"avi_writer_test.folder", nullptr);
     for (const wchar_t* bad : {L"", L"no such folder\\x.avi", L"avi_writer_test.folder", name}) {
         EXPECT_EQ(file.create(bad, pal, true), FileIOAVI::SystemRefused);
         EXPECT_STRNE(file.lastError(), L"");
-        EXPECT_FALSE(file.opened());
     }
     EXPECT_TRUE(avi::File::read(name) == "sacred");
     SetFileAttributesW(name, FILE_ATTRIBUTE_NORMAL);
-
-    constexpr wchar_t foreign[] = L"запись 録画.avi";
-    ASSERT_EQ(file.create(foreign, pal, true), 0) << "in place of what was there";
-    EXPECT_STREQ(file.lastError(), L"");
+    ASSERT_EQ(file.create(name, pal, true), 0) << "in place of what was there";
     EXPECT_EQ(file.create(name, pal, true), FileIOAVI::Refused) << "in use";
     EXPECT_EQ(file.open(name), FileIOAVI::Refused);
     std::vector<char> slot(file.slotSize());
     const unsigned long size = file.slotSize();
     EXPECT_EQ(file.writeFrame(slot.data(), size, 120000), FileIOAVI::Refused);
     EXPECT_EQ(file.writeFrame(slot.data(), size - 1, 144000), FileIOAVI::Refused);
-    EXPECT_STRNE(file.lastError(), L"");
     EXPECT_EQ(file.writeFrame(nullptr, size, 144000), FileIOAVI::Refused);
-    EXPECT_EQ(file.frames(), 0u);
     EXPECT_EQ(file.writeFrame(slot.data(), size, 144000), 0);
     EXPECT_EQ(file.close(), 0);
-    EXPECT_EQ(file.slotSize(), 0u);
     EXPECT_EQ(file.writeFrame(slot.data(), size, 144000), FileIOAVI::Refused);
-    ASSERT_EQ(file.open(foreign), 0);
+    ASSERT_EQ(file.open(name), 0);
     EXPECT_EQ(file.frames(), 1u);
 }
 

@@ -3,6 +3,8 @@
 #include "replay/riff.h"
 #include "tests/support/samples.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -88,10 +90,10 @@ private:
         return at;
     }
 
-    void end(size_t list) { set(list + 4, static_cast<std::uint32_t>(bytes.size() - list - 8)); }
+    void end(size_t list) { set(list + 4, u32(bytes.size() - list - 8)); }
 
     void chunk(const std::string& id, const std::string& data) {
-        bytes += id + text(static_cast<std::uint32_t>(data.size())) + data;
+        bytes += id + text(u32(data.size())) + data;
         if (shape_.padded && data.size() % 2 != 0)
             bytes += '\0';
     }
@@ -107,6 +109,8 @@ private:
         return value;
     }
 
+    static std::uint32_t u32(size_t value) { return static_cast<std::uint32_t>(value); }
+
     void headers() {
         const size_t hdrl = begin("LIST", "hdrl");
         riff::MainHeader main{};
@@ -114,43 +118,28 @@ private:
         main.streams = shape_.audioBytes != 0 ? 2 : 1;
         main.totalFrames = (shape_.frames + shape_.pieces - 1) / shape_.pieces;
         chunk("avih", text(main));
-        if (shape_.audioBytes != 0 && shape_.audioFirst)
-            audioStream();
-        videoStream();
-        if (shape_.audioBytes != 0 && !shape_.audioFirst)
-            audioStream();
+        for (const bool sound : {shape_.audioFirst, !shape_.audioFirst})
+            if (!sound || shape_.audioBytes != 0)
+                stream(sound);
         const size_t odml = begin("LIST", "odml");
-        chunk("dmlh", text(static_cast<std::uint32_t>(shape_.frames)) + std::string(244, '\0'));
+        chunk("dmlh", text(u32(shape_.frames)) + std::string(244, '\0'));
         end(odml);
         end(hdrl);
     }
 
-    void audioStream() {
+    void stream(bool sound) {
         const size_t strl = begin("LIST", "strl");
         riff::StreamHeader header{};
-        header.type = riff::fourcc("auds");
-        chunk("strh", text(header));
-        chunk("strf", std::string(18, '\1'));
-        end(strl);
-    }
-
-    void videoStream() {
-        const size_t strl = begin("LIST", "strl");
-        riff::StreamHeader header{};
-        header.type = riff::fourcc("vids");
-        header.handler = code(shape_.handler);
+        header.type = riff::fourcc(sound ? "auds" : "vids");
+        header.handler = sound ? 0 : code(shape_.handler);
         header.scale = 1001;
         header.rate = 30000;
         header.length = shape_.frames;
         chunk("strh", text(header));
-        riff::BitmapHeader format{};
-        format.size = sizeof(format);
-        format.width = 720;
-        format.height = 480;
-        format.compression = code(shape_.compression);
+        riff::BitmapHeader format{sizeof(format), 720, 480, 1, 24, code(shape_.compression), 0, 0, 0, 0, 0};
         format.sizeImage = shape_.frameSize;
-        chunk("strf", text(format));
-        if (shape_.index >= Index::Standard) {
+        chunk("strf", sound ? std::string(18, '\1') : text(format));
+        if (!sound && shape_.index >= Index::Standard) {
             super_ = bytes.size() + 8;
             riff::IndexHeader index{4, 0, 0, 0, code(id(shape_.tag)), 0, 0, 0};
             chunk("indx", text(index) + std::string(shape_.pieces * sizeof(riff::SuperIndexEntry), '\0'));
@@ -177,29 +166,17 @@ private:
 
     void entry(const std::string& id, const std::string& data) {
         const size_t base = shape_.index == Index::Absolute ? 0 : movi_ + 8;
-        const auto offset = static_cast<std::uint32_t>(bytes.size() - base);
-        legacy_ +=
-            text(riff::LegacyIndexEntry{code(id), 0x10, offset, static_cast<std::uint32_t>(data.size())});
+        legacy_ += text(riff::LegacyIndexEntry{code(id), 0x10, u32(bytes.size() - base), u32(data.size())});
         chunk(id, data);
     }
 
     void standardIndex(unsigned long first, unsigned long behind) {
-        const riff::IndexHeader header{2,
-                                       0,
-                                       1,
-                                       static_cast<std::uint32_t>(behind - first),
-                                       code(id(shape_.tag)),
-                                       static_cast<std::uint32_t>(movi_),
-                                       0,
-                                       0};
+        const riff::IndexHeader header{2, 0, 1, u32(behind - first), code(id(shape_.tag)), u32(movi_), 0, 0};
         std::string data = text(header);
         for (unsigned long k = first; k < behind; ++k)
-            data += text(riff::StandardIndexEntry{static_cast<std::uint32_t>(frameOffsets[k] + 8 - movi_),
-                                                  static_cast<std::uint32_t>(shape_.frameSize) |
-                                                      (k % 2 != 0 ? 0x80000000u : 0)});
-        const auto size = static_cast<std::uint32_t>(data.size() + 8);
-        const riff::SuperIndexEntry entry{static_cast<std::uint32_t>(bytes.size()), 0, size,
-                                          static_cast<std::uint32_t>(behind - first)};
+            data += text(riff::StandardIndexEntry{u32(frameOffsets[k] + 8 - movi_),
+                                                  u32(shape_.frameSize) | (k % 2 != 0 ? 0x80000000u : 0)});
+        const riff::SuperIndexEntry entry{u32(bytes.size()), 0, u32(data.size() + 8), u32(behind - first)};
         std::uint32_t inUse = 0;
         std::memcpy(&inUse, &bytes[super_ + 4], sizeof(inUse));
         std::memcpy(&bytes[super_ + sizeof(header) + inUse * sizeof(entry)], &entry, sizeof(entry));
@@ -212,5 +189,20 @@ private:
     size_t super_ = 0;
     std::string legacy_;
 };
+
+/// Opens a file and compares every frame with its seed, which is `first` for the first; the number of frames, -1 when
+/// the file does not open.
+inline long framesRead(const wchar_t* name, unsigned long frameSize = samples::ntscSize,
+                       std::uint32_t first = 0) {
+    FileIOAVI file;
+    if (file.open(name) != FileIOAVI::Ok)
+        return -1;
+    std::vector<char> slot(file.slotSize());
+    for (unsigned long k = 0; k < file.frames(); ++k) {
+        EXPECT_EQ(file.readFrame(slot.data(), file.slotSize(), k), FileIOAVI::Ok) << file.lastError();
+        EXPECT_TRUE(samples::holds(reinterpret_cast<unsigned char*>(&slot[8]), first + k, frameSize)) << k;
+    }
+    return static_cast<long>(file.frames());
+}
 
 } // namespace avi

@@ -82,10 +82,8 @@ inline void walk(const std::string& bytes, size_t at, size_t end, std::vector<Ch
         const std::string id = bytes.substr(at, 4);
         const size_t size = number<std::uint32_t>(bytes, at + 4);
         const size_t next = at + 8 + size + size % 2;
-        if (end - at < 8 || next > end || next > bytes.size()) {
-            found.push_back({"broken", at, size});
-            return;
-        }
+        if (end - at < 8 || next > end || next > bytes.size())
+            return found.push_back({"broken", at, size});
         const bool list = id == "RIFF" || id == "LIST";
         found.push_back({list ? bytes.substr(at + 8, 4) : id, at, size});
         if (list)
