@@ -56,10 +56,8 @@ struct PlayFilter : testing::Test {
 
     void SetUp() override {
         ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
-        start();
+        start(sink);
     }
-
-    void start() { start(sink); }
 
     void start(ForeignPin& receiver) {
         vvideo::dvMediaType type;
@@ -79,8 +77,6 @@ struct PlayFilter : testing::Test {
         ASSERT_EQ(filter.Run(0), S_OK);
     }
 
-    void disconnect() { disconnect(sink); }
-
     void disconnect(ForeignPin& receiver) {
         filter.done();
         filter.SetSyncSource(nullptr);
@@ -91,13 +87,24 @@ struct PlayFilter : testing::Test {
     }
 
     void TearDown() override {
-        disconnect();
+        disconnect(sink);
         EXPECT_EQ(sink.references(), 1);
     }
 
     void capture(std::uint32_t first, std::uint32_t count) {
         for (std::uint32_t k = first; k < first + count; ++k)
             ASSERT_TRUE(source.addTo(store, k));
+    }
+
+    /// Whether numbers of ticks follow each other within the range, `step` further or, on a busy machine, repeated.
+    static void expectSteps(const std::vector<unsigned long>& frames, unsigned long from, unsigned long count,
+                            unsigned long step) {
+        ASSERT_GT(frames.size(), 10u);
+        for (size_t i = 1; i < frames.size(); ++i)
+            EXPECT_TRUE(frames[i] == frames[i - 1] ||
+                        frames[i] - from == (frames[i - 1] - from + step) % count)
+                << frames[i - 1] << " to " << frames[i];
+        EXPECT_LT(std::count(frames.begin(), frames.end(), frames.front()), std::ssize(frames));
     }
 
     /// Waits until the picture of frame `number` is delivered.
@@ -149,21 +156,13 @@ TEST_F(PlayFilter, LoopsARangeInBothDirections) {
     recording::write(name, 40);
     ASSERT_TRUE(filter.play(19, 10, name, 1.0, 100, 50));
     EXPECT_TRUE(filter.playing());
-    const auto forward = drain.next(25);
-    ASSERT_EQ(forward.size(), 25u);
-    for (size_t i = 1; i < forward.size(); ++i)
-        EXPECT_TRUE(forward[i] == forward[i - 1] ||
-                    forward[i] == (forward[i - 1] == 19 ? 10u : forward[i - 1] + 1));
+    expectSteps(drain.next(25), 10, 10, 1);
     EXPECT_EQ(drain.info.from, 10u);
     EXPECT_EQ(drain.info.to, 19u);
     EXPECT_TRUE(drain.info.replaying);
     ASSERT_TRUE(filter.setSpeed(-1.0));
     drain.next(3);
-    const auto backward = drain.next(25);
-    ASSERT_EQ(backward.size(), 25u);
-    for (size_t i = 1; i < backward.size(); ++i)
-        EXPECT_TRUE(backward[i] == backward[i - 1] ||
-                    backward[i] == (backward[i - 1] == 10 ? 19u : backward[i - 1] - 1));
+    expectSteps(drain.next(25), 10, 10, 9);
 }
 
 TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
@@ -185,11 +184,7 @@ TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
     filter.seekFrame(10);
     drain.next(3);
     frames = drain.next(11);
-    for (size_t i = 1; i < frames.size(); ++i) {
-        const unsigned long step = (frames[i] + 40 - frames[i - 1]) % 40;
-        EXPECT_TRUE(step == 2 || step == 0) << frames[i - 1] << " to " << frames[i];
-    }
-    EXPECT_NE(frames.back(), frames.front());
+    expectSteps(frames, 10, 40, 2);
     ASSERT_TRUE(filter.setSpeed(0));
     drain.next(3);
     frames = drain.next(5);
@@ -260,18 +255,6 @@ TEST_F(PlayFilter, LiveAndRefusedReplays) {
     EXPECT_EQ(filter.frame(), 0);
 }
 
-TEST_F(PlayFilter, PlaysAFileWithoutAStore) {
-    recording::write(name, 40);
-    disconnect();
-    EXPECT_FALSE(filter.play(0, 9, nullptr, 1.0, 0, 50)) << "no store, no name";
-    EXPECT_FALSE(filter.playinit(0, 9, L"no such file.dv", 1.0, 0, 50));
-    ASSERT_TRUE(filter.playinit(3, 12, name, 1.0, 50, 250));
-    EXPECT_TRUE(filter.playing());
-    EXPECT_EQ(filter.period(), 400000);
-    run(sink);
-    expectShown(7);
-}
-
 TEST_F(PlayFilter, WaitsForASlowReceiver) {
     struct Slow : ForeignPin {
         std::atomic<int> entered = 0;
@@ -283,25 +266,13 @@ TEST_F(PlayFilter, WaitsForASlowReceiver) {
             return S_OK;
         }
     } slow;
-    disconnect();
+    disconnect(sink);
     start(slow);
     ASSERT_TRUE(samples::eventually([&] { return slow.entered > slow.left; }));
     filter.done();
     EXPECT_EQ(slow.entered, slow.left) << "killed inside the receiver";
     disconnect(slow);
     EXPECT_EQ(slow.references(), 1);
-}
-
-TEST_F(PlayFilter, StopsQuicklyAndKeepsOnStoppingRightAfterAStart) {
-    std::vector<ULONGLONG> stops;
-    for (int i = 0; i < 20; ++i) {
-        disconnect();
-        EXPECT_FALSE(filter.running());
-        start();
-        stops.push_back(samples::elapsed_ms([&] { filter.done(); }));
-        EXPECT_FALSE(filter.running());
-    }
-    EXPECT_LT(samples::median(stops), 1000u) << "a request that is lost costs more";
 }
 
 } // namespace
