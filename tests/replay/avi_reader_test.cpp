@@ -114,6 +114,23 @@ TEST(AviReader, RefusesWhatItDoesNotRead) {
     EXPECT_STREQ(file.lastError(), L"Cannot open file no such file.avi for reading index.");
 }
 
+TEST(AviReader, FindsWhatIsWholeInAFileCutAnywhere) {
+    for (const Index index : {Index::None, Index::Relative, Index::Standard}) {
+        const avi::File built({.index = index, .pieces = 2});
+        std::vector<size_t> places = {built.frameOffsets[0] - 1, built.bytes.size() - 1};
+        for (const size_t frame : built.frameOffsets)
+            for (const size_t behind : {0, 1, 7, 8, 120007, 120008, 120009, 120020})
+                places.push_back(std::min(frame + behind, built.bytes.size()));
+        for (const size_t cut : places) {
+            long whole = cut < built.frameOffsets[0] ? -1 : 0;
+            for (const size_t frame : built.frameOffsets)
+                whole += frame + 120008 <= cut ? 1 : 0;
+            avi::File::write(name, built.bytes.substr(0, cut));
+            EXPECT_EQ(avi::framesRead(name), whole) << cut << ", index " << static_cast<int>(index);
+        }
+    }
+}
+
 TEST(AviReader, FollowsAFileThatGrows) {
     avi::File built({.index = Index::Standard, .pieces = 2});
     for (const std::uint32_t stale : {0u, 0xFFFFFFFFu, 1000u})

@@ -7,7 +7,7 @@ A test script defines unittest cases and ends with `scripted_tests.main()`. CTes
   MARVO_TEST_RESULT  file for the results, in GoogleTest's JSON form
   MARVO_CWD          directory of the repository that the tests may fill
 
-By hand: `PYTHONPATH=tests/support python3 SCRIPT -k NAME`; the arguments are unittest's.
+By hand: `PYTHONPATH=scripts python3 SCRIPT -k NAME`; the arguments are unittest's.
 """
 import json
 import os
@@ -16,7 +16,7 @@ import subprocess
 import time
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+ROOT = pathlib.Path(__file__).resolve().parents[1]
 TARGET = os.environ.get("MARVO_TARGET", "win32")
 STREAMS = ROOT / "build" / "streams"
 PROGRAMS = ROOT / "build" / TARGET / "bin"
