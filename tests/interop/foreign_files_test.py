@@ -50,6 +50,7 @@ class ForeignFiles(unittest.TestCase):
                 # dvgrab begins when it is ready, which the others are from the first frame on.
                 self.assertEqual(written, list(range(0 if all_frames else written[0], len(system.frames))))
                 self.assertEqual(recordings.read_through_library(file, system), written)
+                self.assertIsNone(recordings.faults(file))
 
     def test_ffmpeg(self):
         self.check(by_ffmpeg("-an"))

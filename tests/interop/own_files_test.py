@@ -55,6 +55,7 @@ class OwnFiles(unittest.TestCase):
         self.assertEqual(all_frames_by_gstreamer(file, system), expected)
         self.check_mediainfo(file, system, count)
         self.assertEqual(recordings.read_through_library(file, system), expected)
+        self.assertIsNone(recordings.faults(file))
 
     def test_pal(self):
         file = self.record(PAL, 230)
@@ -76,6 +77,7 @@ class OwnFiles(unittest.TestCase):
         file = self.record(PAL, 20, "Матч – 決勝 ñ.avi")
         self.assertEqual(all_frames_by_ffmpeg(file, PAL), PAL.expected(20))
         self.assertEqual(recordings.read_through_library(file, PAL), PAL.expected(20))
+        self.assertIsNone(recordings.faults(file))
 
     def check_large(self, count, pieces):
         file = self.record(PAL, count)

@@ -68,6 +68,12 @@ def read_through_library(file, system, *frames):
     return [int(line) for line in probe("read", file, system, *frames).split()]
 
 
+def faults(file):
+    """What `dvrec verify` finds wrong with a file; None for a sound one."""
+    done = scripted_tests.run("dvrec", "verify", dos(file))
+    return None if done.returncode == 0 else (done.stdout + done.stderr).decode()
+
+
 def linux(*command, talks=False, **options):
     """The output of a program of the build machine, which must succeed and (unless it `talks` anyway) complain of
     nothing."""
