@@ -74,11 +74,11 @@ def faults(file):
     return None if done.returncode == 0 else (done.stdout + done.stderr).decode()
 
 
-def linux(*command, talks=False, **options):
+def linux(*command, talks=False, timeout=120, **options):
     """The output of a program of the build machine, which must succeed and (unless it `talks` anyway) complain of
     nothing."""
     done = subprocess.run([str(word) for word in command], stdin=options.pop("stdin", subprocess.DEVNULL),
-                          capture_output=True, timeout=120, check=False, **options)
+                          capture_output=True, timeout=timeout, check=False, **options)
     if done.returncode != 0 or (done.stderr and not talks):
         raise AssertionError(f"{command[0]} ended with {done.returncode}: {done.stderr.decode(errors='replace')}")
     return done.stdout
