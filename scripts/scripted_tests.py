@@ -13,6 +13,7 @@ import json
 import os
 import pathlib
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -43,12 +44,23 @@ def environment(**more):
     return {**{key: value for key, value in os.environ.items() if key not in dropped}, **more}
 
 
+def complete(words, **options):
+    """subprocess.run without input; stdout and stderr of the result are bytes. They do not come through pipes: services
+    of Wine that a program is the first to need may hold its pipes open for a minute after it has ended."""
+    with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
+        done = subprocess.run(words, stdin=subprocess.DEVNULL, stdout=output, stderr=errors, check=False, **options)
+        for name, file in ("stdout", output), ("stderr", errors):
+            file.seek(0)
+            setattr(done, name, file.read())
+        return done
+
+
 def run(program, *arguments, cwd=None, timeout=120, **more):
     """Runs a program to its end, in `cwd` (default: the scratch directory), which must lie in the repository; `more`
     goes into its environment. Gives subprocess's CompletedProcess with bytes in stdout and stderr; a program that does
     not end in `timeout` seconds has the return code 124."""
-    return subprocess.run(command(program, *arguments), cwd=cwd or scratch(), stdin=subprocess.DEVNULL,
-                          capture_output=True, env=environment(MARVO_TIMEOUT=str(timeout), **more), check=False)
+    return complete(command(program, *arguments), cwd=cwd or scratch(),
+                    env=environment(MARVO_TIMEOUT=str(timeout), **more))
 
 
 class _Results(unittest.TextTestResult):

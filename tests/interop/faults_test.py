@@ -1,5 +1,4 @@
 """Recordings to where there is no room, or which must not be written."""
-import subprocess
 import unittest
 
 import recordings
@@ -11,9 +10,9 @@ def run_with_room(most_bytes, *arguments):
     """Runs a program of ours that cannot make a file larger than that: what would be beyond is written in part, then
     not at all."""
     # Python ignores the signal that would end the program instead, and so do the programs it starts, when told to.
-    return subprocess.run(["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)],
-                          cwd=scripted_tests.scratch(), env=scripted_tests.environment(MARVO_TIMEOUT="100"),
-                          restore_signals=False, stdin=subprocess.DEVNULL, capture_output=True, check=False)
+    return scripted_tests.complete(
+        ["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)], cwd=scripted_tests.scratch(),
+        env=scripted_tests.environment(MARVO_TIMEOUT="100"), restore_signals=False)
 
 
 SESSION = """

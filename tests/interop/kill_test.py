@@ -5,6 +5,7 @@ import pathlib
 import random
 import signal
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -30,36 +31,36 @@ def few(count):
 
 
 class Recorder:
-    """A recording that runs until it is killed."""
+    """A recording that runs until it is killed. Its log is a file, since services of Wine that it was the first to need
+    would hold the other end of a pipe."""
 
     def __init__(self, file, system, most_bytes=None):
         limit = [] if most_bytes is None else ["prlimit", "--core=0", f"--fsize={most_bytes}"]
-        self._process = subprocess.Popen(
-            limit + scripted_tests.command(*recordings.probe_arguments("record", file, system)),
-            cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        self.written = -1
-        self._rest = b""
+        with tempfile.NamedTemporaryFile() as log:
+            self._log = open(log.name, "rb")
+            self._process = subprocess.Popen(
+                limit + scripted_tests.command(*recordings.probe_arguments("record", file, system)),
+                cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL, stdout=log,
+                stderr=subprocess.DEVNULL)
 
-    def follow(self, frames=None):
-        """Reads the recorder's log until it tells of so many frames on disk, or to its end."""
-        while frames is None or self.written < frames:
-            read = os.read(self._process.stdout.fileno(), 1 << 16)
-            if not read:
-                break
-            *lines, self._rest = (self._rest + read).split(b"\n")
-            if lines:
-                self.written = int(lines[-1])
+    def written(self):
+        """How many frames are on disk by the recorder's log; -1 as long as it says nothing."""
+        self._log.seek(0)
+        *lines, _ = self._log.read().split(b"\n")
+        return int(lines[-1]) if lines else -1
+
+    def follow(self, frames):
+        """Waits until so many frames are on disk."""
+        while self.written() < frames and self._process.poll() is None:
+            time.sleep(0.001)
 
     def kill(self):
-        """Ends the process as the system does in need, and reads its log to the end."""
         self._process.kill()
-        return self.wait()
 
-    def wait(self):
-        self.follow()
-        self._process.stdout.close()
-        return -self._process.wait()
+    def end(self):
+        """Waits for the end: the signal that it was, and the frames on disk."""
+        with self._log:
+            return -self._process.wait(), self.written()
 
 
 class Killed(unittest.TestCase):
@@ -108,16 +109,18 @@ class Killed(unittest.TestCase):
         recorder = Recorder(file, system)
         recorder.follow(frames)
         time.sleep(self.random.uniform(0, 0.01))
-        self.assertEqual(recorder.kill(), signal.SIGKILL)
-        self.check(file, system, recorder.written, f"killed behind frame {frames}")
+        recorder.kill()
+        ended_by, written = recorder.end()
+        self.assertEqual(ended_by, signal.SIGKILL)
+        self.check(file, system, written, f"killed behind frame {frames}")
         file.unlink()
 
     def stop_at(self, name, system, size):
         file = self.file(name)
-        recorder = Recorder(file, system, size)
-        self.assertEqual(recorder.wait(), signal.SIGXFSZ)
+        ended_by, written = Recorder(file, system, size).end()
+        self.assertEqual(ended_by, signal.SIGXFSZ)
         self.assertLessEqual(file.stat().st_size, size)
-        self.check(file, system, recorder.written, f"stopped at byte {size}")
+        self.check(file, system, written, f"stopped at byte {size}")
         file.unlink()
 
     def test_avi_killed_at_random_moments(self):
