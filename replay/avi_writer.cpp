@@ -64,6 +64,9 @@ int AviWriter::create(const wchar_t* name, const FileIOAVI::Video& video, bool u
     pieceOpen_ = true;
     framesPerUpdate_ = format_.rate / format_.scale;
     info = {};
+    // Nothing may have to grow while frames are written.
+    info.indexPositions.reserve(limits_.superEntries);
+    info.piecePositions.reserve(limits_.superEntries);
     info.pieces = 1;
     info.piecePositions.push_back(0);
     info.streams = 1;
