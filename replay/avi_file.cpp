@@ -1,14 +1,9 @@
 #include "replay/avi_file.h"
 
 #include "replay/file_io_avi.h"
+#include "video/media_type.h"
 
 #include <utility>
-
-namespace {
-
-constexpr unsigned long palFrameSize = 144000;
-
-} // namespace
 
 dvAVIFile::dvAVIFile() : io_(std::make_unique<FileIOAVI>()) {}
 
@@ -16,7 +11,7 @@ dvAVIFile::~dvAVIFile() = default;
 
 bool dvAVIFile::create(const wchar_t* name, unsigned long frameSize) {
     FileIOAVI::Video video;
-    video.is625 = frameSize == palFrameSize;
+    video.is625 = frameSize == vvideo::palFrameSize;
     video.height = video.is625 ? 576 : 480;
     return io_->create(name, video, true) == FileIOAVI::Ok;
 }

@@ -8,9 +8,6 @@ using riff::fourcc;
 
 namespace {
 
-constexpr unsigned long palFrameSize = 144000;
-constexpr unsigned long ntscFrameSize = 120000;
-
 /// The structure at the begin of a chunk; what the chunk is too short for stays 0.
 template <class Structure>
 Structure leading(AviSource& source, const RiffChunk& chunk) {
@@ -151,5 +148,5 @@ unsigned long AviHeader::nominalFrameSize() const {
     if (dv::isFrameSize(format.sizeImage)) {
         return format.sizeImage;
     }
-    return format.height == 576 ? palFrameSize : ntscFrameSize;
+    return format.height == 576 ? vvideo::palFrameSize : vvideo::ntscFrameSize;
 }

@@ -18,8 +18,6 @@ constexpr unsigned long headerBytes = 0x8000;
 /// Chunk headers lie far from each other.
 constexpr unsigned long walkBytes = 0x200;
 
-constexpr unsigned long palFrameSize = 144000;
-
 } // namespace
 
 int AviReader::fail(int code, const wchar_t* format, ...) {
@@ -156,7 +154,7 @@ unsigned long AviReader::sectorSize() const {
 }
 
 unsigned long AviReader::dataRate() const {
-    const double usual = dataFrameSize() == palFrameSize ? 25.0 : 30000.0 / 1001;
+    const double usual = dataFrameSize() == vvideo::palFrameSize ? 25.0 : 30000.0 / 1001;
     const double rate = header_.rate() > 0 && header_.rate() <= 1000 ? header_.rate() : usual;
     return static_cast<unsigned long>(std::min(rate * dataFrameSize(), 4294967295.0));
 }

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr unsigned long palFrameSize = 144000;
-
 constexpr unsigned long writerJoin_ms = 1000;
 /// A second helping for a writer that is held up by a busy machine: closing the file under it loses frames.
 constexpr unsigned long lateWriterJoin_ms = 4000;
@@ -113,7 +111,7 @@ unsigned long dvFrameStore::frameSize() const {
 }
 
 unsigned long dvFrameStore::framesPerSecond() const {
-    return ring_.frameSize() == palFrameSize ? 25 : 30;
+    return ring_.frameSize() == vvideo::palFrameSize ? 25 : 30;
 }
 
 const wchar_t* dvFrameStore::fileName() const {

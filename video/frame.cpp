@@ -1,6 +1,7 @@
 #include "video/frame.h"
 
 #include "core/daytime.h"
+#include "video/media_type.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,8 +18,6 @@ constexpr unsigned long blockSize = 80;
 constexpr unsigned long blocksPerSequence = 150;
 constexpr unsigned long sequenceSize = blocksPerSequence * blockSize;
 constexpr unsigned long firstAudioBlock = 6;
-constexpr unsigned long ntscFrameSize = 120000;
-constexpr unsigned long palFrameSize = 144000;
 
 /// Of an audio block: 3 bytes of id and 5 of auxiliary data come first.
 constexpr unsigned long audioDataOffset = 8;

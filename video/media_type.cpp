@@ -6,8 +6,6 @@ namespace vvideo {
 
 namespace {
 
-constexpr unsigned long ntscFrameSize = 120000;
-constexpr unsigned long palFrameSize = 144000;
 constexpr long ntscTimePerFrame = 333333;
 constexpr long palTimePerFrame = 400000;
 constexpr long dvWidth = 720;

@@ -9,6 +9,11 @@
 
 namespace vvideo {
 
+/// Bytes of one 25 Mbit/s DV frame: 12 (625/50) or 10 (525/60) DIF sequences of 150 blocks of 80 bytes (IEC 61834).
+constexpr unsigned long palFrameSize = 144000;
+/// As above, for 525/60.
+constexpr unsigned long ntscFrameSize = 120000;
+
 /// Zeroes `mt` and, when `cbFormat` is not 0, gives it a zeroed format block of that many bytes. What `mt`
 /// held before is not freed. Without memory it has no block and `cbFormat` 0.
 ///
