@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-/// Counts the memory that the engine's library asks for, whichever thread does: it replaces every allocating function
-/// that the library imports. What the system's own libraries allocate on the way is not counted. One at a time.
+/// Counts the memory that the engine's library asks for, whichever thread does: it replaces every allocating
+/// function that the library imports. What the system's own libraries allocate on the way is not counted. One
+/// at a time.
 class AllocationCounter {
 public:
     AllocationCounter();

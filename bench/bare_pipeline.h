@@ -7,10 +7,10 @@
 #include <atomic>
 #include <thread>
 
-/// What the engine's pipeline asks of the system for each frame, without the engine and without a copy of a frame: a
-/// writer that sleeps 10 ms at a time until a frame is there, writes one record unbuffered, and flushes once per ring's
-/// worth of frames; and a thread that the system's clock wakes once per frame, and that rests 5 ms and takes and gives
-/// back a sample.
+/// What the engine's pipeline asks of the system for each frame, without the engine and without a copy of a
+/// frame: a writer that sleeps 10 ms at a time until a frame is there, writes one record unbuffered, and
+/// flushes once per ring's worth of frames; and a thread that the system's clock wakes once per frame, and
+/// that rests 5 ms and takes and gives back a sample.
 class BarePipeline {
 public:
     /// Throws std::runtime_error when the file or the clock cannot be had.

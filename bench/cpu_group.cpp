@@ -16,13 +16,13 @@ constexpr unsigned long ringFrames = 50;
 constexpr int pace = 4;
 constexpr long long period_100ns = 400000 / pace;
 
-/// What the engine may need besides copying a frame four times: into the ring, for the file, for the display, into the
-/// sample.
+/// What the engine may need besides copying a frame four times: into the ring, for the file, for the display,
+/// into the sample.
 constexpr int allowedCopies = 4;
 constexpr double allowance_us = 200;
 
-/// The engine's whole pipeline between a foreign source and a foreign sink: record filter, store, writer and file; play
-/// filter on the same store, paced by the system's clock at the rate of the source.
+/// The engine's whole pipeline between a foreign source and a foreign sink: record filter, store, writer and
+/// file; play filter on the same store, paced by the system's clock at the rate of the source.
 class Pipeline {
 public:
     explicit Pipeline(const PacedFeed& feed) : file_(L"bench_cpu.dv") {
@@ -78,8 +78,8 @@ double feedCpu_us(const PacedFeed& feed, IMemInputPin* pin, int frames) {
     return (processCpu_s() - before_s) * 1e6 / frames;
 }
 
-/// The processor time advances in steps that are large for one round, so means of the rounds are reported: no step is
-/// lost between them.
+/// The processor time advances in steps that are large for one round, so means of the rounds are reported: no
+/// step is lost between them.
 struct Rounds {
     std::vector<double> feed_us;
     std::vector<double> bare_us;   ///< less the feed

@@ -12,8 +12,8 @@ struct CameraSetup {
     std::string log{}; ///< a file in the current directory, or empty
 };
 
-/// The engine `dvFE`, built on the simulated camera's PAL stream in a window of its own, as a host would run it: with an
-/// info drain, and its messages taken whenever this object waits. One at a time.
+/// The engine `dvFE`, built on the simulated camera's PAL stream in a window of its own, as a host would run
+/// it: with an info drain, and its messages taken whenever this object waits. One at a time.
 class Engine {
 public:
     static constexpr double period_s = 0.04;

@@ -4,8 +4,8 @@
 
 #include <atomic>
 
-/// A pin of somebody else's filter, as far as the engine's pins ask for it: it can be connected to, and it takes samples
-/// and drops them. Keeps to plain COM rules; lives on its owner's stack.
+/// A pin of somebody else's filter, as far as the engine's pins ask for it: it can be connected to, and it
+/// takes samples and drops them. Keeps to plain COM rules; lives on its owner's stack.
 class ForeignPin : public IPin, public IMemInputPin {
 public:
     explicit ForeignPin(PIN_DIRECTION direction) : direction_(direction) {}

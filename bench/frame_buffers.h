@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
-/// Equal buffers of bytes, each aligned to a page, filled with bytes that differ from buffer to buffer. The pages are
-/// touched, so that using them costs no page fault.
+/// Equal buffers of bytes, each aligned to a page, filled with bytes that differ from buffer to buffer. The
+/// pages are touched, so that using them costs no page fault.
 class FrameBuffers {
 public:
     /// Throws std::bad_alloc.
@@ -24,6 +24,6 @@ private:
     std::vector<std::unique_ptr<unsigned char[], Free>> buffers_;
 };
 
-/// Seconds that one copy of `size` bytes takes between buffers that no cache holds: each copy goes from one buffer to
-/// another that were both last touched more than 100 MB of copying ago. Median over all copies.
+/// Seconds that one copy of `size` bytes takes between buffers that no cache holds: each copy goes from one
+/// buffer to another that were both last touched more than 100 MB of copying ago. Median over all copies.
 double coldCopy_s(size_t size);

@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-/// Replaces a function that a loaded module imports, for this module only and as long as the object lives. Calls that
-/// are under way go on.
+/// Replaces a function that a loaded module imports, for this module only and as long as the object lives.
+/// Calls that are under way go on.
 class ImportPatch {
 public:
-    /// Replaces every import of that name, from whichever library, by `replacement`, which has the same signature.
+    /// Replaces every import of that name, from whichever library, by `replacement`, which has the same
+    /// signature.
     ImportPatch(HMODULE module, const std::string& name, void* replacement);
     ~ImportPatch();
     ImportPatch(const ImportPatch&) = delete;

@@ -43,7 +43,8 @@ struct Account {
     int foreign = 0;   ///< records that hold none of the stream's frames, or one out of order
 };
 
-/// The delivery that the recording begins with: the stream repeats, so it is looked for near the time of the start.
+/// The delivery that the recording begins with: the stream repeats, so it is looked for near the time of the
+/// start.
 size_t firstRecorded(const CameraLog& log, const std::vector<long>& recorded, const Run& run) {
     const auto& deliveries = log.deliveries;
     size_t i = 0;

@@ -3,8 +3,8 @@
 #include "bench/frame_buffers.h"
 #include "bench/sample_pool.h"
 
-/// Feeds an input pin with frames at a steady rate as a capture device does: each frame is copied into a sample of the
-/// device's allocator and received by the pin.
+/// Feeds an input pin with frames at a steady rate as a capture device does: each frame is copied into a
+/// sample of the device's allocator and received by the pin.
 class PacedFeed {
 public:
     /// Frames of `frameSize` bytes, one every `period_s`.

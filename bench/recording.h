@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Bytes of one record of a raw recording in the current directory's volume: `frameSize` + 8, rounded up to sectors.
+/// Bytes of one record of a raw recording in the current directory's volume: `frameSize` + 8, rounded up to
+/// sectors.
 size_t recordSize(size_t frameSize);
 
 /// A file that is removed at the end; made by others.
@@ -38,7 +39,8 @@ public:
     /// Frame number `index` modulo their count.
     const unsigned char* operator[](size_t index) const { return &bytes_[index % frames() * frameSize_]; }
 
-    /// The number of the frame with these bytes; `expected` is tried first. -1 when it is none of the stream's.
+    /// The number of the frame with these bytes; `expected` is tried first. -1 when it is none of the
+    /// stream's.
     long find(const unsigned char* frame, size_t expected) const;
 
 private:
@@ -46,10 +48,11 @@ private:
     std::vector<unsigned char> bytes_;
 };
 
-/// Where the test streams lie: the file `name` in the folder that the environment variable MARVO_STREAMS names.
+/// Where the test streams lie: the file `name` in the folder that the environment variable MARVO_STREAMS
+/// names.
 std::string streamPath(const char* name);
 
-/// For each record of a raw recording the number of the stream's frame it holds, -1 for none. `progress` is told the
-/// number of records read and their count. Throws std::runtime_error when the file cannot be read.
+/// For each record of a raw recording the number of the stream's frame it holds, -1 for none. `progress` is
+/// told the number of records read and their count. Throws std::runtime_error when the file cannot be read.
 std::vector<long> identify(const wchar_t* recording, const Stream& stream,
                            const std::function<void(double, double)>& progress);

@@ -37,7 +37,8 @@ public:
     }
 
 private:
-    /// The first frame of a range that does not hold what is being shown: one of the recording's two halves in turn.
+    /// The first frame of a range that does not hold what is being shown: one of the recording's two halves
+    /// in turn.
     unsigned long long nextRange() {
         second_ = !second_;
         return (second_ ? 2 * rangeFrames : 0) + random_() % rangeFrames;

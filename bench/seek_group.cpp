@@ -25,8 +25,8 @@ public:
         return from_ + (distance(dvFE.playedFrame()) + step) % frames_;
     }
 
-    /// Ticks from the call of `seekPosition` until `playedFrame` is the frame, or one just behind it when the machine
-    /// has kept this thread from asking in time.
+    /// Ticks from the call of `seekPosition` until `playedFrame` is the frame, or one just behind it when the
+    /// machine has kept this thread from asking in time.
     double ticksTo(unsigned long long frame) {
         constexpr unsigned long long overlooked = 3;
         const Stopwatch watch;

@@ -21,9 +21,9 @@ struct Comparison {
     double ratio = 0; ///< median of baseline / engine of each pair of rounds: the engine's share of the speed
 };
 
-/// Runs engine and baseline in turn, `rounds` times each after one pair that does not count, so that other load on
-/// the machine hits both. Both return the seconds they took. The engine's round comes first: a baseline may repeat
-/// what it has just done.
+/// Runs engine and baseline in turn, `rounds` times each after one pair that does not count, so that other
+/// load on the machine hits both. Both return the seconds they took. The engine's round comes first: a
+/// baseline may repeat what it has just done.
 template <class Engine, class Baseline>
 Comparison compare(int rounds, Engine engine, Baseline baseline) {
     engine();

@@ -2,8 +2,8 @@
 
 #include "marvo.h"
 
-/// Seconds of the performance counter, whose zero is the computer's start. The simulated camera's log has the same
-/// zero, in milliseconds.
+/// Seconds of the performance counter, whose zero is the computer's start. The simulated camera's log has the
+/// same zero, in milliseconds.
 inline double now_s() {
     static const double frequency = [] {
         LARGE_INTEGER value;

@@ -51,7 +51,8 @@ std::string list(const char* type, const std::string& chunks) {
     return chunk("LIST", type + chunks);
 }
 
-/// A "JUNK" chunk of `size` bytes with its header, of which only the header is returned: the rest is zero anyway.
+/// A "JUNK" chunk of `size` bytes with its header, of which only the header is returned: the rest is zero
+/// anyway.
 std::string junkHeader(unsigned long long size) {
     return Bytes().code("JUNK").number(size - chunkHeader).text();
 }

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-/// An AVI file with OpenDML indexes of any number of PAL frames, laid out as the engine's own recordings are, but
-/// without the frames' pictures: the disk holds little more than headers and indexes (a sparse file). Frames of which
-/// only an index entry tells lack their chunk headers, too, but for some 40 that are spread evenly and those beside
-/// index chunks.
+/// An AVI file with OpenDML indexes of any number of PAL frames, laid out as the engine's own recordings are,
+/// but without the frames' pictures: the disk holds little more than headers and indexes (a sparse file).
+/// Frames of which only an index entry tells lack their chunk headers, too, but for some 40 that are spread
+/// evenly and those beside index chunks.
 class SyntheticAvi {
 public:
     /// Where an index stands in the file, with its chunk header, in bytes.

@@ -23,9 +23,9 @@ BOOL WINAPI countingFlush(HANDLE file) {
 
 /// Records frames into a file as fast as the writer takes them.
 ///
-/// The frames are fed on the writer's own thread, one for each that it takes, in the signal that it emits before it takes
-/// one; the time for that is not counted. So the writer neither waits for the feed nor shares the processors with it,
-/// and it sees the ring's positions pass as it does with a camera.
+/// The frames are fed on the writer's own thread, one for each that it takes, in the signal that it emits
+/// before it takes one; the time for that is not counted. So the writer neither waits for the feed nor shares
+/// the processors with it, and it sees the ring's positions pass as it does with a camera.
 class Recorder {
 public:
     Recorder() {

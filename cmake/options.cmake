@@ -1,6 +1,5 @@
 # Compile and link options that everything of ours shares.
 add_library(marvo_options INTERFACE)
-target_include_directories(marvo_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_definitions(marvo_options INTERFACE
     UNICODE _UNICODE NOMINMAX NO_DSHOW_STRSAFE _WIN32_WINNT=0x0602 WINVER=0x0602)
 
@@ -17,14 +16,3 @@ else()
         -fno-delete-null-pointer-checks)
     target_link_options(marvo_options INTERFACE -static)
 endif()
-
-# marvo_room(name sources...): one room of the library as an object library.
-# A room without sources is left out.
-function(marvo_room name)
-    if(NOT ARGN)
-        return()
-    endif()
-    add_library(marvo_${name} OBJECT ${ARGN})
-    target_link_libraries(marvo_${name} PRIVATE marvo_options)
-    target_compile_definitions(marvo_${name} PRIVATE MARVO_BUILD)
-endfunction()

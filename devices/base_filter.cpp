@@ -9,8 +9,9 @@
 namespace devices {
 
 HRESULT base_filter::QueryInterface(REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     if (iid == IID_IUnknown || iid == IID_IPersist || iid == IID_IMediaFilter || iid == IID_IBaseFilter) {
         *out = static_cast<IBaseFilter*>(this);
         AddRef();
@@ -36,16 +37,18 @@ ULONG base_filter::Release() {
 }
 
 HRESULT base_filter::GetClassID(CLSID* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = clsid_;
     return S_OK;
 }
 
 HRESULT base_filter::Stop() {
     guard held(control_);
-    if (state_ == State_Stopped)
+    if (state_ == State_Stopped) {
         return S_OK;
+    }
     state_ = State_Stopped;
     return on_stop();
 }
@@ -54,8 +57,9 @@ HRESULT base_filter::Pause() {
     guard held(control_);
     if (state_ == State_Stopped) {
         const HRESULT result = on_start();
-        if (FAILED(result))
+        if (FAILED(result)) {
             return result;
+        }
     } else if (state_ == State_Running) {
         on_pause();
     }
@@ -67,21 +71,24 @@ HRESULT base_filter::Run(REFERENCE_TIME start) {
     guard held(control_);
     if (state_ == State_Stopped) {
         const HRESULT result = Pause();
-        if (FAILED(result))
+        if (FAILED(result)) {
             return result;
+        }
     }
     if (state_ == State_Paused) {
         const HRESULT result = on_run(start);
-        if (FAILED(result))
+        if (FAILED(result)) {
             return result;
+        }
         state_ = State_Running;
     }
     return S_OK;
 }
 
 HRESULT base_filter::GetState(DWORD, FILTER_STATE* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     guard held(control_);
     *out = state_;
     return state_ == State_Paused ? paused_result() : S_OK;
@@ -94,26 +101,30 @@ HRESULT base_filter::SetSyncSource(IReferenceClock* clock) {
 }
 
 HRESULT base_filter::GetSyncSource(IReferenceClock** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     guard held(control_);
     *out = com_ref<IReferenceClock>(clock_).detach();
     return S_OK;
 }
 
 HRESULT base_filter::EnumPins(IEnumPins** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = new (std::nothrow) enum_pins(*this);
     return *out ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT base_filter::FindPin(LPCWSTR id, IPin** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
-    if (!id)
+    if (!id) {
         return E_POINTER;
+    }
     guard held(control_);
     for (int index = 0; index < pin_count(); ++index) {
         if (std::wcscmp(pin(index)->name(), id) == 0) {
@@ -125,8 +136,9 @@ HRESULT base_filter::FindPin(LPCWSTR id, IPin** out) {
 }
 
 HRESULT base_filter::QueryFilterInfo(FILTER_INFO* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     guard held(graph_lock_);
     std::wmemcpy(out->achName, name_, 128);
     out->pGraph = com_ref<IFilterGraph>(graph_).detach();
@@ -144,22 +156,25 @@ HRESULT base_filter::JoinFilterGraph(IFilterGraph* graph, LPCWSTR name) {
         events_ = events.get();
     }
     name_[0] = 0;
-    if (name)
+    if (name) {
         std::wcsncat(name_, name, 127);
+    }
     return S_OK;
 }
 
 HRESULT base_filter::QueryVendorInfo(LPWSTR* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
     return E_NOTIMPL;
 }
 
 void base_filter::notify(long code, LONG_PTR first, LONG_PTR second) {
     guard held(graph_lock_);
-    if (events_)
+    if (events_) {
         events_->Notify(code, first, second);
+    }
 }
 
 } // namespace devices

@@ -12,11 +12,13 @@ namespace devices {
 
 class base_pin;
 
-/// A filter: its state, clock, name and graph. Pins are members of the derived class and share its reference count.
+/// A filter: its state, clock, name and graph. Pins are members of the derived class and share its reference
+/// count.
 ///
-/// Entered by the graph's thread and, for `notify` only, by the filter's own thread. `control()` guards state, clock and
-/// connections; it is held while neighbours are called to connect. The graph is known without a reference (it owns its
-/// filters) and guarded by a lock of its own, so that a streaming thread can report while `Stop` holds `control()`.
+/// Entered by the graph's thread and, for `notify` only, by the filter's own thread. `control()` guards
+/// state, clock and connections; it is held while neighbours are called to connect. The graph is known
+/// without a reference (it owns its filters) and guarded by a lock of its own, so that a streaming thread can
+/// report while `Stop` holds `control()`.
 class base_filter : public IBaseFilter, private object_count {
 public:
     base_filter(const base_filter&) = delete;
@@ -57,8 +59,9 @@ protected:
     explicit base_filter(const CLSID& clsid) : clsid_(clsid) {}
     virtual ~base_filter() = default;
 
-    /// The steps between states, called with `control()` held. A failed `on_start` or `on_run` leaves the state as it
-    /// was. `on_start` goes from stopped to paused, `on_stop` ends all streaming whatever the neighbours do.
+    /// The steps between states, called with `control()` held. A failed `on_start` or `on_run` leaves the
+    /// state as it was. `on_start` goes from stopped to paused, `on_stop` ends all streaming whatever the
+    /// neighbours do.
     virtual HRESULT on_start() = 0;
     virtual HRESULT on_run(REFERENCE_TIME start) = 0;
     virtual void on_pause() = 0;

@@ -9,8 +9,9 @@
 namespace devices {
 
 HRESULT base_pin::QueryInterface(REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     if (iid == IID_IUnknown || iid == IID_IPin) {
         *out = static_cast<IPin*>(this);
         AddRef();
@@ -30,26 +31,30 @@ ULONG base_pin::Release() {
 
 HRESULT base_pin::Disconnect() {
     guard held(owner_.control());
-    if (!owner_.stopped())
+    if (!owner_.stopped()) {
         return VFW_E_NOT_STOPPED;
-    if (!connected())
+    }
+    if (!connected()) {
         return S_FALSE;
+    }
     on_disconnect();
     drop_connection();
     return S_OK;
 }
 
 HRESULT base_pin::ConnectedTo(IPin** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     guard held(owner_.control());
     *out = com_ref<IPin>(peer_).detach();
     return *out ? S_OK : VFW_E_NOT_CONNECTED;
 }
 
 HRESULT base_pin::ConnectionMediaType(AM_MEDIA_TYPE* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     guard held(owner_.control());
     if (!connected()) {
         *out = AM_MEDIA_TYPE{};
@@ -59,8 +64,9 @@ HRESULT base_pin::ConnectionMediaType(AM_MEDIA_TYPE* out) {
 }
 
 HRESULT base_pin::QueryPinInfo(PIN_INFO* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = PIN_INFO{};
     out->pFilter = com_ref<IBaseFilter>(&owner_).detach();
     out->dir = direction_;
@@ -69,33 +75,38 @@ HRESULT base_pin::QueryPinInfo(PIN_INFO* out) {
 }
 
 HRESULT base_pin::QueryDirection(PIN_DIRECTION* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = direction_;
     return S_OK;
 }
 
 HRESULT base_pin::QueryId(LPWSTR* out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     const size_t length = std::wcslen(name_) + 1;
     *out = static_cast<LPWSTR>(CoTaskMemAlloc(length * sizeof(WCHAR)));
-    if (!*out)
+    if (!*out) {
         return E_OUTOFMEMORY;
+    }
     std::wmemcpy(*out, name_, length);
     return S_OK;
 }
 
 HRESULT base_pin::QueryAccept(const AM_MEDIA_TYPE* type) {
-    if (!type)
+    if (!type) {
         return E_POINTER;
+    }
     guard held(owner_.control());
     return accepts(*type) ? S_OK : S_FALSE;
 }
 
 HRESULT base_pin::EnumMediaTypes(IEnumMediaTypes** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
     guard held(owner_.control());
     try {
@@ -111,16 +122,20 @@ HRESULT base_pin::QueryInternalConnections(IPin**, ULONG*) {
 }
 
 HRESULT base_pin::check_peer(IPin* peer) const {
-    if (!peer)
+    if (!peer) {
         return E_POINTER;
-    if (connected())
+    }
+    if (connected()) {
         return VFW_E_ALREADY_CONNECTED;
-    if (!owner_.stopped())
+    }
+    if (!owner_.stopped()) {
         return VFW_E_NOT_STOPPED;
+    }
     PIN_DIRECTION direction;
     const HRESULT result = peer->QueryDirection(&direction);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     return direction == direction_ ? VFW_E_INVALID_DIRECTION : S_OK;
 }
 

@@ -11,9 +11,9 @@ namespace devices {
 
 class base_filter;
 
-/// A pin's name, direction and connection. A pin is a member of its filter: references to it are references to the
-/// filter. The peer is held with a reference while connected. The filter's `control()` guards all members; they change
-/// only while the filter is stopped.
+/// A pin's name, direction and connection. A pin is a member of its filter: references to it are references
+/// to the filter. The peer is held with a reference while connected. The filter's `control()` guards all
+/// members; they change only while the filter is stopped.
 class base_pin : public IPin {
 public:
     base_pin(const base_pin&) = delete;
@@ -54,7 +54,8 @@ protected:
     /// Called after the connection is made or before it is given up.
     virtual void on_disconnect() = 0;
 
-    /// Whether a connection to `peer` may be made now: both there, this one free, filter stopped, directions opposite.
+    /// Whether a connection to `peer` may be made now: both there, this one free, filter stopped, directions
+    /// opposite.
     HRESULT check_peer(IPin* peer) const;
     void keep_connection(IPin* peer, media_type type);
     void drop_connection();

@@ -13,8 +13,9 @@ const DWORD patience_ms = 2000;
 
 std::shared_ptr<dv_stream> opened(const camera_config& config) {
     auto stream = std::make_shared<dv_stream>();
-    if (!config.stream.empty())
+    if (!config.stream.empty()) {
         stream->open(config.stream);
+    }
     return stream;
 }
 
@@ -28,40 +29,47 @@ camera::camera(const camera_config& config)
       output_(*this, stream_->system() ? *stream_->system() : dv_system::pal_system()) {}
 
 camera::~camera() {
-    if (!end_feed())
+    if (!end_feed()) {
         feed_.release(); // its thread still runs in it; better lost than pulled from under it
+    }
 }
 
 HRESULT camera::open_stream() {
     if (!stream_->system()) {
         const HRESULT result =
             config_.stream.empty() ? HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) : stream_->open(config_.stream);
-        if (FAILED(result))
+        if (FAILED(result)) {
             return result;
+        }
     }
     return stream_->system() == &output_.system() ? S_OK : VFW_E_INVALIDMEDIATYPE;
 }
 
 HRESULT camera::on_start() {
-    if (!device_presence::present())
+    if (!device_presence::present()) {
         return device_presence::lost_error;
-    if (feed_ && !end_feed())
+    }
+    if (feed_ && !end_feed()) {
         return VFW_E_TIMEOUT;
+    }
     try {
         HRESULT result = open_stream();
-        if (FAILED(result) || !output_.connected())
+        if (FAILED(result) || !output_.connected()) {
             return result;
+        }
         stream_->load(most_in_memory);
         result = output_.commit();
-        if (FAILED(result))
+        if (FAILED(result)) {
             return result;
+        }
         feed_ = std::make_unique<camera_feed>(config_, stream_, output_.connection(), [this](bool present) {
             // As the system has it: the device's own filter, then 0 for gone and 1 for back.
             notify(EC_DEVICE_LOST, reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(this)),
                    present ? 1 : 0);
         });
-        if (feed_->start())
+        if (feed_->start()) {
             return S_OK;
+        }
         feed_.reset();
         output_.decommit();
         return E_FAIL;
@@ -71,16 +79,19 @@ HRESULT camera::on_start() {
 }
 
 HRESULT camera::on_run(REFERENCE_TIME start) {
-    if (!device_presence::present())
+    if (!device_presence::present()) {
         return device_presence::lost_error;
-    if (feed_)
+    }
+    if (feed_) {
         feed_->run(clock(), start);
+    }
     return S_OK;
 }
 
 void camera::on_pause() {
-    if (feed_)
+    if (feed_) {
         feed_->pause();
+    }
 }
 
 HRESULT camera::on_stop() {
@@ -88,8 +99,9 @@ HRESULT camera::on_stop() {
 }
 
 bool camera::end_feed() {
-    if (!feed_)
+    if (!feed_) {
         return true;
+    }
     feed_->ask_to_stop();
     output_.decommit();
     bool ended = feed_->ended(patience_ms);
@@ -99,8 +111,9 @@ bool camera::end_feed() {
         ended = feed_->ended(patience_ms);
         output_.peer()->EndFlush();
     }
-    if (ended)
+    if (ended) {
         feed_.reset();
+    }
     return ended;
 }
 

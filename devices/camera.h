@@ -11,11 +11,12 @@
 
 namespace devices {
 
-/// A live source that plays a raw .dv file over and over as a camera would send it, with declared faults. While paused
-/// it shows nothing (VFW_S_CANT_CUE); frames are counted from 0 at every start from the stopped state.
+/// A live source that plays a raw .dv file over and over as a camera would send it, with declared faults.
+/// While paused it shows nothing (VFW_S_CANT_CUE); frames are counted from 0 at every start from the stopped
+/// state.
 ///
-/// The configuration is read when the camera is made. Without a usable stream the pin offers PAL and every start fails
-/// with the reason that the file gives. While the device is lost, starting fails with
+/// The configuration is read when the camera is made. Without a usable stream the pin offers PAL and every
+/// start fails with the reason that the file gives. While the device is lost, starting fails with
 /// HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED); a loss is reported to the graph by EC_DEVICE_LOST.
 class camera final : public base_filter {
 public:

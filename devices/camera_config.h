@@ -10,11 +10,11 @@
 
 namespace devices {
 
-/// The camera's stream and its faults, from a text file of `key = value` lines; a `#` at a line's beginning or after a
-/// blank begins a comment.
+/// The camera's stream and its faults, from a text file of `key = value` lines; a `#` at a line's beginning
+/// or after a blank begins a comment.
 ///
-/// Frames are counted by the camera's deliveries: 0 is the first frame period after the start, and a period whose frame
-/// is dropped counts as well.
+/// Frames are counted by the camera's deliveries: 0 is the first frame period after the start, and a period
+/// whose frame is dropped counts as well.
 ///
 /// | key | value | meaning |
 /// |---|---|---|
@@ -47,12 +47,13 @@ struct camera_config {
     std::wstring log; ///< full path, or empty
     uint32_t devices = 1;
 
-    /// Where the text file is: named by the environment variable MARVO_CAMERA, else "camera.txt" beside this module.
+    /// Where the text file is: named by the environment variable MARVO_CAMERA, else "camera.txt" beside this
+    /// module.
     static std::wstring location();
     /// Reads a text file (UTF-8). One that cannot be read gives the defaults and a line on stderr.
     static camera_config load(const std::wstring& path);
-    /// Reads a text. Lines that cannot be understood are named on stderr and left out. `folder` is what paths are
-    /// relative to, `name` what the messages call the text.
+    /// Reads a text. Lines that cannot be understood are named on stderr and left out. `folder` is what paths
+    /// are relative to, `name` what the messages call the text.
     static camera_config parse(std::string_view text, const std::wstring& folder, const char* name);
 
     /// Whether a frame is to be skipped.

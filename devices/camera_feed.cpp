@@ -34,13 +34,15 @@ file_handle open_log(const std::wstring& path) {
     static std::wstring opened;
     guard held(opened_lock);
     file_handle file;
-    if (path.empty())
+    if (path.empty()) {
         return file;
+    }
     file = file_handle::open_to_append(path, path != opened);
-    if (file)
+    if (file) {
         opened = path;
-    else
+    } else {
         std::fprintf(stderr, "camera: cannot write the log %ls\n", path.c_str());
+    }
     return file;
 }
 
@@ -52,14 +54,16 @@ camera_feed::camera_feed(const camera_config& config, std::shared_ptr<const dv_s
       report_(std::move(report)), log_(open_log(config.log)) {}
 
 camera_feed::~camera_feed() {
-    if (thread_)
+    if (thread_) {
         CloseHandle(thread_);
+    }
 }
 
 bool camera_feed::start() {
     write_log("# start: %s, %llu frames\n", system_.name, static_cast<unsigned long long>(stream_->frames()));
-    if (order_changed_.handle() && clock_tick_.handle())
+    if (order_changed_.handle() && clock_tick_.handle()) {
         thread_ = CreateThread(nullptr, 0, &camera_feed::thread_main, this, 0, nullptr);
+    }
     return thread_ != nullptr;
 }
 
@@ -88,8 +92,9 @@ DWORD WINAPI camera_feed::thread_main(void* self) {
     const HRESULT com = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL);
     static_cast<camera_feed*>(self)->deliver_until_stopped();
-    if (SUCCEEDED(com))
+    if (SUCCEEDED(com)) {
         CoUninitialize();
+    }
     return 0;
 }
 
@@ -116,8 +121,9 @@ void camera_feed::deliver_while_running() {
         clock_ = next_clock_;
         start = next_start_;
     }
-    if (!clock_)
+    if (!clock_) {
         start = now();
+    }
     // Frames begin now, or when stream time begins if that is later; stalls move all that follows.
     const REFERENCE_TIME begin = std::max(now(), start) - offset_of(frame_);
     REFERENCE_TIME stalled = 0;
@@ -129,14 +135,16 @@ void camera_feed::deliver_while_running() {
         stalled += static_cast<REFERENCE_TIME>(config_.stall_before(frame_)) * millisecond;
         // A burst comes when its last frame is due, as if its frames had been held up on the way.
         const uint64_t burst_last = frame_ - frame_ % config_.burst + config_.burst - 1;
-        if (!wait_until(begin + stalled + offset_of(burst_last)))
+        if (!wait_until(begin + stalled + offset_of(burst_last))) {
             return;
+        }
         const REFERENCE_TIME from = begin + stalled + offset_of(frame_) - start;
         const REFERENCE_TIME to = begin + stalled + offset_of(frame_ + 1) - start;
-        if (config_.drops_frame(frame_))
+        if (config_.drops_frame(frame_)) {
             discontinuity_ = true;
-        else if (deliver(frame_, from, to))
+        } else if (deliver(frame_, from, to)) {
             discontinuity_ = false;
+        }
         ++frame_;
     }
 }
@@ -144,8 +152,9 @@ void camera_feed::deliver_while_running() {
 bool camera_feed::deliver(uint64_t frame, REFERENCE_TIME start, REFERENCE_TIME end) {
     com_ref<IMediaSample> sample;
     HRESULT result = link_.allocator->GetBuffer(sample.put(), nullptr, nullptr, 0);
-    if (FAILED(result) || !sample)
+    if (FAILED(result) || !sample) {
         return false;
+    }
     BYTE* bytes = nullptr;
     const long size = static_cast<long>(system_.frame_bytes);
     if (FAILED(sample->GetPointer(&bytes)) || sample->GetSize() < size || !stream_->read(frame, bytes)) {
@@ -165,9 +174,10 @@ bool camera_feed::deliver(uint64_t frame, REFERENCE_TIME start, REFERENCE_TIME e
     write_log("%llu %llu %.3f\n", static_cast<unsigned long long>(delivery),
               static_cast<unsigned long long>(frame % stream_->frames()), performance_seconds() * 1000);
     result = link_.transport->Receive(sample.get());
-    if (result != S_OK)
+    if (result != S_OK) {
         write_log("# delivery %llu refused: %08lx\n", static_cast<unsigned long long>(delivery),
                   static_cast<unsigned long>(result));
+    }
     return result == S_OK;
 }
 
@@ -186,8 +196,9 @@ void camera_feed::lose_device() {
 }
 
 void camera_feed::write_log(const char* format, ...) {
-    if (!log_)
+    if (!log_) {
         return;
+    }
     char line[128];
     va_list arguments;
     va_start(arguments, format);
@@ -211,8 +222,9 @@ void camera_feed::give_order(order next) {
 
 REFERENCE_TIME camera_feed::now() const {
     REFERENCE_TIME time = 0;
-    if (clock_ && SUCCEEDED(clock_->GetTime(&time)))
+    if (clock_ && SUCCEEDED(clock_->GetTime(&time))) {
         return time;
+    }
     return static_cast<REFERENCE_TIME>(performance_seconds() * second);
 }
 
@@ -226,13 +238,15 @@ bool camera_feed::wait_until(REFERENCE_TIME due) {
         if (clock_ &&
             SUCCEEDED(clock_->AdviseTime(due, 0, reinterpret_cast<HEVENT>(clock_tick_.handle()), &advice))) {
             const HANDLE events[] = {order_changed_.handle(), clock_tick_.handle()};
-            if (WaitForMultipleObjects(2, events, FALSE, ms + 20) != WAIT_OBJECT_0 + 1)
+            if (WaitForMultipleObjects(2, events, FALSE, ms + 20) != WAIT_OBJECT_0 + 1) {
                 clock_->Unadvise(advice);
+            }
         } else {
             wait_for_order(ms + 1);
         }
-        if (current_order() != order::run)
+        if (current_order() != order::run) {
             return false;
+        }
     }
     return current_order() == order::run;
 }

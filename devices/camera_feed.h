@@ -13,16 +13,17 @@
 
 namespace devices {
 
-/// Delivers the stream's frames downstream, paced by a reference clock or, without one, by the computer's own, with the
-/// configured faults. A frame that is due while downstream is busy follows at once when it is free again: none is lost
-/// but those the configuration names. A downstream filter that refuses a frame misses it; the camera goes on.
+/// Delivers the stream's frames downstream, paced by a reference clock or, without one, by the computer's
+/// own, with the configured faults. A frame that is due while downstream is busy follows at once when it is
+/// free again: none is lost but those the configuration names. A downstream filter that refuses a frame
+/// misses it; the camera goes on.
 ///
-/// Samples carry the stream times of their frame periods and, as media time, the number of the period. Every delivery
-/// writes its line to the log just before it (delivery, source frame, milliseconds of the performance counter); lines
-/// that begin with # tell of starts, losses and refused deliveries.
+/// Samples carry the stream times of their frame periods and, as media time, the number of the period. Every
+/// delivery writes its line to the log just before it (delivery, source frame, milliseconds of the
+/// performance counter); lines that begin with # tell of starts, losses and refused deliveries.
 ///
-/// Threads: made, run, paused and stopped by the filter under its `control()`; one thread of its own, which takes
-/// `order_lock_` only and no lock of the filter's.
+/// Threads: made, run, paused and stopped by the filter under its `control()`; one thread of its own, which
+/// takes `order_lock_` only and no lock of the filter's.
 class camera_feed {
 public:
     /// Called on the feed's thread: the device went (false) or came back (true).

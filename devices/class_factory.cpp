@@ -24,8 +24,9 @@ const served_class classes[] = {
 
 const served_class* find(REFCLSID clsid) {
     for (const served_class& entry : classes) {
-        if (entry.clsid == clsid)
+        if (entry.clsid == clsid) {
             return &entry;
+        }
     }
     return nullptr;
 }
@@ -37,8 +38,9 @@ bool class_factory::serves(REFCLSID clsid) {
 }
 
 HRESULT class_factory::QueryInterface(REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     if (iid == IID_IUnknown || iid == IID_IClassFactory) {
         *out = static_cast<IClassFactory*>(this);
         AddRef();
@@ -54,19 +56,23 @@ ULONG class_factory::AddRef() {
 
 ULONG class_factory::Release() {
     const LONG left = InterlockedDecrement(&references_);
-    if (left == 0)
+    if (left == 0) {
         delete this;
+    }
     return static_cast<ULONG>(left);
 }
 
 HRESULT class_factory::CreateInstance(IUnknown* outer, REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
-    if (outer)
+    if (outer) {
         return CLASS_E_NOAGGREGATION;
-    if (clsid_ == camera::clsid && !device_presence::present())
+    }
+    if (clsid_ == camera::clsid && !device_presence::present()) {
         return device_presence::lost_error;
+    }
     try {
         base_filter* made = find(clsid_)->make();
         const HRESULT result = made->QueryInterface(iid, out);
@@ -78,10 +84,11 @@ HRESULT class_factory::CreateInstance(IUnknown* outer, REFIID iid, void** out) {
 }
 
 HRESULT class_factory::LockServer(BOOL lock) {
-    if (lock)
+    if (lock) {
         InterlockedIncrement(&locks_);
-    else
+    } else {
         InterlockedDecrement(&locks_);
+    }
     return S_OK;
 }
 

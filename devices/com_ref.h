@@ -8,15 +8,17 @@
 
 namespace devices {
 
-/// Holds one reference to a COM object and releases it at the end; may be empty. Not for sharing between threads.
+/// Holds one reference to a COM object and releases it at the end; may be empty. Not for sharing between
+/// threads.
 template <class T>
 class com_ref {
 public:
     com_ref() = default;
     /// Adds a reference to `object` (null allowed).
     explicit com_ref(T* object) : object_(object) {
-        if (object_)
+        if (object_) {
             object_->AddRef();
+        }
     }
     com_ref(const com_ref& other) : com_ref(other.object_) {}
     com_ref(com_ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
@@ -27,10 +29,12 @@ public:
         return *this;
     }
 
-    /// Gives the reference back; empty afterwards. The member is emptied first, because releasing may come back here.
+    /// Gives the reference back; empty afterwards. The member is emptied first, because releasing may come
+    /// back here.
     void reset() {
-        if (T* old = std::exchange(object_, nullptr))
+        if (T* old = std::exchange(object_, nullptr)) {
             old->Release();
+        }
     }
 
     /// Where a function stores a pointer that already carries a reference for the caller. Empties first.

@@ -7,7 +7,8 @@
 
 namespace devices {
 
-/// Takes DV pictures at "XForm In" and hands RGB pictures on at "XForm Out": RGB32 first, then RGB24, bottom line first.
+/// Takes DV pictures at "XForm In" and hands RGB pictures on at "XForm Out": RGB32 first, then RGB24, bottom
+/// line first.
 class decoder final : public transform_filter {
 public:
     /// The class of the system's own filter, in whose place it stands.

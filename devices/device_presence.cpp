@@ -22,20 +22,24 @@ bool device_presence::present() {
 
 bool device_presence::lose(std::optional<uint32_t> return_ms) {
     guard held(presence_lock);
-    if (was_lost)
+    if (was_lost) {
         return false;
+    }
     was_lost = true;
-    if (return_ms)
+    if (return_ms) {
         returns_at = GetTickCount64() + *return_ms;
+    }
     return true;
 }
 
 std::optional<uint32_t> device_presence::returns_in() {
     guard held(presence_lock);
-    if (!was_lost)
+    if (!was_lost) {
         return 0u;
-    if (!returns_at)
+    }
+    if (!returns_at) {
         return std::nullopt;
+    }
     const ULONGLONG now = GetTickCount64();
     return now >= *returns_at ? 0u : static_cast<uint32_t>(*returns_at - now);
 }

@@ -11,7 +11,8 @@ const int blocks_before_video = 6; // header, two of subcode, three of VAUX
 const int video_blocks_per_audio_block = 15;
 const int superblock_rows = 6; // in cells
 
-/// Which superblock each part of a segment comes from: the column, and the row relative to the segment's sequence.
+/// Which superblock each part of a segment comes from: the column, and the row relative to the segment's
+/// sequence.
 const struct {
     int column;
     int row_offset;
@@ -21,8 +22,9 @@ const struct {
 void serpentine(int index, int height, int& column, int& row) {
     column = index / height;
     row = index % height;
-    if (column % 2)
+    if (column % 2) {
         row = height - 1 - row;
+    }
 }
 
 /// The byte offset of a sequence's n-th video block, past the audio block that precedes every fifteen.
@@ -43,8 +45,9 @@ const dv_layout& dv_layout::of(const dv_system& system) {
 dv_layout::dv_layout(const dv_system& system) : columns_(system.width / 8), rows_(system.height / 8) {
     for (int sequence = 0; sequence < system.sequences; ++sequence) {
         for (int segment = 0; segment < segments_per_sequence; ++segment) {
-            for (int part = 0; part < parts_per_segment; ++part)
+            for (int part = 0; part < parts_per_segment; ++part) {
                 macroblocks_.push_back(place(system, sequence, segment, part));
+            }
         }
     }
 }
@@ -60,15 +63,17 @@ dv_macroblock dv_layout::place(const dv_system& system, int sequence, int segmen
         column = superblock_column * 18 + column * 2;
         row *= 2;
     } else {
-        // 4 1/2 columns of 6 macroblocks of 4 x 1 cells: superblocks 1 and 3 begin halfway down a column that their
-        // left neighbours began, and the half column at the picture's right edge is made of 2 x 2 cells instead.
+        // 4 1/2 columns of 6 macroblocks of 4 x 1 cells: superblocks 1 and 3 begin halfway down a column that
+        // their left neighbours began, and the half column at the picture's right edge is made of 2 x 2 cells
+        // instead.
         static const int first_column[] = {0, 4, 9, 13, 18};
         const bool begins_halfway = superblock_column % 2 == 1;
         serpentine(segment + (begins_halfway ? 3 : 0), superblock_rows, column, row);
         column = (first_column[superblock_column] + column) * 4;
         square = column + 4 > columns_;
-        if (square)
+        if (square) {
             row *= 2;
+        }
     }
     row += superblock_row * superblock_rows;
 

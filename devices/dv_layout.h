@@ -8,17 +8,17 @@
 
 namespace devices {
 
-/// One macroblock: its DIF block, and the four 8x8 cells of the picture that its luma blocks 0 to 3 fill. Its colour
-/// blocks (Cr, then Cb) cover just these four cells. The cells are two by two in 625/50 frames (4:2:0) and in the last 16
-/// columns of 525/60 frames, four in a row elsewhere (4:1:1).
+/// One macroblock: its DIF block, and the four 8x8 cells of the picture that its luma blocks 0 to 3 fill. Its
+/// colour blocks (Cr, then Cb) cover just these four cells. The cells are two by two in 625/50 frames (4:2:0)
+/// and in the last 16 columns of 525/60 frames, four in a row elsewhere (4:1:1).
 struct dv_macroblock {
     uint32_t offset;  ///< of the DIF block in the frame, bytes
     uint16_t cell[4]; ///< row * columns + column of the picture's grid of cells
 };
 
-/// The places of all macroblocks of one system. A frame is cut into superblocks (five in a row, one row per DIF sequence)
-/// of 27 macroblocks, and a video segment takes one macroblock from each of five scattered superblocks, so that a damaged
-/// track spoils small places all over the picture.
+/// The places of all macroblocks of one system. A frame is cut into superblocks (five in a row, one row per
+/// DIF sequence) of 27 macroblocks, and a video segment takes one macroblock from each of five scattered
+/// superblocks, so that a damaged track spoils small places all over the picture.
 class dv_layout {
 public:
     static const int block_bytes = 80; ///< of a DIF block

@@ -58,11 +58,13 @@ void dv_picture::decode(const uint8_t* bytes, size_t count, const dv_system& exp
     const dv_layout& layout = dv_layout::of(*system_);
     cells_.assign(static_cast<size_t>(layout.columns()) * layout.rows(), from_dc(0, 0, 0));
     for (const dv_macroblock& macroblock : layout.macroblocks()) {
-        if (macroblock.offset + dv_layout::block_bytes > count)
+        if (macroblock.offset + dv_layout::block_bytes > count) {
             break;
+        }
         const uint8_t* block = bytes + macroblock.offset;
-        if (block[0] >> 5 != video_section)
+        if (block[0] >> 5 != video_section) {
             continue;
+        }
         block += macroblock_header;
         const uint8_t* red = block + 4 * luma_block_bytes;
         const int red_difference = dc_of(red);
@@ -100,10 +102,11 @@ void dv_picture::paint(const dv_system& target, int pixel_bytes, uint8_t* out) c
             continue;
         }
         blend_rows(line, line_cells);
-        if (pixel_bytes == pixel32::bytes)
+        if (pixel_bytes == pixel32::bytes) {
             paint_line<pixel32>(line_cells, columns, to);
-        else
+        } else {
             paint_line<pixel24>(line_cells, columns, to);
+        }
     }
 }
 
@@ -122,8 +125,8 @@ void dv_picture::blend_rows(int line, colour* out) const {
     }
 }
 
-/// Draws a line: half a cell flat at either end, and steps of two sixteenths from cell to cell in between. Differences of
-/// red and blue borrow from each other, but every sum is a true pair again.
+/// Draws a line: half a cell flat at either end, and steps of two sixteenths from cell to cell in between.
+/// Differences of red and blue borrow from each other, but every sum is a true pair again.
 template <class Pixel>
 void dv_picture::paint_line(const colour* cells, int columns, uint8_t* out) {
     const uint32_t half = 0x00800080; // rounds both channels of a sum in 256ths
@@ -132,8 +135,9 @@ void dv_picture::paint_line(const colour* cells, int columns, uint8_t* out) {
         out += Pixel::bytes;
     };
     const auto put_flat = [&](const colour& one) {
-        for (int pixel = 0; pixel < cell / 2; ++pixel)
+        for (int pixel = 0; pixel < cell / 2; ++pixel) {
             put(one.red_blue * weights + half, one.green * weights + 128);
+        }
     };
     put_flat(cells[0]);
     for (int column = 0; column + 1 < columns; ++column) {

@@ -14,8 +14,9 @@ const dv_system& dv_system::ntsc_system() {
 
 const dv_system* dv_system::of_frame(const uint8_t* bytes, size_t count) {
     const int header_section = 0;
-    if (!bytes || count < 4 || bytes[0] >> 5 != header_section || bytes[1] >> 4 != 0 || bytes[2] != 0)
+    if (!bytes || count < 4 || bytes[0] >> 5 != header_section || bytes[1] >> 4 != 0 || bytes[2] != 0) {
         return nullptr;
+    }
     return bytes[3] & 0x80 ? &pal_system() : &ntsc_system();
 }
 

@@ -24,8 +24,8 @@ struct dv_system {
     /// 525 lines, 60 fields: 120000 bytes, 30000/1001 frames a second.
     static const dv_system& ntsc_system();
 
-    /// The system a frame says it is of; null when `bytes` does not begin with a DV header block (of which four
-    /// bytes suffice).
+    /// The system a frame says it is of; null when `bytes` does not begin with a DV header block (of which
+    /// four bytes suffice).
     static const dv_system* of_frame(const uint8_t* bytes, size_t count);
 };
 

@@ -5,8 +5,9 @@
 namespace devices {
 
 HRESULT enum_media_types::QueryInterface(REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     if (iid == IID_IUnknown || iid == IID_IEnumMediaTypes) {
         *out = static_cast<IEnumMediaTypes*>(this);
         AddRef();
@@ -22,18 +23,22 @@ ULONG enum_media_types::AddRef() {
 
 ULONG enum_media_types::Release() {
     const LONG left = InterlockedDecrement(&references_);
-    if (left == 0)
+    if (left == 0) {
         delete this;
+    }
     return static_cast<ULONG>(left);
 }
 
 HRESULT enum_media_types::Next(ULONG count, AM_MEDIA_TYPE** out, ULONG* fetched) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
-    if (!fetched && count != 1)
+    }
+    if (!fetched && count != 1) {
         return E_INVALIDARG;
-    if (fetched)
+    }
+    if (fetched) {
         *fetched = 0;
+    }
     ULONG done = 0;
     for (; done < count && position_ < types_.size(); ++done) {
         auto* copy = static_cast<AM_MEDIA_TYPE*>(CoTaskMemAlloc(sizeof(AM_MEDIA_TYPE)));
@@ -44,8 +49,9 @@ HRESULT enum_media_types::Next(ULONG count, AM_MEDIA_TYPE** out, ULONG* fetched)
         ++position_;
         out[done] = copy;
     }
-    if (fetched)
+    if (fetched) {
         *fetched = done;
+    }
     return done == count ? S_OK : S_FALSE;
 }
 
@@ -61,8 +67,9 @@ HRESULT enum_media_types::Reset() {
 }
 
 HRESULT enum_media_types::Clone(IEnumMediaTypes** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
     try {
         auto* copy = new enum_media_types(types_);

@@ -9,8 +9,8 @@
 
 namespace devices {
 
-/// Walks the media types a pin offered when the enumerator was made. Every type given out is a copy from the task
-/// allocator, for the caller to free with its format block. For one thread at a time.
+/// Walks the media types a pin offered when the enumerator was made. Every type given out is a copy from the
+/// task allocator, for the caller to free with its format block. For one thread at a time.
 class enum_media_types final : public IEnumMediaTypes, private object_count {
 public:
     explicit enum_media_types(std::vector<media_type> types) : types_(std::move(types)) {}

@@ -16,8 +16,9 @@ enum_pins::enum_pins(const enum_pins& other)
       position_(other.position_) {}
 
 HRESULT enum_pins::QueryInterface(REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     if (iid == IID_IUnknown || iid == IID_IEnumPins) {
         *out = static_cast<IEnumPins*>(this);
         AddRef();
@@ -33,33 +34,41 @@ ULONG enum_pins::AddRef() {
 
 ULONG enum_pins::Release() {
     const LONG left = InterlockedDecrement(&references_);
-    if (left == 0)
+    if (left == 0) {
         delete this;
+    }
     return static_cast<ULONG>(left);
 }
 
 HRESULT enum_pins::Next(ULONG count, IPin** out, ULONG* fetched) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
-    if (!fetched && count != 1)
+    }
+    if (!fetched && count != 1) {
         return E_INVALIDARG;
-    if (fetched)
+    }
+    if (fetched) {
         *fetched = 0;
+    }
     guard held(filter_.control());
-    if (version_ != filter_.pin_version())
+    if (version_ != filter_.pin_version()) {
         return VFW_E_ENUM_OUT_OF_SYNC;
+    }
     ULONG done = 0;
-    for (; done < count && position_ < filter_.pin_count(); ++done)
+    for (; done < count && position_ < filter_.pin_count(); ++done) {
         out[done] = com_ref<IPin>(filter_.pin(position_++)->as_pin()).detach();
-    if (fetched)
+    }
+    if (fetched) {
         *fetched = done;
+    }
     return done == count ? S_OK : S_FALSE;
 }
 
 HRESULT enum_pins::Skip(ULONG count) {
     guard held(filter_.control());
-    if (version_ != filter_.pin_version())
+    if (version_ != filter_.pin_version()) {
         return VFW_E_ENUM_OUT_OF_SYNC;
+    }
     const ULONG left = static_cast<ULONG>(filter_.pin_count() - position_);
     position_ += static_cast<int>(count < left ? count : left);
     return count <= left ? S_OK : S_FALSE;
@@ -73,8 +82,9 @@ HRESULT enum_pins::Reset() {
 }
 
 HRESULT enum_pins::Clone(IEnumPins** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = new (std::nothrow) enum_pins(*this);
     return *out ? S_OK : E_OUTOFMEMORY;
 }

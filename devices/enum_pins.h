@@ -6,8 +6,8 @@
 
 namespace devices {
 
-/// Walks a filter's pins as they are now; out of step (VFW_E_ENUM_OUT_OF_SYNC, until `Reset`) when the set changes.
-/// Keeps the filter alive. For one thread at a time.
+/// Walks a filter's pins as they are now; out of step (VFW_E_ENUM_OUT_OF_SYNC, until `Reset`) when the set
+/// changes. Keeps the filter alive. For one thread at a time.
 class enum_pins final : public IEnumPins, private object_count {
 public:
     explicit enum_pins(base_filter& filter);

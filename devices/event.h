@@ -11,8 +11,9 @@ class event {
 public:
     event() : handle_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
     ~event() {
-        if (handle_)
+        if (handle_) {
             CloseHandle(handle_);
+        }
     }
     event(const event&) = delete;
     event& operator=(const event&) = delete;

@@ -29,8 +29,9 @@ bool file_handle::read_at(uint64_t position, void* out, size_t count) const {
         place.OffsetHigh = static_cast<DWORD>(position >> 32);
         const DWORD piece = static_cast<DWORD>(std::min<size_t>(count, 1 << 24));
         DWORD done = 0;
-        if (!ReadFile(handle_, bytes, piece, &done, &place) || done == 0)
+        if (!ReadFile(handle_, bytes, piece, &done, &place) || done == 0) {
             return false;
+        }
         bytes += done;
         position += done;
         count -= done;

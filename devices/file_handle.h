@@ -21,8 +21,9 @@ public:
         return *this;
     }
     ~file_handle() {
-        if (*this)
+        if (*this) {
             CloseHandle(handle_);
+        }
     }
 
     /// Opens for reading; empty on failure, the reason is then GetLastError().

@@ -6,8 +6,9 @@
 
 namespace devices {
 
-/// Keeps the allocator that the upstream pin names, offers the system's memory allocator when asked, and leaves the
-/// samples and the stream's events to the derived class. Receiving does not take the filter's `control()`.
+/// Keeps the allocator that the upstream pin names, offers the system's memory allocator when asked, and
+/// leaves the samples and the stream's events to the derived class. Receiving does not take the filter's
+/// `control()`.
 class input_pin : public base_pin, public IMemInputPin {
 public:
     input_pin(base_filter& owner, const wchar_t* name) : base_pin(owner, PINDIR_INPUT, name) {}

@@ -33,8 +33,9 @@ media_type::media_type(const AM_MEDIA_TYPE& other) {
     type_.pUnk = nullptr;
     type_.pbFormat = nullptr;
     type_.cbFormat = 0;
-    if (!set_format(other.formattype, other.pbFormat, other.pbFormat ? other.cbFormat : 0))
+    if (!set_format(other.formattype, other.pbFormat, other.pbFormat ? other.cbFormat : 0)) {
         clear();
+    }
 }
 
 media_type::media_type(media_type&& other) noexcept : type_(std::exchange(other.type_, AM_MEDIA_TYPE{})) {}
@@ -45,8 +46,9 @@ media_type& media_type::operator=(media_type other) noexcept {
 }
 
 media_type media_type::interleaved(const dv_system& system) {
-    // A DVINFO holds the source and control packs of sound and picture as the tape has them, without their names:
-    // 48 kHz 16-bit sound locked to the picture, 4:3 picture in colour, nothing known about the recording's date.
+    // A DVINFO holds the source and control packs of sound and picture as the tape has them, without their
+    // names: 48 kHz 16-bit sound locked to the picture, 4:3 picture in colour, nothing known about the
+    // recording's date.
     DVINFO info{};
     const DWORD fields = system.pal ? source_pack_50_fields : 0;
     info.dwDVAAuxSrc = (system.pal ? 0xD1C030D0 : 0xD1C030CE) | fields;
@@ -61,8 +63,9 @@ media_type media_type::interleaved(const dv_system& system) {
     result.type_.subtype = MEDIASUBTYPE_dvsd;
     result.type_.bFixedSizeSamples = TRUE;
     result.type_.lSampleSize = static_cast<ULONG>(system.frame_bytes);
-    if (!result.set_format(FORMAT_DvInfo, &info, sizeof info))
+    if (!result.set_format(FORMAT_DvInfo, &info, sizeof info)) {
         result.clear();
+    }
     return result;
 }
 
@@ -73,8 +76,9 @@ media_type media_type::dv_video(const dv_system& system) {
     result.type_.subtype = MEDIASUBTYPE_dvsd;
     result.type_.bFixedSizeSamples = TRUE;
     result.type_.lSampleSize = static_cast<ULONG>(system.frame_bytes);
-    if (!result.set_format(FORMAT_VideoInfo, &header, sizeof header))
+    if (!result.set_format(FORMAT_VideoInfo, &header, sizeof header)) {
         result.clear();
+    }
     return result;
 }
 
@@ -86,8 +90,9 @@ media_type media_type::rgb(const dv_system& system, int bits) {
     result.type_.subtype = bits == 32 ? MEDIASUBTYPE_RGB32 : MEDIASUBTYPE_RGB24;
     result.type_.bFixedSizeSamples = TRUE;
     result.type_.lSampleSize = static_cast<ULONG>(bytes);
-    if (!result.set_format(FORMAT_VideoInfo, &header, sizeof header))
+    if (!result.set_format(FORMAT_VideoInfo, &header, sizeof header)) {
         result.clear();
+    }
     return result;
 }
 
@@ -107,10 +112,12 @@ bool media_type::fits(const AM_MEDIA_TYPE& wanted) const {
         return theirs == GUID_NULL || mine == theirs;
     };
     if (!agrees(type_.majortype, wanted.majortype) || !agrees(type_.subtype, wanted.subtype) ||
-        !agrees(type_.formattype, wanted.formattype))
+        !agrees(type_.formattype, wanted.formattype)) {
         return false;
-    if (wanted.formattype == GUID_NULL || !wanted.pbFormat || wanted.cbFormat == 0)
+    }
+    if (wanted.formattype == GUID_NULL || !wanted.pbFormat || wanted.cbFormat == 0) {
         return true;
+    }
     return wanted.cbFormat == type_.cbFormat &&
            std::memcmp(wanted.pbFormat, type_.pbFormat, type_.cbFormat) == 0;
 }
@@ -128,30 +135,35 @@ const DVINFO* media_type::dv_info(const AM_MEDIA_TYPE& type) {
 
 const dv_system* media_type::interleaved_system(const AM_MEDIA_TYPE& type) {
     const DVINFO* info = dv_info(type);
-    if (type.majortype != MEDIATYPE_Interleaved || type.subtype != MEDIASUBTYPE_dvsd || !info)
+    if (type.majortype != MEDIATYPE_Interleaved || type.subtype != MEDIASUBTYPE_dvsd || !info) {
         return nullptr;
+    }
     return info->dwDVAAuxSrc & source_pack_50_fields ? &dv_system::pal_system() : &dv_system::ntsc_system();
 }
 
 const dv_system* media_type::dv_video_system(const AM_MEDIA_TYPE& type) {
     const VIDEOINFOHEADER* info = video_info(type);
     if (type.majortype != MEDIATYPE_Video || type.subtype != MEDIASUBTYPE_dvsd || !info ||
-        info->bmiHeader.biWidth != dv_system::pal_system().width)
+        info->bmiHeader.biWidth != dv_system::pal_system().width) {
         return nullptr;
+    }
     const LONG height = info->bmiHeader.biHeight;
     // 486 and 488 lines are what some capture drivers name a 480-line frame.
-    if (height == dv_system::pal_system().height)
+    if (height == dv_system::pal_system().height) {
         return &dv_system::pal_system();
+    }
     return height >= 480 && height <= 488 ? &dv_system::ntsc_system() : nullptr;
 }
 
 bool media_type::set_format(const GUID& form, const void* block, ULONG size) {
     type_.formattype = form;
-    if (!block || size == 0)
+    if (!block || size == 0) {
         return true;
+    }
     type_.pbFormat = static_cast<BYTE*>(CoTaskMemAlloc(size));
-    if (!type_.pbFormat)
+    if (!type_.pbFormat) {
         return false;
+    }
     std::memcpy(type_.pbFormat, block, size);
     type_.cbFormat = size;
     return true;

@@ -8,8 +8,8 @@
 
 namespace devices {
 
-/// Owns an AM_MEDIA_TYPE whose format block comes from the COM task allocator. Copying copies the block; when memory
-/// is short the copy is empty (major type null).
+/// Owns an AM_MEDIA_TYPE whose format block comes from the COM task allocator. Copying copies the block; when
+/// memory is short the copy is empty (major type null).
 class media_type {
 public:
     media_type() = default;
@@ -35,11 +35,13 @@ public:
     /// Whether this type fits a wanted one, in which null GUIDs mean "any".
     bool fits(const AM_MEDIA_TYPE& wanted) const;
 
-    /// The format block of a type as a VIDEOINFOHEADER or DVINFO, null when it is of another form or too short.
+    /// The format block of a type as a VIDEOINFOHEADER or DVINFO, null when it is of another form or too
+    /// short.
     static const VIDEOINFOHEADER* video_info(const AM_MEDIA_TYPE& type);
     static const DVINFO* dv_info(const AM_MEDIA_TYPE& type);
 
-    /// The system a dvsd type stands for: interleaved by its DVINFO, picture by its sizes. Null for other types.
+    /// The system a dvsd type stands for: interleaved by its DVINFO, picture by its sizes. Null for other
+    /// types.
     static const dv_system* interleaved_system(const AM_MEDIA_TYPE& type);
     static const dv_system* dv_video_system(const AM_MEDIA_TYPE& type);
 

@@ -6,7 +6,8 @@
 
 namespace devices {
 
-/// Base of every COM object: counts the objects alive in the process, which decides whether the DLL may be unloaded.
+/// Base of every COM object: counts the objects alive in the process, which decides whether the DLL may be
+/// unloaded.
 class object_count {
 public:
     /// The objects alive now.

@@ -16,16 +16,19 @@ const long buffers_at_least = 4;
 HRESULT output_pin::Connect(IPin* receiver, const AM_MEDIA_TYPE* wanted) {
     guard held(owner().control());
     HRESULT result = check_peer(receiver);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     result = VFW_E_NO_ACCEPTABLE_TYPES;
     try {
         for (const media_type& type : offered()) {
-            if (wanted && !type.fits(*wanted))
+            if (wanted && !type.fits(*wanted)) {
                 continue;
+            }
             result = try_type(receiver, type);
-            if (SUCCEEDED(result))
+            if (SUCCEEDED(result)) {
                 return S_OK;
+            }
         }
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
@@ -39,16 +42,18 @@ HRESULT output_pin::ReceiveConnection(IPin*, const AM_MEDIA_TYPE*) {
 
 HRESULT output_pin::try_type(IPin* receiver, const media_type& type) {
     com_ref<IMemInputPin> transport;
-    if (FAILED(receiver->QueryInterface(IID_IMemInputPin, reinterpret_cast<void**>(transport.put()))))
+    if (FAILED(receiver->QueryInterface(IID_IMemInputPin, reinterpret_cast<void**>(transport.put())))) {
         return VFW_E_NO_TRANSPORT;
+    }
     // Both sides must know each other before the receiver is asked: it may look back at this pin.
     keep_connection(receiver, type);
     HRESULT result = receiver->ReceiveConnection(this, &type.get());
     if (SUCCEEDED(result)) {
         transport_ = transport;
         result = agree_on_allocator(type.get());
-        if (FAILED(result))
+        if (FAILED(result)) {
             receiver->Disconnect();
+        }
     }
     if (FAILED(result)) {
         on_disconnect();
@@ -59,8 +64,9 @@ HRESULT output_pin::try_type(IPin* receiver, const media_type& type) {
 
 HRESULT output_pin::agree_on_allocator(const AM_MEDIA_TYPE& type) {
     ALLOCATOR_PROPERTIES wanted{};
-    if (FAILED(transport_->GetAllocatorRequirements(&wanted)))
+    if (FAILED(transport_->GetAllocatorRequirements(&wanted))) {
         wanted = ALLOCATOR_PROPERTIES{};
+    }
     wanted.cBuffers = std::clamp(wanted.cBuffers, buffers_at_least, 64L);
     wanted.cbBuffer = std::max(wanted.cbBuffer, static_cast<long>(sample_bytes(type)));
     wanted.cbAlign = std::max(wanted.cbAlign, 1L);
@@ -68,8 +74,9 @@ HRESULT output_pin::agree_on_allocator(const AM_MEDIA_TYPE& type) {
 
     com_ref<IMemAllocator> allocator;
     if (SUCCEEDED(transport_->GetAllocator(allocator.put())) && allocator &&
-        SUCCEEDED(use_allocator(allocator, wanted)))
+        SUCCEEDED(use_allocator(allocator, wanted))) {
         return S_OK;
+    }
     const HRESULT result = CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER,
                                             IID_IMemAllocator, reinterpret_cast<void**>(allocator.put()));
     return FAILED(result) ? result : use_allocator(allocator, wanted);
@@ -80,13 +87,16 @@ HRESULT output_pin::use_allocator(const com_ref<IMemAllocator>& allocator,
     ALLOCATOR_PROPERTIES request = wanted;
     ALLOCATOR_PROPERTIES actual{};
     HRESULT result = allocator->SetProperties(&request, &actual);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
-    if (actual.cbBuffer < wanted.cbBuffer || actual.cBuffers < 1)
+    }
+    if (actual.cbBuffer < wanted.cbBuffer || actual.cBuffers < 1) {
         return E_FAIL;
+    }
     result = transport_->NotifyAllocator(allocator.get(), FALSE);
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         allocator_ = allocator;
+    }
     return result;
 }
 
@@ -95,8 +105,9 @@ HRESULT output_pin::commit() {
 }
 
 void output_pin::decommit() {
-    if (allocator_)
+    if (allocator_) {
         allocator_->Decommit();
+    }
 }
 
 void output_pin::on_disconnect() {

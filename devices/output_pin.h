@@ -6,8 +6,8 @@
 
 namespace devices {
 
-/// Connects downstream, agrees on an allocator (the peer's own when it offers one that suits, else the system's memory
-/// allocator), and lends both to the streaming thread.
+/// Connects downstream, agrees on an allocator (the peer's own when it offers one that suits, else the
+/// system's memory allocator), and lends both to the streaming thread.
 class output_pin : public base_pin {
 public:
     /// What a streaming thread needs, with references of its own, so that it survives a neighbour that hangs.
@@ -31,7 +31,8 @@ public:
 
     /// Empty when not connected. Needs the filter's `control()` or a time in which connections cannot change.
     link connection() const { return {transport_, allocator_}; }
-    /// Buffers become available / unavailable; a thread blocked for one comes back. True things to do when unconnected.
+    /// Buffers become available / unavailable; a thread blocked for one comes back. True things to do when
+    /// unconnected.
     HRESULT commit();
     void decommit();
 

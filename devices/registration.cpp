@@ -21,8 +21,9 @@ class com_block {
 public:
     com_block() : result_(CoInitialize(nullptr)) {}
     ~com_block() {
-        if (SUCCEEDED(result_))
+        if (SUCCEEDED(result_)) {
             CoUninitialize();
+        }
     }
     com_block(const com_block&) = delete;
     com_block& operator=(const com_block&) = delete;
@@ -86,10 +87,12 @@ HRESULT set_text(const std::wstring& key, const wchar_t* value, const std::wstri
 HRESULT add_class(const CLSID& clsid, const wchar_t* name) {
     const std::wstring key = class_key(clsid);
     HRESULT result = set_text(key, nullptr, name);
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         result = set_text(key + L"\\InprocServer32", nullptr, module_path());
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = set_text(key + L"\\InprocServer32", L"ThreadingModel", L"Both");
+    }
     return result;
 }
 
@@ -122,9 +125,10 @@ HRESULT add_cameras(IFilterMapper2& mapper) {
     for (unsigned number = 0; number < most_cameras; ++number) {
         const std::wstring name = camera_name(number);
         mapper.UnregisterFilter(&CLSID_VideoInputDeviceCategory, name.c_str(), camera::clsid);
-        if (number < count && SUCCEEDED(result))
+        if (number < count && SUCCEEDED(result)) {
             result = mapper.RegisterFilter(camera::clsid, name.c_str(), nullptr,
                                            &CLSID_VideoInputDeviceCategory, name.c_str(), &entry);
+        }
     }
     return result;
 }
@@ -152,11 +156,13 @@ HRESULT registration::add() {
     const com_block com;
     com_ref<IFilterMapper2> mapper;
     HRESULT result = make_mapper(mapper);
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         result = add_cameras(*mapper.get());
+    }
     for (const filter_entry& filter : system_filters) {
-        if (SUCCEEDED(result) && may_register(filter.clsid))
+        if (SUCCEEDED(result) && may_register(filter.clsid)) {
             result = add_filter(*mapper.get(), filter);
+        }
     }
     return result;
 }
@@ -165,14 +171,17 @@ HRESULT registration::remove() {
     const com_block com;
     com_ref<IFilterMapper2> mapper;
     const HRESULT result = make_mapper(mapper);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
-    for (unsigned number = 0; number < most_cameras; ++number)
+    }
+    for (unsigned number = 0; number < most_cameras; ++number) {
         mapper->UnregisterFilter(&CLSID_VideoInputDeviceCategory, camera_name(number).c_str(), camera::clsid);
+    }
     RegDeleteTreeW(HKEY_CLASSES_ROOT, class_key(camera::clsid).c_str());
     for (const filter_entry& filter : system_filters) {
-        if (!may_register(filter.clsid))
+        if (!may_register(filter.clsid)) {
             continue;
+        }
         mapper->UnregisterFilter(&CLSID_LegacyAmFilterCategory, nullptr, filter.clsid);
         RegDeleteTreeW(HKEY_CLASSES_ROOT, class_key(filter.clsid).c_str());
     }

@@ -6,8 +6,8 @@
 
 namespace devices {
 
-/// Registers the camera always; the splitter and the decoder only where the system has none of its own, whose entries
-/// are left alone.
+/// Registers the camera always; the splitter and the decoder only where the system has none of its own, whose
+/// entries are left alone.
 class registration {
 public:
     /// Writes the entries for this module. The first failure's HRESULT; what was written before it stays.

@@ -8,14 +8,17 @@
 using devices::class_factory;
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
-    if (!out)
+    if (!out) {
         return E_POINTER;
+    }
     *out = nullptr;
-    if (!class_factory::serves(clsid))
+    if (!class_factory::serves(clsid)) {
         return CLASS_E_CLASSNOTAVAILABLE;
+    }
     auto* factory = new (std::nothrow) class_factory(clsid);
-    if (!factory)
+    if (!factory) {
         return E_OUTOFMEMORY;
+    }
     const HRESULT result = factory->QueryInterface(iid, out);
     factory->Release();
     return result;

@@ -6,8 +6,8 @@
 
 namespace devices {
 
-/// Takes interleaved DV at "Input" and hands the same frames on as DV pictures at "DV Vid Out", a pin that exists while
-/// the input is connected. There is no pin for the sound.
+/// Takes interleaved DV at "Input" and hands the same frames on as DV pictures at "DV Vid Out", a pin that
+/// exists while the input is connected. There is no pin for the sound.
 class splitter final : public transform_filter {
 public:
     /// The class of the system's own filter, in whose place it stands.

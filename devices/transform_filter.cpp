@@ -15,15 +15,17 @@ transform_filter::transform_filter(const CLSID& clsid, const wchar_t* input_name
     : base_filter(clsid), input_(*this, input_name), output_(*this, output_name) {}
 
 base_pin* transform_filter::pin(int index) {
-    if (index == 0)
+    if (index == 0) {
         return &input_;
+    }
     return index == 1 && output_visible() ? &output_ : nullptr;
 }
 
 HRESULT transform_filter::on_start() {
     const HRESULT result = output_.commit();
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     guard held(stream_);
     streaming_ = true;
     flushing_ = false;
@@ -35,15 +37,17 @@ HRESULT transform_filter::on_stop() {
         guard held(stream_);
         streaming_ = false;
     }
-    // Both ends: this filter's thread may wait for an output buffer, the upstream filter's for an input buffer.
+    // Both ends: this filter's thread may wait for an output buffer, the upstream filter's for an input
+    // buffer.
     input_.decommit();
     output_.decommit();
     return wait_until_idle(patience_ms) ? S_OK : VFW_E_TIMEOUT;
 }
 
 void transform_filter::input_connected() {
-    if (output_comes_and_goes())
+    if (output_comes_and_goes()) {
         pins_changed();
+    }
 }
 
 void transform_filter::input_disconnecting() {
@@ -52,23 +56,28 @@ void transform_filter::input_disconnecting() {
         peer->Disconnect();
         output_.Disconnect();
     }
-    if (output_comes_and_goes())
+    if (output_comes_and_goes()) {
         pins_changed();
+    }
 }
 
 HRESULT transform_filter::receive(IMediaSample* sample) {
-    if (!sample)
+    if (!sample) {
         return E_POINTER;
+    }
     const com_ref<IMediaSample> kept(sample);
     output_pin::link link;
     {
         guard held(stream_);
-        while (busy_)
+        while (busy_) {
             stream_.wait(idle_, INFINITE);
-        if (!streaming_)
+        }
+        if (!streaming_) {
             return VFW_E_WRONG_STATE;
-        if (flushing_)
+        }
+        if (flushing_) {
             return S_FALSE;
+        }
         link = output_.connection();
         busy_ = true;
     }
@@ -84,22 +93,26 @@ HRESULT transform_filter::pass_on(IMediaSample* in, const output_pin::link& link
     const AM_MEDIA_TYPE& out_type = output_.type().get();
     BYTE* from = nullptr;
     HRESULT result = in->GetPointer(&from);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     const long held_bytes = std::clamp(in->GetActualDataLength(), 0L, std::max(in->GetSize(), 0L));
     const size_t in_bytes = std::min(static_cast<size_t>(held_bytes), system->frame_bytes);
 
     com_ref<IMediaSample> out;
     result = link.allocator->GetBuffer(out.put(), nullptr, nullptr, 0);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     BYTE* to = nullptr;
     result = out->GetPointer(&to);
-    if (FAILED(result))
+    if (FAILED(result)) {
         return result;
+    }
     const size_t out_bytes = out_type.lSampleSize;
-    if (out->GetSize() < static_cast<long>(out_bytes))
+    if (out->GetSize() < static_cast<long>(out_bytes)) {
         return VFW_E_BUFFER_OVERFLOW;
+    }
     out->SetActualDataLength(static_cast<long>(transform(*system, out_type, from, in_bytes, to, out_bytes)));
 
     REFERENCE_TIME start, end;
@@ -118,8 +131,9 @@ bool transform_filter::wait_until_idle(DWORD ms) {
     guard held(stream_);
     while (busy_) {
         const ULONGLONG now = GetTickCount64();
-        if (now >= end)
+        if (now >= end) {
             return false;
+        }
         stream_.wait(idle_, static_cast<DWORD>(end - now));
     }
     return true;
@@ -166,8 +180,9 @@ void transform_filter::sink_pin::on_disconnect() {
 
 bool transform_filter::source_pin::accepts(const AM_MEDIA_TYPE& type) {
     for (const media_type& mine : offered()) {
-        if (mine.fits(type) && type.subtype == mine.get().subtype)
+        if (mine.fits(type) && type.subtype == mine.get().subtype) {
             return true;
+        }
     }
     return false;
 }

@@ -8,13 +8,13 @@
 
 namespace devices {
 
-/// One input pin, one output pin, a copy in between. Every received sample is turned into a sample of the output's own
-/// allocator; times and marks are carried over. Derived classes say which types go in and out and how bytes become
-/// bytes.
+/// One input pin, one output pin, a copy in between. Every received sample is turned into a sample of the
+/// output's own allocator; times and marks are carried over. Derived classes say which types go in and out
+/// and how bytes become bytes.
 ///
-/// Threads: `receive` runs on the upstream filter's thread; the state changes on the graph's. `stream_` guards what is
-/// between them and is taken after `control()`. While a sample is transformed and delivered no lock is held, only the
-/// mark `busy_`; a second sample, and `on_stop`, wait until it is gone.
+/// Threads: `receive` runs on the upstream filter's thread; the state changes on the graph's. `stream_`
+/// guards what is between them and is taken after `control()`. While a sample is transformed and delivered no
+/// lock is held, only the mark `busy_`; a second sample, and `on_stop`, wait until it is gone.
 class transform_filter : public base_filter {
 public:
     int pin_count() override { return output_visible() ? 2 : 1; }
@@ -27,9 +27,9 @@ protected:
     virtual const dv_system* input_system(const AM_MEDIA_TYPE& type) const = 0;
     /// What comes out when such frames go in.
     virtual std::vector<media_type> output_types(const dv_system& system) const = 0;
-    /// Makes the output's bytes and says how many. `in_bytes` is what the sample holds, at most the system's frame;
-    /// `out_bytes` is what the output type calls for and the most there is room for. Any input gives an output. One call
-    /// at a time.
+    /// Makes the output's bytes and says how many. `in_bytes` is what the sample holds, at most the system's
+    /// frame; `out_bytes` is what the output type calls for and the most there is room for. Any input gives
+    /// an output. One call at a time.
     virtual size_t transform(const dv_system& system, const AM_MEDIA_TYPE& out_type, const BYTE* in,
                              size_t in_bytes, BYTE* out, size_t out_bytes) = 0;
     /// Whether the output pin exists only while the input is connected.

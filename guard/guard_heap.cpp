@@ -74,10 +74,12 @@ void* reserve(std::size_t bytes, DWORD alsoCommit) {
 }
 
 void giveUp(Arena& arena) {
-    if (arena.base)
+    if (arena.base) {
         VirtualFree(arena.base, 0, MEM_RELEASE);
-    if (arena.pages)
+    }
+    if (arena.pages) {
         VirtualFree(arena.pages, 0, MEM_RELEASE);
+    }
     arena = {};
 }
 
@@ -85,8 +87,9 @@ bool openArena(Arena& arena, std::size_t pages) {
     arena.base = static_cast<unsigned char*>(reserve(pages * pageSize, 0));
     arena.pages = static_cast<Page*>(reserve(pages * sizeof(Page), MEM_COMMIT));
     arena.count = pages;
-    if (arena.base && arena.pages)
+    if (arena.base && arena.pages) {
         return true;
+    }
     giveUp(arena);
     return false;
 }
@@ -96,8 +99,9 @@ std::size_t findFree(const Arena& arena, std::size_t begin, std::size_t end, std
     std::size_t found = 0;
     for (std::size_t page = begin; page < end; ++page) {
         found = arena.pages[page].state == Page::State::free ? found + 1 : 0;
-        if (found == wanted)
+        if (found == wanted) {
             return page + 1 - wanted;
+        }
     }
     return end;
 }
@@ -105,13 +109,16 @@ std::size_t findFree(const Arena& arena, std::size_t begin, std::size_t end, std
 /// Takes `wanted` pages of an arena; `arena.count` when there are none.
 std::size_t takePages(Arena& arena, std::size_t wanted) {
     std::size_t first = findFree(arena, arena.cursor, arena.count, wanted);
-    if (first == arena.count)
+    if (first == arena.count) {
         first = findFree(arena, 0, arena.count, wanted);
-    if (first == arena.count)
+    }
+    if (first == arena.count) {
         return first;
+    }
     arena.cursor = first + wanted;
-    for (std::size_t page = first; page < arena.cursor; ++page)
+    for (std::size_t page = first; page < arena.cursor; ++page) {
         arena.pages[page].state = Page::State::taken;
+    }
     arena.pages[first].runPages = static_cast<std::uint32_t>(wanted);
     return first;
 }
@@ -119,22 +126,26 @@ std::size_t takePages(Arena& arena, std::size_t wanted) {
 /// Takes `wanted` pages of any arena, of a new one if need be; no arena without room.
 Run takeRun(std::size_t wanted) {
     for (Arena& arena : heap.arenas) {
-        if (!arena.base && !openArena(arena, std::max(arenaPages, wanted)))
+        if (!arena.base && !openArena(arena, std::max(arenaPages, wanted))) {
             return {};
+        }
         const std::size_t page = takePages(arena, wanted);
-        if (page != arena.count)
+        if (page != arena.count) {
             return {&arena, page};
+        }
     }
     return {};
 }
 
 void freeRun(const Run& run) {
     Arena& arena = *run.arena;
-    if (arena.count > arenaPages) // it was made for this run alone
+    if (arena.count > arenaPages) { // it was made for this run alone
         return giveUp(arena);
+    }
     const std::size_t end = run.page + arena.pages[run.page].runPages;
-    for (std::size_t page = run.page; page < end; ++page)
+    for (std::size_t page = run.page; page < end; ++page) {
         arena.pages[page] = {};
+    }
 }
 
 /// Lets the oldest freed blocks go until no more than so many are left.
@@ -158,9 +169,11 @@ void keepInQuarantine(const Run& run) {
 
 /// The run in whose first page an address lies; no arena when it lies in no arena.
 Run runOf(const unsigned char* address) {
-    for (Arena& arena : heap.arenas)
-        if (arena.base && address >= arena.base && address < arena.base + arena.count * pageSize)
+    for (Arena& arena : heap.arenas) {
+        if (arena.base && address >= arena.base && address < arena.base + arena.count * pageSize) {
             return {&arena, static_cast<std::size_t>(address - arena.base) / pageSize};
+        }
+    }
     return {};
 }
 
@@ -170,18 +183,23 @@ bool isMargin(const unsigned char* begin, const unsigned char* end) {
 
 /// What is wrong with the freeing of a block; null when nothing is.
 const char* faultOf(const Run& run, const unsigned char* block) {
-    if (!run.arena)
+    if (!run.arena) {
         return "freed, but not allocated here";
+    }
     const Page& page = run.arena->pages[run.page];
-    if (page.state == Page::State::quarantined)
+    if (page.state == Page::State::quarantined) {
         return "freed twice";
-    if (page.state != Page::State::block || page.block != block)
+    }
+    if (page.state != Page::State::block || page.block != block) {
         return "freed, but no block begins here";
+    }
     const unsigned char* const begin = run.arena->base + run.page * pageSize;
-    if (!isMargin(begin, block))
+    if (!isMargin(begin, block)) {
         return "overwritten in front of the block";
-    if (!isMargin(block + page.size, begin + (page.runPages - 1) * pageSize))
+    }
+    if (!isMargin(block + page.size, begin + (page.runPages - 1) * pageSize)) {
         return "overwritten behind the block";
+    }
     return nullptr;
 }
 
@@ -189,8 +207,9 @@ const char* faultOf(const Run& run, const unsigned char* block) {
 
 void* allocate(std::size_t size, std::size_t alignment) noexcept {
     size = std::max<std::size_t>(size, 1);
-    if (size > mostBytes || alignment > pageSize)
+    if (size > mostBytes || alignment > pageSize) {
         return nullptr;
+    }
     const std::size_t bytes = (size + pageSize - 1) / pageSize * pageSize;
     const Guard held;
     Run run = takeRun(bytes / pageSize + 1);
@@ -198,8 +217,9 @@ void* allocate(std::size_t size, std::size_t alignment) noexcept {
         shrinkQuarantine(0, 0);
         run = takeRun(bytes / pageSize + 1);
     }
-    if (!run.arena)
+    if (!run.arena) {
         return nullptr;
+    }
     unsigned char* const begin = run.arena->base + run.page * pageSize;
     if (!VirtualAlloc(begin, bytes, MEM_COMMIT, PAGE_READWRITE)) {
         freeRun(run);
@@ -217,8 +237,9 @@ void* allocate(std::size_t size, std::size_t alignment) noexcept {
 }
 
 void release(void* block) noexcept {
-    if (!block)
+    if (!block) {
         return;
+    }
     const auto* const address = static_cast<const unsigned char*>(block);
     const char* fault = nullptr;
     {
@@ -233,8 +254,9 @@ void release(void* block) noexcept {
             keepInQuarantine(run);
         }
     }
-    if (fault)
+    if (fault) {
         report(fault, block);
+    }
 }
 
 Reporter setReporter(Reporter reporter) noexcept {

@@ -66,8 +66,9 @@ void registerVideoClass() {
 
 /// Keys of the number pad that mean the same as others.
 WPARAM mainKey(WPARAM key) {
-    if (key == VK_ADD)
+    if (key == VK_ADD) {
         return VK_OEM_PLUS;
+    }
     return key == VK_SUBTRACT ? VK_OEM_MINUS : key;
 }
 
@@ -75,8 +76,9 @@ WPARAM mainKey(WPARAM key) {
 
 AppWindow::~AppWindow() {
     transport_ = nullptr;
-    if (window_ != nullptr)
+    if (window_ != nullptr) {
         DestroyWindow(window_);
+    }
 }
 
 bool AppWindow::create(int videoWidth, int videoHeight) {
@@ -93,8 +95,9 @@ bool AppWindow::create(int videoWidth, int videoHeight) {
     HWND window = CreateWindowExW(0, class_name, L"Marvo replay", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                                   CW_USEDEFAULT, CW_USEDEFAULT, area.right - area.left,
                                   area.bottom - area.top, nullptr, nullptr, windowClass.hInstance, this);
-    if (window == nullptr)
+    if (window == nullptr) {
         return false;
+    }
     createControls();
     layOut(videoWidth, videoHeight + controls_height);
     SetTimer(window, status_timer, status_period_ms, nullptr);
@@ -112,17 +115,20 @@ bool AppWindow::dispatch(double ms) {
     while (window_ != nullptr) {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == WM_KEYDOWN && actOnKey(message.wParam))
+            if (message.message == WM_KEYDOWN && actOnKey(message.wParam)) {
                 continue;
+            }
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
         const double left = ms - static_cast<double>(GetTickCount64() - begin);
-        if (ms >= 0.0 && left <= 0.0)
+        if (ms >= 0.0 && left <= 0.0) {
             break;
-        if (window_ != nullptr)
+        }
+        if (window_ != nullptr) {
             MsgWaitForMultipleObjects(0, nullptr, FALSE, ms < 0.0 ? INFINITE : static_cast<DWORD>(left) + 1,
                                       QS_ALLINPUT);
+        }
     }
     return window_ != nullptr;
 }
@@ -142,23 +148,27 @@ LRESULT AppWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     HWND window = window_;
     switch (message) {
     case play_info_message:
-        if (observer_)
+        if (observer_) {
             observer_(static_cast<unsigned long>(wParam));
+        }
         return 0;
     case WM_COMMAND:
-        if (LOWORD(wParam) >= first_button_id && HIWORD(wParam) == BN_CLICKED)
+        if (LOWORD(wParam) >= first_button_id && HIWORD(wParam) == BN_CLICKED) {
             act(LOWORD(wParam) - first_button_id);
+        }
         return 0;
     case WM_TIMER:
         showStatus();
         return 0;
     case WM_SIZE:
-        if (wParam != SIZE_MINIMIZED && video_area_ != nullptr)
+        if (wParam != SIZE_MINIMIZED && video_area_ != nullptr) {
             layOut(LOWORD(lParam), HIWORD(lParam));
+        }
         return 0;
     case WM_CLOSE:
-        if (transport_ != nullptr)
+        if (transport_ != nullptr) {
             transport_->done();
+        }
         DestroyWindow(window);
         return 0;
     case WM_DESTROY:
@@ -175,9 +185,10 @@ void AppWindow::createControls() {
                                   0, window_, nullptr, module, nullptr);
     status_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_LEFT, 0, 0, 0, 0, window_,
                               nullptr, module, nullptr);
-    for (size_t i = 0; i < std::size(controls); ++i)
+    for (size_t i = 0; i < std::size(controls); ++i) {
         CreateWindowExW(0, L"BUTTON", controls[i].label, WS_CHILD | WS_VISIBLE | BS_PUSHBUTTON, 0, 0, 0, 0,
                         window_, reinterpret_cast<HMENU>(first_button_id + i), module, nullptr);
+    }
 }
 
 void AppWindow::layOut(int width, int height) {
@@ -194,20 +205,24 @@ void AppWindow::layOut(int width, int height) {
     }
     SetWindowPos(status_, nullptr, 4, height - status_height + 2, width - 4, status_height - 2,
                  SWP_NOZORDER | SWP_NOACTIVATE);
-    if (transport_ != nullptr)
+    if (transport_ != nullptr) {
         transport_->setSize(width, videoHeight);
+    }
 }
 
 void AppWindow::showStatus() {
-    if (transport_ != nullptr && GetTickCount64() >= message_until_)
+    if (transport_ != nullptr && GetTickCount64() >= message_until_) {
         SetWindowTextW(status_, wide(transport_->status().line()).c_str());
+    }
 }
 
 void AppWindow::act(size_t control) {
-    if (transport_ == nullptr || control >= std::size(controls))
+    if (transport_ == nullptr || control >= std::size(controls)) {
         return;
-    if (!controls[control].act(*transport_))
+    }
+    if (!controls[control].act(*transport_)) {
         showMessage(transport_->explanation());
+    }
     SetFocus(window_);
 }
 

@@ -34,7 +34,8 @@ public:
     HWND videoArea() const { return video_area_; }
     /// Shows a message in the status line for some seconds.
     void showMessage(const std::string& text);
-    /// Dispatches messages for `ms` milliseconds (negative: until the window is closed). False when it was closed.
+    /// Dispatches messages for `ms` milliseconds (negative: until the window is closed). False when it was
+    /// closed.
     bool dispatch(double ms);
 
 private:

@@ -22,14 +22,17 @@ bool continuesName(char c) {
 std::optional<double> readTerm(const char*& at, const char* end, const Lookup& lookup, std::string& error) {
     const char* begin = at;
     if (at != end && isLetter(*at)) {
-        while (at != end && continuesName(*at))
+        while (at != end && continuesName(*at)) {
             ++at;
+        }
         const std::string name(begin, at);
-        if (name == "true" || name == "false")
+        if (name == "true" || name == "false") {
             return name == "true" ? 1.0 : 0.0;
+        }
         std::optional<double> value = lookup(name);
-        if (!value)
+        if (!value) {
             error = "there is no value called " + name;
+        }
         return value;
     }
     double number = 0.0;
@@ -45,11 +48,13 @@ std::optional<double> readTerm(const char*& at, const char* end, const Lookup& l
 } // namespace
 
 bool isName(const std::string& text) {
-    if (text.empty() || !isLetter(text[0]) || text == "true" || text == "false")
+    if (text.empty() || !isLetter(text[0]) || text == "true" || text == "false") {
         return false;
+    }
     for (char c : text) {
-        if (!continuesName(c))
+        if (!continuesName(c)) {
             return false;
+        }
     }
     return true;
 }
@@ -61,15 +66,16 @@ std::optional<double> evaluate(const std::string& expression, const Lookup& look
     bool first = true;
     do {
         double sign = 1.0;
-        if (at != end && (*at == '+' || *at == '-'))
+        if (at != end && (*at == '+' || *at == '-')) {
             sign = *at++ == '-' ? -1.0 : 1.0;
-        else if (!first) {
+        } else if (!first) {
             error = "+ or - is missing at \"" + std::string(at, end) + "\"";
             return std::nullopt;
         }
         const std::optional<double> term = readTerm(at, end, lookup, error);
-        if (!term)
+        if (!term) {
             return std::nullopt;
+        }
         sum += sign * *term;
         first = false;
     } while (at != end);

@@ -14,8 +14,8 @@ using Lookup = std::function<std::optional<double>(const std::string& name)>;
 /// Whether a text can be a name: a letter, then letters, digits, dots and underscores.
 bool isName(const std::string& text);
 
-/// The value of an expression without blanks: numbers and names joined by + and -. "true" and "false" are 1 and 0.
-/// Nothing, with the reason in `error`, when it is malformed or a name is unknown.
+/// The value of an expression without blanks: numbers and names joined by + and -. "true" and "false" are 1
+/// and 0. Nothing, with the reason in `error`, when it is malformed or a name is unknown.
 std::optional<double> evaluate(const std::string& expression, const Lookup& lookup, std::string& error);
 
 } // namespace host

@@ -19,8 +19,9 @@ std::vector<std::wstring> commandLine() {
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::wstring> list;
-    for (int i = 1; arguments != nullptr && i < count; ++i)
+    for (int i = 1; arguments != nullptr && i < count; ++i) {
         list.emplace_back(arguments[i]);
+    }
     LocalFree(arguments);
     return list;
 }
@@ -62,8 +63,9 @@ int runScript(host::AppWindow& window, host::Transport& transport, const host::S
 
 /// Says on the standard error output what is wrong with a script. True when nothing is.
 bool isSound(const host::Script& script, const std::string& name) {
-    for (const host::ScriptError& error : script.errors())
+    for (const host::ScriptError& error : script.errors()) {
         std::fprintf(stderr, "%s:%d: %s\n", name.c_str(), error.line, error.reason.c_str());
+    }
     return script.errors().empty();
 }
 
@@ -84,8 +86,9 @@ int main() {
         return wrong_usage;
     }
     const host::Script script(text);
-    if (!isSound(script, host::utf8(options.script)))
+    if (!isSound(script, host::utf8(options.script))) {
         return wrong_usage;
+    }
     host::AppWindow window;
     if (!window.create(options.width, options.height)) {
         std::fprintf(stderr, "marvo-host: no window can be made; is there a display?\n");

@@ -1,14 +1,15 @@
 /// @file
-/// The smallest host: a window with the live picture, recorded; the space bar shows the last five seconds again in slow
-/// motion, any other key goes back to live. The camera is the first capture device.
+/// The smallest host: a window with the live picture, recorded; the space bar shows the last five seconds
+/// again in slow motion, any other key goes back to live. The camera is the first capture device.
 
 #include "marvo.h"
 
 namespace {
 
 bool startSession(HWND window) {
-    if (!dvFE.init(window, false))
+    if (!dvFE.init(window, false)) {
         return false;
+    }
     return dvFE.startRecord(L"match.dv");
 }
 
@@ -28,10 +29,11 @@ void endSession() {
 LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_KEYDOWN:
-        if (wParam == VK_SPACE)
+        if (wParam == VK_SPACE) {
             showLastSeconds(5);
-        else
+        } else {
             dvFE.live();
+        }
         return 0;
     case WM_CLOSE:
         endSession();

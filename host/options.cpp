@@ -15,8 +15,9 @@ bool readSize(const std::wstring& text, int& width, int& height) {
     int h = 0;
     wchar_t extra = 0;
     if (std::swscanf(text.c_str(), L"%dx%d%lc", &w, &h, &extra) != 2 || w < 1 || h < 1 || w > largest_side ||
-        h > largest_side)
+        h > largest_side) {
         return false;
+    }
     width = w;
     height = h;
     return true;
@@ -40,11 +41,11 @@ bool Options::read(const std::vector<std::wstring>& arguments, std::string& erro
             return false;
         }
         const std::wstring& value = arguments[i + 1];
-        if (name == L"--script")
+        if (name == L"--script") {
             script = value;
-        else if (name == L"--report")
+        } else if (name == L"--report") {
             report = value;
-        else if (!readSize(value, width, height)) {
+        } else if (!readSize(value, width, height)) {
             error = "the size must be WIDTHxHEIGHT in pixels, as 720x576, not " + utf8(value);
             return false;
         }

@@ -16,7 +16,8 @@ struct Options {
 
     /// How the program is called.
     static const char* usage();
-    /// Reads the arguments behind the program's name. False, with the reason in `error`, when they make no sense.
+    /// Reads the arguments behind the program's name. False, with the reason in `error`, when they make no
+    /// sense.
     bool read(const std::vector<std::wstring>& arguments, std::string& error);
 };
 

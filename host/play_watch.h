@@ -22,11 +22,11 @@ public:
     /// All posts so far.
     const std::vector<Post>& posts() const { return posts_; }
 
-    /// Checks that the posts are the frames `from` to `to` replayed in a loop at `speed`: the next frame in the
-    /// direction of play after each one, and each for as many ticks as the speed asks (its fraction makes that vary
-    /// by one). What came before and after the replay is left out, and the first and the last frame may have any
-    /// share of their ticks. At up to full speed the whole range must have been shown. Empty when all is well, else
-    /// what is wrong and when.
+    /// Checks that the posts are the frames `from` to `to` replayed in a loop at `speed`: the next frame in
+    /// the direction of play after each one, and each for as many ticks as the speed asks (its fraction makes
+    /// that vary by one). What came before and after the replay is left out, and the first and the last frame
+    /// may have any share of their ticks. At up to full speed the whole range must have been shown. Empty
+    /// when all is well, else what is wrong and when.
     std::string checkLoop(long long from, long long to, double speed) const;
 
 private:

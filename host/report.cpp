@@ -62,8 +62,9 @@ std::string watchJson(const PlayWatch& watch) {
     for (size_t begin = 0; begin < posts.size();) {
         size_t end = begin;
         while (end < posts.size() && posts[end].frame == posts[begin].frame &&
-               posts[end].replaying == posts[begin].replaying)
+               posts[end].replaying == posts[begin].replaying) {
             ++end;
+        }
         runs.add("{\"frame\": " + std::to_string(posts[begin].frame) + ", \"time_ms\": " +
                  milliseconds(posts[begin].time_ms) + ", \"ticks\": " + std::to_string(end - begin) +
                  ", \"replaying\": " + truth(posts[begin].replaying) + "}");
@@ -90,12 +91,14 @@ std::string Report::json(const std::string& script, const std::map<std::string, 
                 ",\n     \"status\": " + statusJson(step.status) + "}";
     }
     Joiner files;
-    for (const std::string& file : screenshots_)
+    for (const std::string& file : screenshots_) {
         files.add(quoted(file));
+    }
     text += "\n  ],\n  \"screenshots\": [" + files.text() + "],\n  \"watches\": {";
     Joiner lists;
-    for (const auto& [name, watch] : watches)
+    for (const auto& [name, watch] : watches) {
         lists.add("\n    " + quoted(name) + ": " + watchJson(watch));
+    }
     return text + lists.text() + "\n  }\n}\n";
 }
 

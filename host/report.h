@@ -30,8 +30,8 @@ public:
     void addScreenshot(const std::string& file) { screenshots_.push_back(file); }
     /// The number of steps that did not hold.
     size_t failures() const;
-    /// The whole report: result, steps with status, screenshots, and for each watch its frames with the time of the
-    /// first tick and the number of ticks.
+    /// The whole report: result, steps with status, screenshots, and for each watch its frames with the time
+    /// of the first tick and the number of ticks.
     std::string json(const std::string& script, const std::map<std::string, PlayWatch>& watches) const;
 
 private:

@@ -8,7 +8,8 @@ namespace host {
 
 namespace {
 
-/// The window's client area, rows from the bottom, 3 bytes a pixel, each row padded to 4 bytes. Empty on failure.
+/// The window's client area, rows from the bottom, 3 bytes a pixel, each row padded to 4 bytes. Empty on
+/// failure.
 std::string readPixels(HWND window, int width, int height, const BITMAPINFOHEADER& header) {
     std::string pixels(static_cast<size_t>(header.biSizeImage), '\0');
     HDC source = GetDC(window);
@@ -32,8 +33,9 @@ std::string readPixels(HWND window, int width, int height, const BITMAPINFOHEADE
 
 bool saveScreenshot(HWND window, const std::wstring& file) {
     RECT area = {};
-    if (!GetClientRect(window, &area) || area.right <= 0 || area.bottom <= 0)
+    if (!GetClientRect(window, &area) || area.right <= 0 || area.bottom <= 0) {
         return false;
+    }
     UpdateWindow(window);
     BITMAPINFOHEADER header = {};
     header.biSize = sizeof header;
@@ -44,8 +46,9 @@ bool saveScreenshot(HWND window, const std::wstring& file) {
     header.biCompression = BI_RGB;
     header.biSizeImage = static_cast<DWORD>((area.right * 3 + 3) / 4 * 4 * area.bottom);
     const std::string pixels = readPixels(window, area.right, area.bottom, header);
-    if (pixels.empty())
+    if (pixels.empty()) {
         return false;
+    }
     BITMAPFILEHEADER fileHeader = {};
     fileHeader.bfType = 0x4D42;
     fileHeader.bfOffBits = sizeof fileHeader + sizeof header;

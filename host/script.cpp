@@ -11,9 +11,9 @@ namespace host {
 
 namespace {
 
-/// The commands and their arguments. A word in lower case stands for itself, words joined by | are alternatives,
-/// TEXT is the rest of the line, FILE, NAME and KEY are words, every other one in upper case is an expression, and
-/// what follows [ may be left out.
+/// The commands and their arguments. A word in lower case stands for itself, words joined by | are
+/// alternatives, TEXT is the rest of the line, FILE, NAME and KEY are words, every other one in upper case is
+/// an expression, and what follows [ may be left out.
 constexpr const char* forms[] = {
     "init [input NUMBER]",
     "playinit FROM TO FILE",
@@ -51,22 +51,25 @@ constexpr const char* forms[] = {
 std::vector<std::string> splitAtBlanks(const std::string& text) {
     std::istringstream stream(text);
     std::vector<std::string> words;
-    for (std::string word; stream >> word;)
+    for (std::string word; stream >> word;) {
         words.push_back(word);
+    }
     return words;
 }
 
 std::string trimmed(const std::string& text) {
     const size_t begin = text.find_first_not_of(" \t\r");
-    if (begin == std::string::npos)
+    if (begin == std::string::npos) {
         return {};
+    }
     return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
 }
 
 const char* findForm(const std::string& command) {
     for (const char* form : forms) {
-        if (splitAtBlanks(form).front() == command)
+        if (splitAtBlanks(form).front() == command) {
             return form;
+        }
     }
     return nullptr;
 }
@@ -76,12 +79,13 @@ class WordReader {
 public:
     explicit WordReader(const std::string& line) : line_(line) {}
 
-    /// The next word, unquoted. False at the end of the line or at a comment, or, with a reason, after a quote that is
-    /// not closed.
+    /// The next word, unquoted. False at the end of the line or at a comment, or, with a reason, after a
+    /// quote that is not closed.
     bool next(std::string& word, std::string& error) {
         skipBlanks();
-        if (at_ == line_.size() || line_[at_] == '#')
+        if (at_ == line_.size() || line_[at_] == '#') {
             return false;
+        }
         const bool quoted = line_[at_] == '"';
         const size_t end = quoted ? line_.find('"', ++at_) : line_.find_first_of(" \t", at_);
         if (quoted && end == std::string::npos) {
@@ -98,8 +102,9 @@ public:
         skipBlanks();
         std::string text = line_.substr(at_);
         at_ = line_.size();
-        if (text.size() >= 2 && text.front() == '"' && text.back() == '"')
+        if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
             text = text.substr(1, text.size() - 2);
+        }
         return text;
     }
 
@@ -118,12 +123,14 @@ public:
         WordReader reader(line.text);
         std::string error;
         std::string word;
-        if (!reader.next(word, error))
+        if (!reader.next(word, error)) {
             return error;
+        }
         line.words.push_back(word);
         const char* form = findForm(word);
-        if (form == nullptr)
+        if (form == nullptr) {
             return "unknown command " + word;
+        }
         return readArguments(line, form, reader);
     }
 
@@ -137,39 +144,46 @@ private:
             std::string place = places[i];
             const bool mayEnd = place.front() == '[';
             std::erase_if(place, [](char c) { return c == '[' || c == ']'; });
-            if (place == "TEXT")
+            if (place == "TEXT") {
                 word = reader.rest();
-            else if (!reader.next(word, error)) {
-                if (!error.empty())
+            } else if (!reader.next(word, error)) {
+                if (!error.empty()) {
                     return error;
+                }
                 return mayEnd ? "" : place + " is missing" + usage;
             }
             error = checkArgument(line.words.front(), place, word);
-            if (!error.empty())
+            if (!error.empty()) {
                 return error + usage;
+            }
             line.words.push_back(word);
         }
-        if (line.words.front() == "let")
+        if (line.words.front() == "let") {
             made_.insert(line.words[1]);
-        if (reader.next(word, error))
+        }
+        if (reader.next(word, error)) {
             return word + " is too much" + usage;
+        }
         return error;
     }
 
     std::string checkArgument(const std::string& command, const std::string& place,
                               const std::string& word) const {
-        if (word.empty())
+        if (word.empty()) {
             return place + " is empty";
+        }
         const bool isPlaceholder = place.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") != std::string::npos;
         if (!isPlaceholder) {
             const std::string choices = "|" + place + "|";
             return choices.find("|" + word + "|") != std::string::npos ? "" : word + " must be " + place;
         }
-        if (place == "TEXT" || place == "FILE")
+        if (place == "TEXT" || place == "FILE") {
             return {};
+        }
         if (place == "NAME") {
-            if (!isName(word))
+            if (!isName(word)) {
                 return word + " is no name (a letter, then letters, digits, dots and underscores)";
+            }
             return command == "let" && Status().value(word) ? word + " is the name of a value already" : "";
         }
         std::string error;
@@ -196,17 +210,19 @@ Script::Script(const std::string& text) {
         line.number = ++number;
         line.text = trimmed(raw);
         const std::string error = checker.read(line);
-        if (!error.empty())
+        if (!error.empty()) {
             errors_.push_back({line.number, error});
-        else if (!line.words.empty())
+        } else if (!line.words.empty()) {
             lines_.push_back(std::move(line));
+        }
     }
 }
 
 std::string Script::help() {
     std::string text;
-    for (const char* form : forms)
+    for (const char* form : forms) {
         text += std::string("  ") + form + "\n";
+    }
     return text;
 }
 

@@ -20,12 +20,13 @@ struct ScriptError {
     std::string reason;
 };
 
-/// A script that was read. Blank lines and what follows a word that begins with # are left out. A file name or text with
-/// blanks stands in double quotes; commands whose last argument is a text take the rest of the line as it is.
+/// A script that was read. Blank lines and what follows a word that begins with # are left out. A file name
+/// or text with blanks stands in double quotes; commands whose last argument is a text take the rest of the
+/// line as it is.
 class Script {
 public:
-    /// Reads UTF-8 text. Every line is checked: that the command exists, has the right arguments, and that its
-    /// expressions use only values that exist or that an earlier `let` makes.
+    /// Reads UTF-8 text. Every line is checked: that the command exists, has the right arguments, and that
+    /// its expressions use only values that exist or that an earlier `let` makes.
     explicit Script(const std::string& text);
 
     /// The commands in order. Only to be run when errors() is empty.

@@ -20,18 +20,24 @@ long long performanceCounter() {
 }
 
 bool compares(double left, const std::string& comparison, double right, double tolerance) {
-    if (comparison == "==")
+    if (comparison == "==") {
         return left == right;
-    if (comparison == "!=")
+    }
+    if (comparison == "!=") {
         return left != right;
-    if (comparison == "<")
+    }
+    if (comparison == "<") {
         return left < right;
-    if (comparison == "<=")
+    }
+    if (comparison == "<=") {
         return left <= right;
-    if (comparison == ">")
+    }
+    if (comparison == ">") {
         return left > right;
-    if (comparison == ">=")
+    }
+    if (comparison == ">=") {
         return left >= right;
+    }
     return std::fabs(left - right) <= tolerance;
 }
 
@@ -59,8 +65,9 @@ bool ScriptRunner::run(const Script& script) {
                     result.status.line().c_str());
         std::fflush(stdout);
         report_.add(std::move(result));
-        if (quit_ || window_.handle() == nullptr)
+        if (quit_ || window_.handle() == nullptr) {
             break;
+        }
     }
     return report_.failures() == 0;
 }
@@ -68,10 +75,12 @@ bool ScriptRunner::run(const Script& script) {
 void ScriptRunner::notePost(unsigned long frame) {
     const play_info info = transport_.info();
     // A slow host reads a record that is newer than the message; what it says then belongs to a later post.
-    if (static_cast<unsigned long>(info.frame & 0xFFFFFFFFu) == frame)
+    if (static_cast<unsigned long>(info.frame & 0xFFFFFFFFu) == frame) {
         was_replaying_ = info.replaying;
-    for (const std::string& name : watching_)
+    }
+    for (const std::string& name : watching_) {
         watches_[name].add({elapsed_ms(), static_cast<long long>(frame), was_replaying_});
+    }
 }
 
 double ScriptRunner::elapsed_ms() const {
@@ -157,10 +166,12 @@ ScriptRunner::Outcome ScriptRunner::waitUntil(const char* name, const Words& wor
     const double until = elapsed_ms() + number(words[2]);
     for (;;) {
         const double now = number(name);
-        if (now >= wanted)
+        if (now >= wanted) {
             return {true, std::string(name) + " " + numberText(now)};
-        if (elapsed_ms() >= until || !window_.dispatch(poll_ms))
+        }
+        if (elapsed_ms() >= until || !window_.dispatch(poll_ms)) {
             return {false, std::string(name) + " is only " + numberText(now) + ", not " + numberText(wanted)};
+        }
     }
 }
 
@@ -274,15 +285,17 @@ ScriptRunner::Outcome ScriptRunner::doWatch(const Words& words) {
         watching_.insert(words[2]);
         return {true, {}};
     }
-    if (watching_.erase(words[2]) == 0)
+    if (watching_.erase(words[2]) == 0) {
         return {false, "no watch called " + words[2] + " was started"};
+    }
     return {true, std::to_string(watches_[words[2]].posts().size()) + " posts"};
 }
 
 ScriptRunner::Outcome ScriptRunner::doExpectSequence(const Words& words) {
     const auto watch = watches_.find(words[1]);
-    if (watch == watches_.end())
+    if (watch == watches_.end()) {
         return {false, "no watch called " + words[1] + " was started"};
+    }
     const std::string wrong = watch->second.checkLoop(frame(words[3]), frame(words[4]), number(words[6]));
     return {wrong.empty(), wrong.empty() ? std::to_string(watch->second.posts().size()) + " posts" : wrong};
 }
@@ -294,8 +307,9 @@ ScriptRunner::Outcome ScriptRunner::doLet(const Words& words) {
 
 ScriptRunner::Outcome ScriptRunner::doScreenshot(const Words& words) {
     const std::wstring file = directory_ + wide(words[1]) + L".bmp";
-    if (!saveScreenshot(window_.handle(), file))
+    if (!saveScreenshot(window_.handle(), file)) {
         return {false, "the picture could not be written to " + utf8(file)};
+    }
     report_.addScreenshot(utf8(file));
     return {true, utf8(file)};
 }

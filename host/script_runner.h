@@ -15,15 +15,15 @@
 
 namespace host {
 
-/// Runs a script's commands one after the other on the window's thread, dispatching its messages while it waits.
-/// A failed expectation is noted and the script goes on.
+/// Runs a script's commands one after the other on the window's thread, dispatching its messages while it
+/// waits. A failed expectation is noted and the script goes on.
 class ScriptRunner {
 public:
     /// Screenshots go to `directory` (empty: the current one), which exists.
     ScriptRunner(AppWindow& window, Transport& transport, std::wstring directory);
 
-    /// Runs all commands, or up to `quit` or to the window's being closed (which is a failure). Each step is printed
-    /// as it ends. True when everything held.
+    /// Runs all commands, or up to `quit` or to the window's being closed (which is a failure). Each step is
+    /// printed as it ends. True when everything held.
     bool run(const Script& script);
     /// Takes note of a progress message.
     void notePost(unsigned long frame);

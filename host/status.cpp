@@ -43,15 +43,17 @@ constexpr NamedValue values[] = {
 
 std::optional<double> Status::value(const std::string& name) const {
     for (const NamedValue& named : values) {
-        if (name == named.name)
+        if (name == named.name) {
             return named.read(*this);
+        }
     }
     return std::nullopt;
 }
 
 void Status::forEach(const std::function<void(const char* name, double value)>& visit) const {
-    for (const NamedValue& named : values)
+    for (const NamedValue& named : values) {
         visit(named.name, named.read(*this));
+    }
 }
 
 std::string Status::line() const {
@@ -60,8 +62,9 @@ std::string Status::line() const {
                        (paused ? " paused" : "") + ", speed " + numberText(speed) + ", " +
                        std::to_string(fps) + " fps";
     // Without a recording nothing is taken for the file, and the backlog says nothing.
-    if (recording)
+    if (recording) {
         text += ", recording, backlog " + std::to_string(backlog());
+    }
     return text;
 }
 

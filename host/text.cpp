@@ -44,14 +44,16 @@ bool writeFile(const std::wstring& name, const std::string& content) {
 bool readFile(const std::wstring& name, std::string& content) {
     vcore::handle file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file)
+    if (!file) {
         return false;
+    }
     content.clear();
     char block[4096];
     DWORD done = 0;
     while (ReadFile(file.get(), block, sizeof block, &done, nullptr)) {
-        if (done == 0)
+        if (done == 0) {
             return true;
+        }
         content.append(block, done);
     }
     return false;

@@ -16,8 +16,9 @@ const char* const not_built = "The video is not running; start it first.";
 std::optional<long> wholeNumber(const std::string& text) {
     long value = 0;
     const std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (read.ec != std::errc() || read.ptr != text.data() + text.size())
+    if (read.ec != std::errc() || read.ptr != text.data() + text.size()) {
         return std::nullopt;
+    }
     return value;
 }
 
@@ -51,14 +52,16 @@ bool Transport::playInit(int from, int to, const std::wstring& file) {
     WideCharToMultiByte(CP_ACP, 0, file.c_str(), -1, name.data(), static_cast<int>(name.size()), nullptr,
                         nullptr);
     initialised_ = dvFE.playinit(video_area_, from, to, name.c_str());
-    if (initialised_)
+    if (initialised_) {
         dvFE.setPlayFile(file.c_str());
+    }
     return report(initialised_, "The recording " + utf8(file) + " could not be opened for replay.");
 }
 
 bool Transport::done() {
-    if (recording_)
+    if (recording_) {
         stop();
+    }
     dvFE.done();
     initialised_ = false;
     return report(true, {});
@@ -69,11 +72,13 @@ bool Transport::live() {
 }
 
 bool Transport::record(const std::wstring& file) {
-    if (!initialised_)
+    if (!initialised_) {
         return report(false, not_built);
+    }
     recording_ = dvFE.startRecord(orNull(file));
-    if (recording_ && !file.empty())
+    if (recording_ && !file.empty()) {
         dvFE.setPlayFile(file.c_str());
+    }
     return report(recording_, file.empty() ? "The recording file could not be made."
                                            : "The recording file " + utf8(file) + " could not be made.");
 }
@@ -89,20 +94,23 @@ bool Transport::setPaused(bool paused) {
 }
 
 bool Transport::replay(long long from, long long to, const std::wstring& file) {
-    if (from < 0 || to < 0)
+    if (from < 0 || to < 0) {
         return report(false, "There is no frame with a negative number.");
+    }
     return report(
         dvFE.replay(static_cast<unsigned long long>(from), static_cast<unsigned long long>(to), orNull(file)),
         initialised_ ? "Nothing could be replayed; is there a recording?" : not_built);
 }
 
 bool Transport::replayLast(double seconds) {
-    if (!(seconds > 0.0 && seconds <= longest_replay_s))
+    if (!(seconds > 0.0 && seconds <= longest_replay_s)) {
         return report(false, "A replay is longer than 0 and at most 100000 seconds.");
+    }
     const long long newest = status().newest();
     const long long frames = std::llround(seconds * static_cast<double>(dvFE.framesPerSecond()));
-    if (newest < 0 || frames < 1)
+    if (newest < 0 || frames < 1) {
         return report(false, "There is nothing to replay yet.");
+    }
     return replay(newest >= frames ? newest - frames + 1 : 0, newest, {});
 }
 
@@ -111,14 +119,16 @@ bool Transport::setSpeed(double factor) {
 }
 
 bool Transport::seek(long long frame) {
-    if (frame < 0)
+    if (frame < 0) {
         return report(false, "There is no frame with a negative number.");
+    }
     return report(initialised_ && dvFE.seekPosition(static_cast<unsigned long long>(frame)), not_built);
 }
 
 bool Transport::mark(bool in, long long frame, int element) {
-    if (element < 1 || element > 99 || frame < 0 || frame > INT_MAX)
+    if (element < 1 || element > 99 || frame < 0 || frame > INT_MAX) {
         return report(false, "A mark needs a frame and an element from 1 to 99.");
+    }
     char marker[32];
     std::snprintf(marker, sizeof marker, "X%c%02d%lld", in ? 'I' : 'O', element, frame);
     return report(dvFE.call(marker), {});
@@ -149,36 +159,40 @@ bool Transport::setPosition(int x, int y) {
 bool Transport::set(const std::string& key, const std::string& value) {
     if (key == "recfile" || key == "playfile" || key == "remotefile") {
         const std::wstring name = wide(value);
-        if (key == "recfile")
+        if (key == "recfile") {
             dvFE.setRecFile(name.c_str());
-        else if (key == "playfile")
+        } else if (key == "playfile") {
             dvFE.setPlayFile(name.c_str());
-        else
+        } else {
             dvFE.setRemoteFile(name.c_str());
+        }
         return report(true, {});
     }
     if (key == "deinterlace") {
         const bool on = value == "on" || value == "1" || value == "true";
         const bool off = value == "off" || value == "0" || value == "false";
-        if (on || off)
+        if (on || off) {
             dvFE.setDeinterlace(on);
+        }
         return report(on || off, "deinterlace is on or off, not " + value);
     }
     const std::optional<long> number = wholeNumber(value);
-    if (!number || (*number < 0 && key != "input"))
+    if (!number || (*number < 0 && key != "input")) {
         return report(false, key + " needs a whole number, not " + value);
-    if (key == "input")
+    }
+    if (key == "input") {
         dvFE.setInput(input_ = static_cast<int>(*number));
-    else if (key == "playdelay")
+    } else if (key == "playdelay") {
         dvFE.setPlayDelay(static_cast<int>(*number));
-    else if (key == "maxrec")
+    } else if (key == "maxrec") {
         dvFE.setMaxRecFrames(static_cast<unsigned long>(*number));
-    else if (key == "maxplay")
+    } else if (key == "maxplay") {
         dvFE.setMaxPlayFrames(static_cast<unsigned long>(*number));
-    else if (key == "maxfilesize")
+    } else if (key == "maxfilesize") {
         dvFE.setMaxFilesize(static_cast<unsigned long>(*number));
-    else
+    } else {
         return report(false, "there is no setting " + key);
+    }
     return report(true, {});
 }
 
@@ -224,11 +238,13 @@ bool Transport::report(bool worked, const std::string& explanation) {
 
 std::string Transport::whyNoVideo() const {
     const int devices = vwin::com_fg::sourceCount();
-    if (devices == 0)
+    if (devices == 0) {
         return "No capture device was found. Connect a DV camera and switch it on.";
-    if (input_ >= devices)
+    }
+    if (input_ >= devices) {
         return "There is no capture device number " + std::to_string(input_) + "; this system has " +
                std::to_string(devices) + ", counted from 0.";
+    }
     return "The video could not be started. marvo.log in the current directory says which step failed.";
 }
 

@@ -10,11 +10,12 @@
 
 namespace host {
 
-/// Drives the front end for one window. Used on the window's thread only. Every command says whether it worked;
-/// explanation() then says why not, in words for the user.
+/// Drives the front end for one window. Used on the window's thread only. Every command says whether it
+/// worked; explanation() then says why not, in words for the user.
 class Transport {
 public:
-    /// Shows video in `videoArea`. Progress is posted as `message` to `drain`. Both windows outlive this object.
+    /// Shows video in `videoArea`. Progress is posted as `message` to `drain`. Both windows outlive this
+    /// object.
     Transport(HWND videoArea, HWND drain, unsigned message);
     Transport(const Transport&) = delete;
     Transport& operator=(const Transport&) = delete;

@@ -21,17 +21,19 @@ unsigned long number(const std::string& option, const std::wstring& text) {
         decimal = text[i] >= L'0' && text[i] <= L'9';
         value = value * 10 + static_cast<unsigned>(text[i] - L'0');
     }
-    if (!decimal || value > 0xFFFFFFFFull)
+    if (!decimal || value > 0xFFFFFFFFull) {
         refuse("--" + option + " takes a whole number from 0, not " + quoted(text) + ".");
+    }
     return static_cast<unsigned long>(value);
 }
 
 unsigned long sectorSize(const std::string& option, const std::wstring& text) {
     const unsigned long value = number(option, text);
     constexpr unsigned long largest = 0x10000;
-    if (value == 0 || value > largest || (value & (value - 1)) != 0)
+    if (value == 0 || value > largest || (value & (value - 1)) != 0) {
         refuse("--" + option + " takes the bytes of a sector, a power of two up to 65536, not " +
                quoted(text) + ".");
+    }
     return value;
 }
 
@@ -45,12 +47,13 @@ public:
         bool onlyFiles = false;
         while (next_ < words_.size()) {
             const std::wstring& word = words_[next_++];
-            if (onlyFiles || word.size() < 2 || word[0] != L'-')
+            if (onlyFiles || word.size() < 2 || word[0] != L'-') {
                 result_.files.push_back(word);
-            else if (word == L"--")
+            } else if (word == L"--") {
                 onlyFiles = true;
-            else
+            } else {
                 readOption(word);
+            }
         }
         return result_;
     }
@@ -60,41 +63,49 @@ private:
         const size_t equals = word.find(L'=');
         const std::string option = utf8(word.substr(0, equals));
         const std::string name = option == "-h" ? "help" : option.substr(option.starts_with("--") ? 2 : 0);
-        if (name != "help" && std::find(options_.begin(), options_.end(), name) == options_.end())
+        if (name != "help" && std::find(options_.begin(), options_.end(), name) == options_.end()) {
             refuse("This command has no option '" + option + "'.");
+        }
         if (bool* flag = flagFor(name)) {
-            if (equals != std::wstring::npos)
+            if (equals != std::wstring::npos) {
                 refuse("--" + name + " takes no value.");
+            }
             *flag = true;
-        } else
+        } else {
             takeNumber(name, equals != std::wstring::npos ? word.substr(equals + 1) : nextWord(name));
+        }
     }
 
     std::wstring nextWord(const std::string& name) {
-        if (next_ == words_.size())
+        if (next_ == words_.size()) {
             refuse("--" + name + " needs a number behind it.");
+        }
         return words_[next_++];
     }
 
     bool* flagFor(const std::string& name) {
-        if (name == "json")
+        if (name == "json") {
             return &result_.json;
-        if (name == "progress")
+        }
+        if (name == "progress") {
             return &result_.progress;
-        if (name == "force")
+        }
+        if (name == "force") {
             return &result_.force;
+        }
         return name == "help" ? &result_.help : nullptr;
     }
 
     void takeNumber(const std::string& name, const std::wstring& text) {
-        if (name == "sector")
+        if (name == "sector") {
             result_.sector = sectorSize(name, text);
-        else if (name == "from")
+        } else if (name == "from") {
             result_.from = number(name, text);
-        else if (name == "to")
+        } else if (name == "to") {
             result_.to = number(name, text);
-        else
+        } else {
             result_.frame = number(name, text);
+        }
     }
 
     const std::vector<std::wstring>& words_;
@@ -108,9 +119,10 @@ private:
 Arguments readArguments(const std::vector<std::wstring>& words, const std::vector<std::string>& options,
                         size_t files) {
     Arguments arguments = Reader(words, options).read();
-    if (!arguments.help && arguments.files.size() != files)
+    if (!arguments.help && arguments.files.size() != files) {
         refuse("This command takes " + counted(files, "file") + ", and " +
                std::to_string(arguments.files.size()) + " were given.");
+    }
     return arguments;
 }
 

@@ -22,9 +22,9 @@ struct Arguments {
     bool help = false;
 };
 
-/// Reads what stands behind the command. `options` are the names of the options that the command has (without the
-/// dashes; --help is always there), `files` the number of files that it takes. Options may stand anywhere; behind "--"
-/// everything is a file. Throws the `Failure` for anything else.
+/// Reads what stands behind the command. `options` are the names of the options that the command has (without
+/// the dashes; --help is always there), `files` the number of files that it takes. Options may stand
+/// anywhere; behind "--" everything is a file. Throws the `Failure` for anything else.
 Arguments readArguments(const std::vector<std::wstring>& words, const std::vector<std::string>& options,
                         size_t files);
 

@@ -31,10 +31,11 @@ void report(const Written& written, unsigned long first, const Arguments& argume
 
 ExitStatus exportRange(const Arguments& arguments) {
     const bool avi = hasExtension(arguments.files[1], L".avi");
-    if (!avi && !hasExtension(arguments.files[1], L".dv"))
+    if (!avi && !hasExtension(arguments.files[1], L".dv")) {
         throw Failure{ExitStatus::usage,
                       quoted(arguments.files[1]) +
                           " ends neither with .dv nor with .avi, so what it should become is not clear."};
+    }
     const std::unique_ptr<Recording> from = openRecording(arguments.files[0], arguments.sector);
     const unsigned long first = arguments.from.value_or(0);
     const unsigned long last = arguments.to.value_or(from->frames() > 0 ? from->frames() - 1 : 0);

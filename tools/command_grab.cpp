@@ -32,27 +32,33 @@ void report(const Picture& picture, const Arguments& arguments) {
 } // namespace
 
 ExitStatus grab(const Arguments& arguments) {
-    if (!arguments.frame)
+    if (!arguments.frame) {
         throw Failure{ExitStatus::usage, "Say which frame with --frame N."};
-    if (!isImageName(arguments.files[1]))
+    }
+    if (!isImageName(arguments.files[1])) {
         throw Failure{ExitStatus::usage,
                       quoted(arguments.files[1]) + " ends with none of .bmp, .png and .jpg."};
+    }
     const std::unique_ptr<Recording> from = openRecording(arguments.files[0], arguments.sector);
     const std::string frameName =
         "Frame " + std::to_string(*arguments.frame) + " of " + quoted(arguments.files[0]) + " ";
-    if (*arguments.frame >= from->frames())
+    if (*arguments.frame >= from->frames()) {
         throw Failure{ExitStatus::usage,
                       frameName + "is not there; it has " + counted(from->frames(), "frame") + " from 0."};
+    }
     OutputFile output(arguments.files[1], arguments.force, from->file());
     Slot slot;
     std::string fault;
-    if (!from->read(*arguments.frame, slot, fault))
+    if (!from->read(*arguments.frame, slot, fault)) {
         throw Failure{ExitStatus::cannotRead, frameName + fault + "."};
+    }
     Picture picture;
-    if (!decodePicture(slot.frame(), picture, fault))
+    if (!decodePicture(slot.frame(), picture, fault)) {
         throw Failure{ExitStatus::noPicture, frameName + "gives no picture: " + fault + "."};
-    if (!saveImage(picture, output.name(), output.temporaryName(), fault))
+    }
+    if (!saveImage(picture, output.name(), output.temporaryName(), fault)) {
         throw cannotWrite(output.name(), fault);
+    }
     output.publish();
     report(picture, arguments);
     return ExitStatus::fine;

@@ -36,8 +36,9 @@ size_t bytesToTimeCode(const Recording& recording, std::vector<unsigned char>& m
 CameraNotes readNotes(const Recording& recording, Progress& progress) {
     CameraNotes notes{TimeCodeGaps(is625Size(recording.frameSize()) ? 25 : 30, mostGaps), {}, {}};
     const unsigned long frames = recording.frames();
-    if (frames == 0)
+    if (frames == 0) {
         return notes;
+    }
     std::vector<unsigned char> memory(recording.frameSize());
     const size_t needed = bytesToTimeCode(recording, memory);
     const unsigned long long bytes = recording.file().size();
@@ -58,21 +59,26 @@ struct State {
 };
 
 State stateOf(const Recording& recording) {
-    if (recording.file().isBeingWritten())
+    if (recording.file().isBeingWritten()) {
         return {"recording", "it is being written at this moment"};
+    }
     unsigned long long tail = 0;
-    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording))
+    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording)) {
         tail = raw->tail();
-    else if (const auto* stream = dynamic_cast<const StreamRecording*>(&recording))
+    } else if (const auto* stream = dynamic_cast<const StreamRecording*>(&recording)) {
         tail = stream->tail();
-    if (tail > 0)
+    }
+    if (tail > 0) {
         return {"cut off", counted(tail, "byte") + " behind the last whole frame"};
+    }
     if (const auto* avi = dynamic_cast<const AviRecording*>(&recording)) {
         const AVI_ODMLFileInfo& info = avi->avi().info();
-        if (info.walkedFrames > 0)
+        if (info.walkedFrames > 0) {
             return {"cut off", counted(info.walkedFrames, "frame") + " in no index"};
-        if (info.headerTotalFrames > info.totalFrames)
+        }
+        if (info.headerTotalFrames > info.totalFrames) {
             return {"cut off", format("its header promises %lu frames", info.headerTotalFrames)};
+        }
     }
     return {"finished", ""};
 }
@@ -85,11 +91,13 @@ struct Fact {
 };
 
 std::vector<Fact> structureOf(const Recording& recording) {
-    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording))
+    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording)) {
         return {{"recordSize", "record size", raw->recordSize()}, {"sector", "sector size", raw->sector()}};
+    }
     const auto* avi = dynamic_cast<const AviRecording*>(&recording);
-    if (!avi)
+    if (!avi) {
         return {};
+    }
     const AVI_ODMLFileInfo& info = avi->avi().info();
     const unsigned long long slot = recording.frames() > 1
                                         ? recording.place(1).offset - recording.place(0).offset
@@ -104,8 +112,9 @@ std::vector<Fact> structureOf(const Recording& recording) {
 }
 
 const char* systemOf(const Recording& recording) {
-    if (recording.frames() == 0)
+    if (recording.frames() == 0) {
         return "unknown";
+    }
     return is625Size(recording.frameSize()) ? "625/50 (PAL)" : "525/60 (NTSC)";
 }
 
@@ -147,8 +156,9 @@ void reportJson(const Recording& recording, const CameraNotes& notes, const Argu
     json.add("size", recording.file().size());
     json.add("state", state.name);
     json.add("stateDetails", state.details);
-    for (const Fact& fact : structureOf(recording))
+    for (const Fact& fact : structureOf(recording)) {
         json.add(fact.identifier, fact.value);
+    }
     json.beginObject("recorded");
     json.add("first", notes.firstRecorded);
     json.add("last", notes.lastRecorded);
@@ -169,20 +179,24 @@ void printRange(const char* title, const std::string& first, const std::string& 
 void printGaps(const TimeCodeGaps& notes) {
     printRange("time code", notes.first() ? notes.first()->text() : "",
                notes.last() ? notes.last()->text() : "");
-    if (!notes.first())
+    if (!notes.first()) {
         return;
-    if (notes.missing() > 0)
+    }
+    if (notes.missing() > 0) {
         printLine("", counted(notes.missing(), "frame") + " without time code");
+    }
     printLine("time code gaps", notes.count() == 0
                                     ? "none"
                                     : std::to_string(notes.count()) + ", in which the camera counted " +
                                           counted(notes.lost(), "frame"));
-    for (const TimeCodeGaps::Gap& gap : notes.gaps())
+    for (const TimeCodeGaps::Gap& gap : notes.gaps()) {
         printLine("", format("frame %lu: %s follows %s", gap.frame, gap.after.text().c_str(),
                              gap.before.text().c_str()));
-    if (notes.count() > notes.gaps().size())
+    }
+    if (notes.count() > notes.gaps().size()) {
         printLine("",
                   format("and %lu more", static_cast<unsigned long>(notes.count() - notes.gaps().size())));
+    }
 }
 
 void reportText(const Recording& recording, const CameraNotes& notes, const Arguments& arguments) {
@@ -195,8 +209,9 @@ void reportText(const Recording& recording, const CameraNotes& notes, const Argu
     printRange("recorded", notes.firstRecorded, notes.lastRecorded);
     printGaps(notes.timeCode);
     printLine("file size", counted(recording.file().size(), "byte"));
-    for (const Fact& fact : structureOf(recording))
+    for (const Fact& fact : structureOf(recording)) {
         printLine(fact.title, std::to_string(fact.value));
+    }
     printLine("state", state.name + (state.details.empty() ? "" : ": " + state.details));
 }
 

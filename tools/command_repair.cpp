@@ -59,17 +59,20 @@ void reportText(const Written& written, const Losses& losses, const Arguments& a
                 counted(written.frames, "frame").c_str());
     std::printf("lost: %s%s", losses.lost == 0 ? "nothing" : "about ",
                 losses.lost == 0 ? "" : counted(losses.lost, "frame").c_str());
-    if (losses.damaged > 0)
+    if (losses.damaged > 0) {
         std::printf(", %lu of them cut off or damaged inside", losses.damaged);
+    }
     std::printf("\n");
     constexpr size_t mostListed = 20;
-    for (size_t i = 0; i < losses.holes.size() && i < mostListed; ++i)
+    for (size_t i = 0; i < losses.holes.size() && i < mostListed; ++i) {
         std::printf("  in front of the new frame %lu, from byte %llu of the old file: about %s\n",
                     losses.holes[i].frame, losses.holes[i].offset,
                     counted(losses.holes[i].lost, "frame").c_str());
-    if (losses.holes.size() > mostListed)
+    }
+    if (losses.holes.size() > mostListed) {
         std::printf("  and at %s more (--json lists all)\n",
                     counted(losses.holes.size() - mostListed, "place").c_str());
+    }
 }
 
 } // namespace
@@ -83,9 +86,10 @@ ExitStatus repair(const Arguments& arguments) {
             progress.update(done, all);
         });
     }
-    if (found->kind() == Kind::avi && !toAvi)
+    if (found->kind() == Kind::avi && !toAvi) {
         throw Failure{ExitStatus::usage,
                       quoted(arguments.files[0]) + " is an AVI file; give OUT the extension .avi."};
+    }
     const Written written = copyAll(*found, toAvi ? Kind::avi : found->kind(), arguments);
     const Losses losses = lossesOf(*found);
     arguments.json ? reportJson(written, losses, arguments) : reportText(written, losses, arguments);

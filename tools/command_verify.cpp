@@ -23,8 +23,9 @@ public:
     };
 
     void add(unsigned long long offset, std::string text) {
-        if (kept_.size() < mostKept)
+        if (kept_.size() < mostKept) {
             kept_.emplace_back(offset, std::move(text));
+        }
         ++count_;
     }
     void addUnkept(unsigned long long count) { count_ += count; }
@@ -50,20 +51,24 @@ void checkFrames(Recording& recording, Faults& faults, Progress& progress) {
     for (unsigned long frame = 0; frame < recording.frames(); ++frame) {
         const Recording::Place place = recording.place(frame);
         std::string fault;
-        if (recording.read(frame, slot, fault))
+        if (recording.read(frame, slot, fault)) {
             fault = faultOf(slot.frame());
-        if (!fault.empty())
+        }
+        if (!fault.empty()) {
             faults.add(place.offset, format("frame %lu %s", frame, fault.c_str()));
+        }
         progress.update(place.offset + place.size, bytes);
     }
-    if (recording.frames() == 0)
+    if (recording.frames() == 0) {
         faults.add(0, "there is no whole frame in the file");
+    }
 }
 
 void checkTail(unsigned long long tail, const Recording& recording, Faults& faults) {
-    if (tail > 0)
+    if (tail > 0) {
         faults.add(recording.file().size() - tail,
                    "the file is cut off: it ends with " + counted(tail, "byte") + " that are no whole frame");
+    }
 }
 
 void checkRecordHeaders(const RawRecording& recording, Faults& faults) {
@@ -71,12 +76,13 @@ void checkRecordHeaders(const RawRecording& recording, Faults& faults) {
     for (unsigned long frame = 0; frame < recording.frames(); ++frame) {
         const RawRecording::Header header = recording.header(frame);
         const unsigned long long offset = static_cast<unsigned long long>(frame) * recording.recordSize();
-        if (header.frameSize != first.frameSize)
+        if (header.frameSize != first.frameSize) {
             faults.add(offset, format("record %lu says that its frame has %lu bytes, the first record %lu",
                                       frame, static_cast<unsigned long>(header.frameSize),
                                       static_cast<unsigned long>(first.frameSize)));
-        else if (header.timePerFrame_100ns != first.timePerFrame_100ns)
+        } else if (header.timePerFrame_100ns != first.timePerFrame_100ns) {
             faults.add(offset, format("record %lu has another time per frame than the first", frame));
+        }
     }
 }
 
@@ -92,8 +98,9 @@ void checkStructure(const std::wstring& name, Faults& faults, Progress& progress
     };
     inspector.run(name.c_str(), options);
     checkInterruption();
-    for (const AviInspector::Fault& fault : inspector.faults())
+    for (const AviInspector::Fault& fault : inspector.faults()) {
         faults.add(fault.offset, utf8(fault.text.oleStr()));
+    }
     faults.addUnkept(inspector.faultCount() - inspector.faults().size());
 }
 
@@ -117,10 +124,12 @@ void report(const Recording& recording, const Faults& faults, const Arguments& a
         std::fputs(json.text().c_str(), stdout);
         return;
     }
-    for (const Faults::Fault& fault : faults.kept())
+    for (const Faults::Fault& fault : faults.kept()) {
         std::printf("at byte %llu: %s\n", fault.offset, fault.text.c_str());
-    if (faults.count() > faults.kept().size())
+    }
+    if (faults.count() > faults.kept().size()) {
         std::printf("and %s more\n", counted(faults.count() - faults.kept().size(), "fault").c_str());
+    }
     std::printf("'%s': %s, %s, %s\n", utf8(arguments.files[0]).c_str(), describe(recording.kind()),
                 counted(recording.frames(), "frame").c_str(),
                 faults.count() == 0 ? "no faults" : counted(faults.count(), "fault").c_str());
@@ -133,14 +142,16 @@ ExitStatus verify(const Arguments& arguments) {
     Faults faults;
     {
         Progress progress("reading " + quoted(arguments.files[0]), arguments.progress);
-        if (recording->kind() == Kind::avi)
+        if (recording->kind() == Kind::avi) {
             checkStructure(arguments.files[0], faults, progress);
+        }
         checkFrames(*recording, faults, progress);
         if (const auto* raw = dynamic_cast<const RawRecording*>(recording.get())) {
             checkRecordHeaders(*raw, faults);
             checkTail(raw->tail(), *raw, faults);
-        } else if (const auto* stream = dynamic_cast<const StreamRecording*>(recording.get()))
+        } else if (const auto* stream = dynamic_cast<const StreamRecording*>(recording.get())) {
             checkTail(stream->tail(), *stream, faults);
+        }
     }
     faults.sortByOffset();
     report(*recording, faults, arguments);

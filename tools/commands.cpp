@@ -7,19 +7,25 @@ namespace dvrec {
 namespace {
 
 const char* optionHelp(const std::string& option) {
-    if (option == "from")
+    if (option == "from") {
         return "--from N     first frame of the range (default: 0)";
-    if (option == "to")
+    }
+    if (option == "to") {
         return "--to N       last frame of the range, which belongs to it (default: the last)";
-    if (option == "frame")
+    }
+    if (option == "frame") {
         return "--frame N    the frame's number; the first is 0";
-    if (option == "sector")
+    }
+    if (option == "sector") {
         return "--sector N   bytes per sector of the disk on which a raw recording was made (default: seen\n"
                "               from the recording)";
-    if (option == "json")
+    }
+    if (option == "json") {
         return "--json       the result as JSON on the standard output";
-    if (option == "progress")
+    }
+    if (option == "progress") {
         return "--progress   lines of progress also where the error output is no terminal";
+    }
     return "--force      replace OUT if it exists";
 }
 
@@ -94,15 +100,17 @@ const std::vector<Command>& commands() {
 std::string helpFor(const Command& command) {
     std::string help = std::string("dvrec ") + command.name + " " + command.files + " [OPTIONS]\n\n" +
                        command.details + "\nOptions:\n";
-    for (const std::string& option : command.options)
+    for (const std::string& option : command.options) {
         help += std::string("  ") + optionHelp(option) + "\n";
+    }
     return help + "  --help       this help\n";
 }
 
 std::string helpForAll() {
     std::string help = "dvrec looks into recordings, checks them, and makes standard files of them.\n\n";
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         help += format("  dvrec %-7s %-19s %s\n", command.name, command.files, command.summary);
+    }
     return help + "\n'dvrec COMMAND --help' has the details and options. FILE is a raw recording, an AVI "
                   "file with DV video,\n"
                   "or a plain DV stream; what it is, is seen from its content. Frames are numbered from 0. "

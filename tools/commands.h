@@ -18,7 +18,8 @@ struct Command {
     const char* summary; ///< one line
     const char* details; ///< the rest of its help
     std::vector<std::string> options;
-    /// Does the work and writes its result on the standard output. Throws the `Failure` when it cannot be done.
+    /// Does the work and writes its result on the standard output. Throws the `Failure` when it cannot be
+    /// done.
     ExitStatus (*run)(const Arguments& arguments);
 };
 

@@ -19,12 +19,14 @@ Failure cannotRead(const Recording& from, unsigned long frame, const std::string
 Written copyFrames(Recording& from, unsigned long first, unsigned long last, Kind kind,
                    const Arguments& arguments) {
     const InputFile& source = from.file();
-    if (from.frames() == 0)
+    if (from.frames() == 0) {
         throw Failure{ExitStatus::cannotRead, quoted(source.name()) + " holds no whole frame."};
-    if (first > last || last >= from.frames())
+    }
+    if (first > last || last >= from.frames()) {
         throw Failure{ExitStatus::usage,
                       format("There is no range from frame %lu to %lu: the last frame is %lu.", first, last,
                              from.frames() - 1)};
+    }
     OutputFile output(arguments.files[1], arguments.force, source);
     const unsigned long size = from.place(first).size;
     Written written{kind, last - first + 1, 0};
@@ -34,13 +36,15 @@ Written copyFrames(Recording& from, unsigned long first, unsigned long last, Kin
         Slot slot;
         for (unsigned long frame = first; frame <= last; ++frame) {
             std::string fault;
-            if (!from.read(frame, slot, fault))
+            if (!from.read(frame, slot, fault)) {
                 throw cannotRead(from, frame, fault);
-            if (slot.frame().size() != size)
+            }
+            if (slot.frame().size() != size) {
                 throw cannotRead(
                     from, frame,
                     format("has %u bytes and those before have %lu, which do not go into one file",
                            static_cast<unsigned>(slot.frame().size()), size));
+            }
             sink->write(slot);
             progress.update((frame - first + 1ull) * size,
                             static_cast<unsigned long long>(written.frames) * size);

@@ -14,9 +14,9 @@ struct Written {
     unsigned long long bytes = 0;
 };
 
-/// Writes the frames `first` to `last`, both included, to the second file of the arguments, as a recording of `kind`.
-/// Throws the `Failure` when there is no such range, a frame cannot be read, or the file cannot be written; then
-/// there is no file.
+/// Writes the frames `first` to `last`, both included, to the second file of the arguments, as a recording of
+/// `kind`. Throws the `Failure` when there is no such range, a frame cannot be read, or the file cannot be
+/// written; then there is no file.
 Written copyFrames(Recording& from, unsigned long first, unsigned long last, Kind kind,
                    const Arguments& arguments);
 

@@ -37,8 +37,9 @@ public:
     bool send(FrameBytes frame) {
         vwin::com_<IMediaSample> sample;
         BYTE* data = nullptr;
-        if (!allocator_.getSample(sample.put(), -1, -1) || FAILED(sample->GetPointer(&data)))
+        if (!allocator_.getSample(sample.put(), -1, -1) || FAILED(sample->GetPointer(&data))) {
             return false;
+        }
         std::memcpy(data, frame.data(), frame.size());
         sample->SetActualDataLength(static_cast<long>(frame.size()));
         sample->SetSyncPoint(TRUE);
@@ -66,8 +67,9 @@ public:
 
     /// Waits for the picture; false when none comes in time.
     bool take(Picture& picture) {
-        if (WaitForSingleObject(arrived_.get(), patience_ms) != WAIT_OBJECT_0)
+        if (WaitForSingleObject(arrived_.get(), patience_ms) != WAIT_OBJECT_0) {
             return false;
+        }
         picture = std::move(picture_);
         return !picture.pixels.empty();
     }
@@ -95,25 +97,28 @@ private:
         return type.subtype == MEDIASUBTYPE_RGB32 ? 4 : type.subtype == MEDIASUBTYPE_RGB24 ? 3 : 0;
     }
 
-    /// Copies the picture, if `length` bytes hold it: lines are padded to 4 bytes, and the lowest one comes first
-    /// unless the height is negative.
+    /// Copies the picture, if `length` bytes hold it: lines are padded to 4 bytes, and the lowest one comes
+    /// first unless the height is negative.
     void keep(const BYTE* data, long length) {
         const vvideo::dvMediaType type(input_->type());
         const BITMAPINFOHEADER* header = type.bmiHeader();
         const size_t pixel = bytesPerPixel(type);
-        if (!header || pixel == 0 || header->biWidth <= 0 || header->biHeight == 0)
+        if (!header || pixel == 0 || header->biWidth <= 0 || header->biHeight == 0) {
             return;
+        }
         const auto width = static_cast<size_t>(header->biWidth);
         const auto height = static_cast<size_t>(std::abs(header->biHeight));
         const size_t stride = (width * pixel + 3) / 4 * 4;
-        if (length < 0 || static_cast<size_t>(length) < stride * height)
+        if (length < 0 || static_cast<size_t>(length) < stride * height) {
             return;
+        }
         picture_ = {static_cast<unsigned>(width), static_cast<unsigned>(height),
                     std::vector<unsigned char>(width * height * 4)};
         for (size_t line = 0; line < height; ++line) {
             const BYTE* from = data + stride * (header->biHeight > 0 ? height - 1 - line : line);
-            for (size_t column = 0; column < width; ++column)
+            for (size_t column = 0; column < width; ++column) {
                 std::memcpy(&picture_.pixels[(line * width + column) * 4], from + column * pixel, 3);
+            }
         }
     }
 
@@ -122,11 +127,13 @@ private:
     Picture picture_;
 };
 
-/// Decoders show a reduced picture unless they are told otherwise; one that cannot be told shows what it does.
+/// Decoders show a reduced picture unless they are told otherwise; one that cannot be told shows what it
+/// does.
 void askForFullSize(IBaseFilter* decoder) {
     vwin::com_<IIPDVDec> resolution;
-    if (SUCCEEDED(decoder->QueryInterface(IID_IIPDVDec, reinterpret_cast<void**>(resolution.put()))))
+    if (SUCCEEDED(decoder->QueryInterface(IID_IIPDVDec, reinterpret_cast<void**>(resolution.put())))) {
         resolution->put_IPDisplay(DVDECODERRESOLUTION_720x480);
+    }
 }
 
 } // namespace
@@ -151,11 +158,13 @@ bool decodePicture(FrameBytes frame, Picture& picture, std::string& fault) {
         source->prepare(frame) && graph.add(source.ptr(), L"frame") && graph.add(sink.ptr(), L"picture") &&
         graph.connect(source.ptr(), L"Output", decoder.filter(), decoderInput, nullptr) &&
         graph.connect(decoder.filter(), decoderOutput, sink.ptr(), L"Input", nullptr) && graph.run(0);
-    if (!made)
+    if (!made) {
         fault = "the DV video decoder does not take frames of this kind, or gives no RGB picture";
+    }
     const bool decoded = made && source->send(frame) && sink->take(picture);
-    if (made && !decoded)
+    if (made && !decoded) {
         fault = "the DV video decoder gave no picture";
+    }
     decoder.clear();
     graph.done(true);
     return decoded;

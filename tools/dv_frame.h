@@ -1,7 +1,7 @@
 /// @file
-/// What a DV frame says of itself. From IEC 61834-2 and -4 (consumer DV) and SMPTE 314M (DV-based 25 and 50 Mbit/s),
-/// which agree in what is read here: a frame is a row of sequences of 150 DIF blocks of 80 bytes, in each the header
-/// block, two blocks of subcode, three of VAUX, and then picture and sound.
+/// What a DV frame says of itself. From IEC 61834-2 and -4 (consumer DV) and SMPTE 314M (DV-based 25 and 50
+/// Mbit/s), which agree in what is read here: a frame is a row of sequences of 150 DIF blocks of 80 bytes, in
+/// each the header block, two blocks of subcode, three of VAUX, and then picture and sound.
 #pragma once
 
 #include <cstddef>
@@ -52,7 +52,8 @@ struct RecordedAt {
     std::string text() const;
 };
 
-/// The time code in the subcode. Nothing when no sequence in `frame` has one, or only one with impossible digits.
+/// The time code in the subcode. Nothing when no sequence in `frame` has one, or only one with impossible
+/// digits.
 std::optional<TimeCode> readTimeCode(FrameBytes frame);
 
 /// The recording date and time in the subcode and the VAUX blocks.
@@ -71,8 +72,8 @@ double frameRate(unsigned long size);
 /// Whether a frame begins at the first byte; 4 bytes are looked at.
 bool isFrameStart(FrameBytes bytes);
 
-/// What is wrong with a frame that should be whole: its size, its begin, or a block that is not where it belongs.
-/// Empty when nothing is.
+/// What is wrong with a frame that should be whole: its size, its begin, or a block that is not where it
+/// belongs. Empty when nothing is.
 std::string faultOf(FrameBytes frame);
 
 } // namespace dvrec

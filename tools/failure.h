@@ -19,8 +19,8 @@ enum class ExitStatus : int {
     interrupted = 6,
 };
 
-/// Thrown when a command cannot go on: the exit status, and one sentence for the user with the file's name, the reason
-/// and, where there is one, the way out.
+/// Thrown when a command cannot go on: the exit status, and one sentence for the user with the file's name,
+/// the reason and, where there is one, the way out.
 struct Failure {
     ExitStatus status;
     std::string sentence;

@@ -23,8 +23,9 @@ const Format formats[] = {
 
 const Format* formatOf(const std::wstring& name) {
     for (const Format& format : formats) {
-        if (hasExtension(name, format.extension))
+        if (hasExtension(name, format.extension)) {
             return &format;
+        }
     }
     return nullptr;
 }
@@ -37,30 +38,40 @@ HRESULT encode(IWICImagingFactory& factory, const Picture& picture, const GUID& 
     vwin::com_<IWICBitmap> bitmap;
     const unsigned stride = picture.width * 4;
     HRESULT result = factory.CreateStream(stream.put());
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         result = stream->InitializeFromFilename(path.c_str(), GENERIC_WRITE);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = factory.CreateEncoder(container, nullptr, encoder.put());
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = encoder->Initialize(stream.ptr(), WICBitmapEncoderNoCache);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = encoder->CreateNewFrame(frame.put(), nullptr);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = frame->Initialize(nullptr);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = frame->SetSize(picture.width, picture.height);
+    }
     WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         result = frame->SetPixelFormat(&format);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = factory.CreateBitmapFromMemory(picture.width, picture.height, GUID_WICPixelFormat32bppBGR,
                                                 stride, static_cast<UINT>(picture.pixels.size()),
                                                 const_cast<BYTE*>(picture.pixels.data()), bitmap.put());
+    }
     // The frame converts to the pixel format that it has chosen.
-    if (SUCCEEDED(result))
+    if (SUCCEEDED(result)) {
         result = frame->WriteSource(bitmap.ptr(), nullptr);
-    if (SUCCEEDED(result))
+    }
+    if (SUCCEEDED(result)) {
         result = frame->Commit();
+    }
     return SUCCEEDED(result) ? encoder->Commit() : result;
 }
 
@@ -78,8 +89,9 @@ bool saveImage(const Picture& picture, const std::wstring& name, const std::wstr
         return false;
     }
     const HRESULT result = encode(*factory.ptr(), picture, formatOf(name)->container, path);
-    if (FAILED(result))
+    if (FAILED(result)) {
         fault = "the system's imaging component refuses: " + systemMessage(static_cast<DWORD>(result));
+    }
     return SUCCEEDED(result);
 }
 

@@ -18,8 +18,9 @@ vcore::handle openFile(const std::wstring& name, DWORD access, DWORD share) {
 
 InputFile::InputFile(const std::wstring& name)
     : name_(name), file_(openFile(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE)) {
-    if (file_)
+    if (file_) {
         return;
+    }
     const DWORD error = GetLastError();
     const bool folder = (GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
                         GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -35,18 +36,21 @@ unsigned long long InputFile::size() const {
 }
 
 size_t InputFile::read(unsigned long long offset, std::span<unsigned char> to) const {
-    // A position in an OVERLAPPED would do, but each such read makes a second call of the system on some systems.
+    // A position in an OVERLAPPED would do, but each such read makes a second call of the system on some
+    // systems.
     LARGE_INTEGER position{};
     position.QuadPart = static_cast<LONGLONG>(offset);
-    if (!SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN))
+    if (!SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN)) {
         return 0;
+    }
     size_t done = 0;
     while (done < to.size()) {
         constexpr size_t mostAtOnce = 0x1000000;
         const auto wanted = static_cast<DWORD>(std::min(to.size() - done, mostAtOnce));
         DWORD got = 0;
-        if (!ReadFile(file_.get(), to.data() + done, wanted, &got, nullptr) || got == 0)
+        if (!ReadFile(file_.get(), to.data() + done, wanted, &got, nullptr) || got == 0) {
             break;
+        }
         done += got;
     }
     return done;

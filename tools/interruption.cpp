@@ -15,8 +15,9 @@ BOOL WINAPI note(DWORD event) {
     interrupted = true;
     // The process ends when this returns, but for the two events from the keyboard.
     constexpr DWORD timeToTidyUp_ms = 4000;
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         Sleep(timeToTidyUp_ms);
+    }
     return TRUE;
 }
 
@@ -31,8 +32,9 @@ bool wasInterrupted() {
 }
 
 void checkInterruption() {
-    if (interrupted)
+    if (interrupted) {
         throw Failure{ExitStatus::interrupted, "Interrupted; no file was left behind."};
+    }
 }
 
 } // namespace dvrec

@@ -32,8 +32,9 @@ void JsonWriter::end() {
     }
     text_ += closing;
     first_ = false;
-    if (closings_.empty())
+    if (closings_.empty()) {
         text_ += '\n';
+    }
 }
 
 void JsonWriter::quote(std::string_view text) {
@@ -42,10 +43,11 @@ void JsonWriter::quote(std::string_view text) {
         if (character == '"' || character == '\\') {
             text_ += '\\';
             text_ += character;
-        } else if (static_cast<unsigned char>(character) < 0x20)
+        } else if (static_cast<unsigned char>(character) < 0x20) {
             text_ += format("\\u%04x", static_cast<unsigned>(character));
-        else
+        } else {
             text_ += character;
+        }
     }
     text_ += '"';
 }

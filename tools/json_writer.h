@@ -7,8 +7,8 @@
 
 namespace dvrec {
 
-/// Composes one JSON value, indented for reading. The calls follow the value's structure; an object's members take
-/// their name with them, a list's elements go with an empty name.
+/// Composes one JSON value, indented for reading. The calls follow the value's structure; an object's members
+/// take their name with them, a list's elements go with an empty name.
 class JsonWriter {
 public:
     void beginObject(std::string_view name = {}) { begin(name, '{', '}'); }

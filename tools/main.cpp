@@ -17,8 +17,9 @@ std::vector<std::wstring> commandLine() {
     int count = 0;
     wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::wstring> list;
-    for (int i = 1; words != nullptr && i < count; ++i)
+    for (int i = 1; words != nullptr && i < count; ++i) {
         list.emplace_back(words[i]);
+    }
     LocalFree(words);
     return list;
 }
@@ -38,18 +39,21 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
     const std::vector<Command>& all = dvrec::commands();
     const auto command =
         std::find_if(all.begin(), all.end(), [&](const Command& known) { return known.name == name; });
-    if (command == all.end())
+    if (command == all.end()) {
         throw dvrec::Failure{dvrec::ExitStatus::usage,
                              "There is no command '" + name + "'. 'dvrec --help' lists them."};
+    }
     try {
         const dvrec::Arguments arguments = dvrec::readArguments(words, command->options, command->fileCount);
-        if (!arguments.help)
+        if (!arguments.help) {
             return command->run(arguments);
+        }
         std::fputs(helpFor(*command).c_str(), stdout);
         return dvrec::ExitStatus::fine;
     } catch (dvrec::Failure& failure) {
-        if (failure.status == dvrec::ExitStatus::usage)
+        if (failure.status == dvrec::ExitStatus::usage) {
             failure.sentence += " 'dvrec " + name + " --help' has its usage.";
+        }
         throw;
     }
 }

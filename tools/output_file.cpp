@@ -12,8 +12,9 @@ bool exists(const std::wstring& name) {
 
 std::wstring freeNameBeside(const std::wstring& name) {
     std::wstring candidate = name + L".part";
-    for (int number = 2; exists(candidate); ++number)
+    for (int number = 2; exists(candidate); ++number) {
         candidate = name + L".part" + std::to_wstring(number);
+    }
     return candidate;
 }
 
@@ -25,23 +26,28 @@ Failure cannotWrite(const std::wstring& name, const std::string& reason) {
 
 OutputFile::OutputFile(const std::wstring& name, bool replace, const InputFile& source)
     : name_(name), replace_(replace) {
-    if (source.isSameFile(name))
+    if (source.isSameFile(name)) {
         throw cannotWrite(name, "it is the recording that is read; name another file");
-    if (exists(name) && (GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    }
+    if (exists(name) && (GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         throw cannotWrite(name, "it is a folder; name a file in it");
-    if (exists(name) && !replace)
+    }
+    if (exists(name) && !replace) {
         throw cannotWrite(name, "it exists; name another file, or replace it with --force");
+    }
     temporary_ = freeNameBeside(name);
 }
 
 OutputFile::~OutputFile() {
-    if (!published_)
+    if (!published_) {
         DeleteFileW(temporary_.c_str());
+    }
 }
 
 void OutputFile::publish() {
-    if (!MoveFileExW(temporary_.c_str(), name_.c_str(), replace_ ? MOVEFILE_REPLACE_EXISTING : 0))
+    if (!MoveFileExW(temporary_.c_str(), name_.c_str(), replace_ ? MOVEFILE_REPLACE_EXISTING : 0)) {
         throw cannotWrite(name_, systemMessage(GetLastError()));
+    }
     published_ = true;
 }
 

@@ -12,8 +12,8 @@ namespace dvrec {
 /// Stands for a file that is written under a temporary name beside its own and gets its own when it is whole.
 class OutputFile {
 public:
-    /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace` is not
-    /// set) or is the one that is read.
+    /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace`
+    /// is not set) or is the one that is read.
     OutputFile(const std::wstring& name, bool replace, const InputFile& source);
     /// Removes the temporary file, unless it was published.
     ~OutputFile();

@@ -25,8 +25,9 @@ unsigned long sectorOfVolume(const std::wstring& name) {
 
 bool RawRecording::isRecordStart(FrameBytes head) {
     Header header;
-    if (head.size() < sizeof header)
+    if (head.size() < sizeof header) {
         return false;
+    }
     std::memcpy(&header, head.data(), sizeof header);
     return isFrameSize(header.frameSize) && isFrameStart(head.subspan(sizeof header));
 }
@@ -43,8 +44,9 @@ unsigned long RawRecording::findSector() const {
     for (const unsigned long sector : commonSectors) {
         std::array<unsigned char, 16> head;
         const size_t got = file().read(recordSizeFor(first_.frameSize, sector), head);
-        if (isRecordStart(FrameBytes(head).first(got)))
+        if (isRecordStart(FrameBytes(head).first(got))) {
             return sector;
+        }
     }
     return sectorOfVolume(file().name());
 }

@@ -8,8 +8,8 @@
 
 namespace dvrec {
 
-/// A raw recording (layout: see `dvFile`). Unlike `dvPlayFile` it is read with any record size, so that files from
-/// other volumes can be read as well.
+/// A raw recording (layout: see `dvFile`). Unlike `dvPlayFile` it is read with any record size, so that files
+/// from other volumes can be read as well.
 class RawRecording final : public Recording {
 public:
     /// What each record begins with.
@@ -18,11 +18,12 @@ public:
         std::uint32_t timePerFrame_100ns = 0;
     };
 
-    /// Takes the frame size from the first record. With a `sector` of 0 the record size is the one at which a second
-    /// record stands, else the one that the file's volume would have.
+    /// Takes the frame size from the first record. With a `sector` of 0 the record size is the one at which a
+    /// second record stands, else the one that the file's volume would have.
     RawRecording(InputFile file, unsigned long sector);
 
-    /// Whether the bytes are the begin of a record: the size of a DV frame, the time, and the begin of such a frame.
+    /// Whether the bytes are the begin of a record: the size of a DV frame, the time, and the begin of such a
+    /// frame.
     static bool isRecordStart(FrameBytes head);
 
     Kind kind() const override { return Kind::raw; }

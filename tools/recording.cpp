@@ -19,10 +19,12 @@ namespace {
 /// The kind of a file that begins with `head`; nothing when it begins as none of them.
 std::optional<Kind> kindOf(FrameBytes head) {
     if (head.size() >= 12 && std::memcmp(head.data(), "RIFF", 4) == 0 &&
-        std::memcmp(head.data() + 8, "AVI ", 4) == 0)
+        std::memcmp(head.data() + 8, "AVI ", 4) == 0) {
         return Kind::avi;
-    if (isFrameStart(head))
+    }
+    if (isFrameStart(head)) {
         return Kind::stream;
+    }
     return RawRecording::isRecordStart(head) ? std::optional(Kind::raw) : std::nullopt;
 }
 
@@ -32,9 +34,10 @@ std::optional<Kind> kindOf(const InputFile& file) {
 }
 
 void refuseEmpty(const InputFile& file) {
-    if (file.size() == 0)
+    if (file.size() == 0) {
         throw Failure{ExitStatus::cannotRead,
                       quoted(file.name()) + " is empty: nothing was recorded into it."};
+    }
 }
 
 [[noreturn]] void refuseUnknown(const InputFile& file, const char* hint) {
@@ -69,8 +72,9 @@ unsigned long frameSizeAt(const InputFile& file, unsigned long long offset) {
 bool Recording::read(unsigned long frame, Slot& slot, std::string& fault) {
     const Place where = place(frame);
     slot.prepare(where.size);
-    if (file_.read(where.offset, slot.frame()) == where.size)
+    if (file_.read(where.offset, slot.frame()) == where.size) {
         return true;
+    }
     fault = "cannot be read";
     return false;
 }
@@ -85,12 +89,15 @@ std::unique_ptr<Recording> openRecording(const std::wstring& name, unsigned long
     InputFile file(name);
     refuseEmpty(file);
     const std::optional<Kind> kind = kindOf(file);
-    if (!kind)
+    if (!kind) {
         refuseUnknown(file, "If it is a damaged one, use 'dvrec repair'.");
-    if (*kind == Kind::avi)
+    }
+    if (*kind == Kind::avi) {
         return std::make_unique<AviRecording>(std::move(file), FileIOAVI::Trust::Indexes);
-    if (*kind == Kind::stream)
+    }
+    if (*kind == Kind::stream) {
         return std::make_unique<StreamRecording>(std::move(file));
+    }
     return std::make_unique<RawRecording>(std::move(file), sector);
 }
 
@@ -100,11 +107,13 @@ openDamaged(const std::wstring& name,
     InputFile file(name);
     refuseEmpty(file);
     std::optional<Kind> kind = kindOf(file);
-    if (!kind && hasExtension(name, L".avi"))
+    if (!kind && hasExtension(name, L".avi")) {
         kind = Kind::avi;
+    }
     auto found = std::make_unique<SearchedRecording>(std::move(file), kind, progress);
-    if (found->frames() == 0)
+    if (found->frames() == 0) {
         refuseUnknown(found->file(), "No DV frame was found in it.");
+    }
     return found;
 }
 

@@ -59,8 +59,8 @@ private:
 /// Bytes of the frame that begins at `offset`, of 25 or 50 Mbit/s, as its own header says.
 unsigned long frameSizeAt(const InputFile& file, unsigned long long offset);
 
-/// Opens a recording. `sector` is that of the volume on which a raw recording was made, 0 to find out. Throws the
-/// `Failure` when the file cannot be opened, is empty or is none of the kinds.
+/// Opens a recording. `sector` is that of the volume on which a raw recording was made, 0 to find out. Throws
+/// the `Failure` when the file cannot be opened, is empty or is none of the kinds.
 std::unique_ptr<Recording> openRecording(const std::wstring& name, unsigned long sector);
 
 } // namespace dvrec

@@ -33,8 +33,8 @@ private:
     size_t filled_ = 0;
 };
 
-/// The offset in `bytes` at which a frame begins; without one, the offset from which there could be one if more
-/// followed.
+/// The offset in `bytes` at which a frame begins; without one, the offset from which there could be one if
+/// more followed.
 size_t findStart(FrameBytes bytes) {
     constexpr std::array<unsigned char, 3> id = {0x1F, 0x07, 0x00};
     return static_cast<size_t>(std::search(bytes.begin(), bytes.end(), id.begin(), id.end()) - bytes.begin());
@@ -44,10 +44,12 @@ size_t findStart(FrameBytes bytes) {
 
 SearchedRecording::SearchedRecording(InputFile source, std::optional<Kind> kind, const ProgressCall& progress)
     : Recording(std::move(source)) {
-    if (kind == Kind::avi)
+    if (kind == Kind::avi) {
         takeChunks(progress);
-    if (places_.empty())
+    }
+    if (places_.empty()) {
         searchBytes(progress);
+    }
     kind_ = kind.value_or(guessKind());
 }
 
@@ -64,8 +66,9 @@ bool SearchedRecording::take(unsigned long long offset, FrameBytes frame) {
 
 void SearchedRecording::takeChunks(const ProgressCall& progress) {
     FileIOAVI avi;
-    if (avi.open(file().name().c_str(), FileIOAVI::Trust::Nothing) != FileIOAVI::Ok)
+    if (avi.open(file().name().c_str(), FileIOAVI::Trust::Nothing) != FileIOAVI::Ok) {
         return;
+    }
     promised_ = avi.info().headerTotalFrames;
     Window window(file());
     for (unsigned long frame = 0; frame < avi.frames(); ++frame) {
@@ -87,8 +90,9 @@ void SearchedRecording::searchBytes(const ProgressCall& progress) {
     while (offset + idBytes <= end) {
         progress(offset, end);
         const FrameBytes bytes = window.at(offset, idBytes);
-        if (bytes.size() < idBytes)
+        if (bytes.size() < idBytes) {
             return;
+        }
         const size_t start = findStart(bytes);
         if (start + idBytes > bytes.size()) {
             offset += bytes.size() - (idBytes - 1);
@@ -104,21 +108,24 @@ void SearchedRecording::searchBytes(const ProgressCall& progress) {
 
 /// What a file is whose own begin does not tell, from what stands in front of its first frame.
 Kind SearchedRecording::guessKind() const {
-    if (places_.empty() || places_.front() < Slot::headerBytes)
+    if (places_.empty() || places_.front() < Slot::headerBytes) {
         return Kind::stream;
+    }
     std::array<unsigned char, Slot::headerBytes + 4> head;
     const size_t got = file().read(places_.front() - Slot::headerBytes, head);
     const FrameBytes bytes = FrameBytes(head).first(got);
-    if (RawRecording::isRecordStart(bytes))
+    if (RawRecording::isRecordStart(bytes)) {
         return Kind::raw;
+    }
     const bool chunk = got == head.size() && head[2] == 'd' && (head[3] == 'c' || head[3] == 'b');
     return chunk ? Kind::avi : Kind::stream;
 }
 
 std::vector<SearchedRecording::Hole> SearchedRecording::holes() const {
     std::vector<unsigned long long> steps;
-    for (size_t i = 1; i < places_.size(); ++i)
+    for (size_t i = 1; i < places_.size(); ++i) {
         steps.push_back(places_[i] - places_[i - 1]);
+    }
     std::nth_element(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2),
                      steps.end());
     const unsigned long long usual =
@@ -133,9 +140,10 @@ std::vector<SearchedRecording::Hole> SearchedRecording::holes() const {
         const unsigned long long next = !atEnd               ? places_[i]
                                         : kind_ == Kind::avi ? expected
                                                              : file().size() + headerBytes;
-        if (next >= expected + usual)
+        if (next >= expected + usual) {
             holes.push_back({static_cast<unsigned long>(i), expected,
                              static_cast<unsigned long>((next - expected) / usual)});
+        }
         expected = next + usual;
     }
     return holes;

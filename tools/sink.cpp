@@ -13,8 +13,9 @@ namespace {
 class FileSink : public Sink {
 public:
     void finish() override {
-        if (!file_.flush())
+        if (!file_.flush()) {
             throw cannotWrite(name_, systemMessage(GetLastError()));
+        }
         file_.close();
     }
 
@@ -22,8 +23,9 @@ protected:
     explicit FileSink(const OutputFile& output) : name_(output.name()) {}
 
     void create(bool created) const {
-        if (!created)
+        if (!created) {
             throw cannotWrite(name_, systemMessage(GetLastError()));
+        }
     }
 
     void append(std::span<const unsigned char> bytes) {
@@ -80,9 +82,10 @@ public:
         video.height = video.is625 ? 576 : 480;
         video.subKind = frameSize > 144000 ? 422 : 420;
         check(avi_.create(output.temporaryName().c_str(), video, true));
-        if (avi_.dataFrameSize() != frameSize)
+        if (avi_.dataFrameSize() != frameSize) {
             throw cannotWrite(name_, "AVI files take DV frames of 25 and 50 Mbit/s, and these have " +
                                          counted(frameSize, "byte"));
+        }
     }
 
     void write(Slot& slot) override {
@@ -95,11 +98,13 @@ public:
 
 private:
     void check(int code) const {
-        if (code == FileIOAVI::Ok)
+        if (code == FileIOAVI::Ok) {
             return;
+        }
         std::string reason = utf8(avi_.lastError());
-        while (!reason.empty() && (reason.back() == '\n' || reason.back() == '\r' || reason.back() == '.'))
+        while (!reason.empty() && (reason.back() == '\n' || reason.back() == '\r' || reason.back() == '.')) {
             reason.pop_back();
+        }
         throw cannotWrite(name_, reason.empty() ? "the AVI writer gave no reason" : reason);
     }
 
@@ -110,10 +115,12 @@ private:
 } // namespace
 
 std::unique_ptr<Sink> createSink(Kind kind, const OutputFile& output, unsigned long frameSize) {
-    if (kind == Kind::avi)
+    if (kind == Kind::avi) {
         return std::make_unique<AviSink>(output, frameSize);
-    if (kind == Kind::raw)
+    }
+    if (kind == Kind::raw) {
         return std::make_unique<RawSink>(output, frameSize);
+    }
     return std::make_unique<StreamSink>(output);
 }
 

@@ -44,12 +44,14 @@ std::string durationText(double seconds) {
 }
 
 bool hasExtension(const std::wstring& name, std::wstring_view extension) {
-    if (name.size() < extension.size())
+    if (name.size() < extension.size()) {
         return false;
+    }
     const std::wstring_view end = std::wstring_view(name).substr(name.size() - extension.size());
     for (size_t i = 0; i < extension.size(); ++i) {
-        if (static_cast<wchar_t>(std::towlower(end[i])) != extension[i])
+        if (static_cast<wchar_t>(std::towlower(end[i])) != extension[i]) {
             return false;
+        }
     }
     return true;
 }

@@ -16,12 +16,14 @@ void TimeCodeGaps::add(const std::optional<TimeCode>& timeCode) {
             // A jump of more than half a day is one backwards.
             const unsigned long lost = jump < day / 2 ? jump : 0;
             lost_ += lost;
-            if (gaps_.size() < most_)
+            if (gaps_.size() < most_) {
                 gaps_.push_back({frame, *last_, *timeCode, lost});
+            }
             ++count_;
         }
-    } else
+    } else {
         first_ = timeCode;
+    }
     last_ = timeCode;
     lastFrame_ = frame;
 }

@@ -8,9 +8,9 @@
 
 namespace dvrec {
 
-/// Follows the time code through a recording. A gap is where a frame's time code is not one more than that of the last
-/// frame before it that has one; frames without time code in between count as frames. At midnight the count begins
-/// anew.
+/// Follows the time code through a recording. A gap is where a frame's time code is not one more than that of
+/// the last frame before it that has one; frames without time code in between count as frames. At midnight
+/// the count begins anew.
 class TimeCodeGaps {
 public:
     /// One jump.

@@ -1,4 +1,4 @@
-#include "com/com_fg.h"
+#include "marvo/com/com_fg.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-/// A capture device in the system's list, made from a filter class that every system has. The key sorts behind
-/// those of other devices, whose numbers so stay as they are.
+/// A capture device in the system's list, made from a filter class that every system has. The key sorts
+/// behind those of other devices, whose numbers so stay as they are.
 class listed_device {
 public:
     listed_device(wchar_t last, const wchar_t* friendlyName)

@@ -8,8 +8,8 @@ using fake::offer;
 
 namespace {
 
-/// A graph with source, splitter and sink as the capture graph has them: the sink takes every type and has a free
-/// output pin that cannot say what it offers.
+/// A graph with source, splitter and sink as the capture graph has them: the sink takes every type and has a
+/// free output pin that cannot say what it offers.
 struct CaptureGraph : testing::Test {
     CaptureGraph() {
         source.output(L"Capture", offer::dv);
@@ -74,8 +74,9 @@ TEST(FilterGraph, TheSourcePinIsChosenByNameThenByDv) {
     };
     for (const auto& [pins, expected] : cases) {
         fake::filter source, sink;
-        for (const auto& [name, types] : pins)
+        for (const auto& [name, types] : pins) {
             source.output(name, types);
+        }
         sink.input(L"Input");
         vwin::com_fg graph;
         vwin::com_filter holder;
@@ -96,8 +97,9 @@ TEST_F(CaptureGraph, DoneLeavesNothingConnectedAndEveryCountAsItWas) {
         for (fake::filter* filter : {&source, &splitter, &sink}) {
             EXPECT_EQ(filter->refs(), 1u);
             EXPECT_EQ(filter->state(), State_Stopped);
-            for (const auto& pin : filter->pins())
+            for (const auto& pin : filter->pins()) {
                 EXPECT_EQ(pin->peer(), nullptr);
+            }
         }
         EXPECT_EQ(clock->AddRef(), 2u) << "the clock is still held by the graph";
         clock->Release();

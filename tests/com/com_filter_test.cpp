@@ -36,8 +36,9 @@ TEST(ComClsid, TextAndGuidStandForEachOther) {
     vcore::str back(64ul, 2);
     EXPECT_TRUE(vwin::com_clsid(CLSID_FilterGraph).getText(back));
     EXPECT_STREQ(back.oleStr(), text);
-    for (const wchar_t* wrong : {static_cast<const wchar_t*>(nullptr), L"{E436EBB3}", L"no such class"})
+    for (const wchar_t* wrong : {static_cast<const wchar_t*>(nullptr), L"{E436EBB3}", L"no such class"}) {
         EXPECT_TRUE(vwin::com_clsid(wrong).empty());
+    }
 }
 
 TEST(ComFilter, FindsPinsByNameAndDirection) {

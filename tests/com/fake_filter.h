@@ -65,8 +65,9 @@ public:
         AM_MEDIA_TYPE type = {};
         type.majortype = dv ? MEDIATYPE_Interleaved : MEDIATYPE_Audio;
         type.subtype = dv ? MEDIASUBTYPE_dvsd : MEDIASUBTYPE_PCM;
-        if (types && types_ != offer::nothing)
+        if (types && types_ != offer::nothing) {
             types->setType(type);
+        }
         return types ? S_OK : E_NOTIMPL;
     }
 
@@ -88,10 +89,12 @@ public:
         return answer(iid == IID_IUnknown || iid == IID_IEnumPins ? this : nullptr, out);
     }
     STDMETHODIMP Next(ULONG n, IPin** out, ULONG* fetched) override {
-        if (out == nullptr || fetched == nullptr)
+        if (out == nullptr || fetched == nullptr) {
             return E_POINTER;
-        for (*fetched = 0; *fetched < n && position_ < pins_.size(); ++*fetched)
+        }
+        for (*fetched = 0; *fetched < n && position_ < pins_.size(); ++*fetched) {
             out[*fetched] = vwin::com_<IPin>(pins_[position_++].get()).detach();
+        }
         return *fetched == n ? S_OK : S_FALSE;
     }
     STDMETHODIMP Reset() override { return position_ = 0, S_OK; }

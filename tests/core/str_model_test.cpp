@@ -57,7 +57,8 @@ class Model {
 public:
     Model(unsigned long capacity, int flags) : _s(capacity, flags), _fixed(!(flags & str::growable)) {}
 
-    /// Changes both in the same way and compares them. Little is allocated, since on a guarded heap that takes long.
+    /// Changes both in the same way and compares them. Little is allocated, since on a guarded heap that
+    /// takes long.
     void change(Random& random) {
         const Arguments a{random.below(_m.size() + 3),
                           random.below(_m.size() + 1),
@@ -106,8 +107,9 @@ public:
             [](str& s, Std& m, Args&) { codecs(s, m); },
         };
         changes[random.below(std::size(changes))](_s, _m, a);
-        if (_fixed)
+        if (_fixed) {
             _m.resize(std::min<std::size_t>(_m.size(), _s.bufferSize() - 1));
+        }
         ASSERT_EQ(view(_s), _m);
         ASSERT_TRUE(_s.oleStr()[_s.len()] == 0 && _s.bufferSize() > _s.len());
         query(a);
@@ -170,8 +172,9 @@ private:
         const auto view = [](const strtoken& token) { return std::wstring_view(token.start(), token.len()); };
         ASSERT_EQ(view(_s.mid(static_cast<int>(a.pos), a.n)), m.substr(a.place(m), a.n));
         ASSERT_EQ(view(_s.right(a.n)), m.substr(m.size() - std::min<std::size_t>(a.n, m.size())));
-        if (a.n > 0)
+        if (a.n > 0) {
             return;
+        }
         std::string narrow(m.size() + 1, 0);
         std::transform(m.begin(), m.end(), narrow.begin(),
                        [](wchar_t c) { return c == L'\u4e2d' ? '?' : static_cast<char>(c); });
@@ -187,8 +190,9 @@ using words = std::vector<std::wstring>;
 
 words list(const strtokens& tokens) {
     words result;
-    for (int i = 0; i < tokens.count(); ++i)
+    for (int i = 0; i < tokens.count(); ++i) {
         result.emplace_back(tokens[i].start(), tokens[i].len());
+    }
     return result;
 }
 
@@ -196,13 +200,15 @@ words list(const strtokens& tokens) {
 words pieces(const std::wstring& text, std::wstring_view separators, bool quotes = false) {
     words result(1);
     bool quoted = false;
-    for (const wchar_t c : text)
-        if (quotes && c == L'"')
+    for (const wchar_t c : text) {
+        if (quotes && c == L'"') {
             quoted = !quoted;
-        else if (!quoted && separators.find(c) != std::wstring_view::npos)
+        } else if (!quoted && separators.find(c) != std::wstring_view::npos) {
             result.emplace_back();
-        else
+        } else {
             result.back() += c;
+        }
+    }
     return result;
 }
 
@@ -251,8 +257,9 @@ TEST(Strtokens, SplitAsTheModelDoes) {
 
 TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
     str text;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         text.Append(str::toStr(i)) += L' ';
+    }
     strtokens_line tokens(text);
     const strtokens_line copy(tokens);
     EXPECT_EQ(tokens.splitStr(text = L"x y"), 2);
@@ -263,8 +270,9 @@ TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
     tokens.clearAll();
     EXPECT_TRUE(tokens.takeLast().start() == nullptr && tokens[0].len() == 0);
     text.Clear();
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         text.Append(text) += L"a ";
+    }
     EXPECT_EQ(tokens.splitStr(text), (1 << 20) - 1);
 }
 

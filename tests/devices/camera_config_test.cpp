@@ -27,11 +27,13 @@ TEST(camera_config, reads_every_key) {
     EXPECT_EQ(config.log, L"C:\\out.txt");
     EXPECT_TRUE(config.speed == 2.5 && config.burst == 4 && config.devices == 3);
     EXPECT_TRUE(config.lose == 50u && config.return_ms == 700u);
-    for (const auto& [frame, ms] : {std::pair{10, 250u}, {20, 5u}, {11, 0u}})
+    for (const auto& [frame, ms] : {std::pair{10, 250u}, {20, 5u}, {11, 0u}}) {
         EXPECT_EQ(config.stall_before(frame), ms) << frame;
+    }
     std::string dropped;
-    for (int frame = 0; frame < 100; ++frame)
+    for (int frame = 0; frame < 100; ++frame) {
         dropped += config.drops_frame(frame) ? std::to_string(frame) + " " : "";
+    }
     EXPECT_EQ(dropped, "3 4 5 9 ");
 }
 

@@ -50,8 +50,9 @@ protected:
         std::vector<int> frames;
         for (std::string line; std::getline(file, line);) {
             int delivery = 0, frame = 0;
-            if (std::sscanf(line.c_str(), "%d %d", &delivery, &frame) != 2)
+            if (std::sscanf(line.c_str(), "%d %d", &delivery, &frame) != 2) {
                 continue;
+            }
             EXPECT_EQ(delivery, static_cast<int>(frames.size()));
             frames.push_back(frame);
         }
@@ -60,17 +61,19 @@ protected:
 
     static std::vector<int> marks(const std::vector<arrival>& arrivals) {
         std::vector<int> result;
-        for (const arrival& one : arrivals)
+        for (const arrival& one : arrivals) {
             result.push_back(one.data.at(79));
+        }
         return result;
     }
 
-    /// How late the most punctual of the frames `first` to `end` - 1 came, in ms against the times they are stamped
-    /// with; only differences mean something.
+    /// How late the most punctual of the frames `first` to `end` - 1 came, in ms against the times they are
+    /// stamped with; only differences mean something.
     static double least_lateness(const std::vector<arrival>& came, size_t first, size_t end) {
         double least = std::numeric_limits<double>::infinity();
-        for (size_t index = first; index < end; ++index)
+        for (size_t index = first; index < end; ++index) {
             least = std::min(least, came[index].ms - static_cast<double>(came[index].start) / 10000);
+        }
         return least;
     }
 
@@ -161,8 +164,9 @@ TEST_F(camera_test, goes_on_after_refused_frames_and_after_a_pause) {
     sink_->wait_for(paused + 3);
     graph.stop();
     const auto came = marks(sink_->wait_for(0));
-    for (size_t index = 0; index < came.size(); ++index)
+    for (size_t index = 0; index < came.size(); ++index) {
         EXPECT_EQ(came[index], static_cast<int>(index % clip_frames));
+    }
 }
 
 TEST_F(camera_test, stops_while_downstream_keeps_all_buffers_or_does_not_come_back) {
@@ -171,10 +175,11 @@ TEST_F(camera_test, stops_while_downstream_keeps_all_buffers_or_does_not_come_ba
         build(graph);
         std::vector<com_ref<IMediaSample>> kept;
         sink_->on_sample = [&](IMediaSample* sample) {
-            if (keeps)
+            if (keeps) {
                 kept.emplace_back(sample);
-            else
+            } else {
                 WaitForSingleObject(sink_->flushed.handle(), 10000);
+            }
             return S_OK;
         };
         ASSERT_EQ(graph.run(), S_OK);
@@ -198,17 +203,20 @@ TEST_F(camera_test, is_lost_once_and_comes_back) {
     long code = 0;
     LONG_PTR device = 0, present = -1;
     // The system's queue, once it has held an event, gives up its next wait at once when it is empty.
-    while (code != EC_DEVICE_LOST && counter_ms() < lost_at + patience_ms)
-        if (events->GetEvent(&code, &device, &present, 20) == S_OK)
+    while (code != EC_DEVICE_LOST && counter_ms() < lost_at + patience_ms) {
+        if (events->GetEvent(&code, &device, &present, 20) == S_OK) {
             events->FreeEventParams(code, device, present);
+        }
+    }
     EXPECT_TRUE(code == EC_DEVICE_LOST && present == 0) << code;
     EXPECT_EQ(graph.stop(), S_OK);
     EXPECT_EQ(sink_->wait_for(0).size(), 4u);
     const HRESULT while_lost = camera_->Pause();
     EXPECT_TRUE(while_lost == HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED) || device_presence::present())
         << "unless a busy machine came here too late: " << while_lost;
-    while (!device_presence::present() && counter_ms() < lost_at + patience_ms)
+    while (!device_presence::present() && counter_ms() < lost_at + patience_ms) {
         Sleep(5);
+    }
     EXPECT_GT(counter_ms() - lost_at, 1450) << "the system's ticks are coarse";
     ASSERT_EQ(graph.run(), S_OK);
     const auto came = marks(sink_->wait_for(4 + 10)); // beyond the frame at which it went

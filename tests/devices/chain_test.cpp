@@ -1,4 +1,5 @@
-// Camera, splitter and decoder connected to each other. The engine's tests connect them to the system's renderer.
+// Camera, splitter and decoder connected to each other. The engine's tests connect them to the system's
+// renderer.
 #include "collector.h"
 
 #include "devices/camera.h"
@@ -47,8 +48,9 @@ TEST_P(chain_test, carries_frames_to_pictures) {
         EXPECT_GE(came[index].start, 0);
     }
 
-    for (IPin* const end : {pin(sink_, 0), pin(parts_, 1)})
+    for (IPin* const end : {pin(sink_, 0), pin(parts_, 1)}) {
         EXPECT_EQ(graph_.get()->Disconnect(end), S_OK);
+    }
     ASSERT_TRUE(graph_.connect(parts_, pictures_) == S_OK && graph_.connect(pictures_, sink_) == S_OK);
     const size_t before = sink_->wait_for(0).size();
     ASSERT_EQ(graph_.run(), S_OK);

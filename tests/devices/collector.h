@@ -22,7 +22,8 @@ inline double counter_ms() {
     return std::chrono::duration<double, std::milli>(now).count();
 }
 
-/// How long is waited for what must come, in ms: no measure of speed, since a machine may be busy for seconds.
+/// How long is waited for what must come, in ms: no measure of speed, since a machine may be busy for
+/// seconds.
 const double patience_ms = 30000;
 
 /// Makes one of the system's objects; the test fails when there is none.
@@ -63,7 +64,8 @@ struct arrival {
     bool discontinuity;
 };
 
-/// A filter with one input pin, "In", that keeps all that it receives. Made on the heap; lives by its references.
+/// A filter with one input pin, "In", that keeps all that it receives. Made on the heap; lives by its
+/// references.
 class collector final : public devices::base_filter {
 public:
     collector() : base_filter(GUID_NULL), input_(*this) {}
@@ -71,15 +73,17 @@ public:
     int pin_count() override { return 1; }
     devices::base_pin* pin(int index) override { return index == 0 ? &input_ : nullptr; }
 
-    /// Waits until `count` samples have come, at most `patience_ms`, and gives all there are. The test fails when they
-    /// are fewer.
+    /// Waits until `count` samples have come, at most `patience_ms`, and gives all there are. The test fails
+    /// when they are fewer.
     std::vector<arrival> wait_for(size_t count) {
         const double end = counter_ms() + patience_ms;
         devices::guard held(lock_);
-        while (kept_.size() < count && counter_ms() < end)
+        while (kept_.size() < count && counter_ms() < end) {
             lock_.wait(came_, 100);
-        if (kept_.size() < count)
+        }
+        if (kept_.size() < count) {
             throw std::runtime_error("only " + std::to_string(kept_.size()) + " samples have come");
+        }
         return kept_;
     }
 

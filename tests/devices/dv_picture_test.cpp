@@ -47,8 +47,9 @@ private:
 
 testing::AssertionResult alike(const rgb& seen, const rgb& wanted, int most = 3) {
     for (size_t part = 0; part < seen.size(); ++part) {
-        if (std::abs(seen[part] - wanted[part]) > most)
+        if (std::abs(seen[part] - wanted[part]) > most) {
             return testing::AssertionFailure() << testing::PrintToString(seen);
+        }
     }
     return testing::AssertionSuccess();
 }
@@ -69,8 +70,9 @@ bytes filled(const dv_system& system, int y, int cr, int cb) {
     bytes frame = grey_frame(system);
     for (int number = 0; number < system.sequences * 135; ++number) {
         uint8_t* block = video_block(frame, number / 135, number % 135);
-        for (int luma = 0; luma < 4; ++luma)
+        for (int luma = 0; luma < 4; ++luma) {
             set_mean(block + 4 + 14 * luma, y);
+        }
         set_mean(block + 60, cr);
         set_mean(block + 70, cb);
     }
@@ -95,8 +97,9 @@ TEST(dv_layout, fills_every_cell_of_the_picture_once) {
         EXPECT_EQ(layout.macroblocks().size(), static_cast<size_t>(system->sequences) * 135);
         std::vector<int> used(static_cast<size_t>(90) * (system->height / 8));
         for (const auto& macroblock : layout.macroblocks()) {
-            for (const int cell : macroblock.cell)
+            for (const int cell : macroblock.cell) {
                 ++used.at(cell);
+            }
         }
         EXPECT_EQ(used, std::vector<int>(used.size(), 1)) << system->name;
     }
@@ -118,8 +121,9 @@ TEST(dv_picture, puts_macroblocks_where_the_shuffling_says) {
     for (const auto& place : places) {
         bytes frame = grey_frame(place.system);
         uint8_t* macroblock = video_block(frame, place.sequence, place.segment * 5 + place.part);
-        for (int luma = 0; luma < 4; ++luma)
+        for (int luma = 0; luma < 4; ++luma) {
             set_mean(macroblock + 4 + 14 * luma, 60 + 50 * luma);
+        }
         const view seen(frame, place.system);
         for (int luma = 0; luma < 4; ++luma) { // seen at the blocks' centres
             const int x = place.x + 8 * (luma % place.columns) + 4,
@@ -143,8 +147,9 @@ TEST(dv_picture, turns_studio_levels_into_rgb) {
             const bytes frame = filled(*system, colour.y, colour.cr, colour.cb);
             for (const int pixel_bytes : {4, 3}) {
                 const view seen(frame, *system, pixel_bytes);
-                for (const int x : {0, 719, 360})
+                for (const int x : {0, 719, 360}) {
                     EXPECT_TRUE(alike(seen.at(x, system->height - 1), colour.seen)) << colour.y << ' ' << x;
+                }
             }
         }
     }
@@ -161,8 +166,9 @@ TEST(dv_picture, shows_an_encoded_test_picture) {
         file.seekg(static_cast<std::streamoff>(123) * frame.size());
         file.read(reinterpret_cast<char*>(frame.data()), frame.size());
         const view seen(frame, *system);
-        for (int bar = 0; bar < 6; ++bar)
+        for (int bar = 0; bar < 6; ++bar) {
             EXPECT_TRUE(alike(seen.at(60 + 120 * bar, system->height - 20), bars[bar], 12)) << bar;
+        }
         // The burnt-in 123: the 1's stem, the gap between it and the 2, and the black box around.
         const int middle = system->height / 2;
         EXPECT_TRUE(alike(seen.at(225, middle), {255, 255, 255}, 20)) << system->name;

@@ -41,8 +41,8 @@ private:
         std::filesystem::temp_directory_path() / ("devices-" + std::to_string(GetCurrentProcessId()));
 };
 
-/// A frame of valid DIF blocks: the sections' identifications stand, everything in them is zero, which is grey. `mark`
-/// is put where no picture is, to tell frames apart.
+/// A frame of valid DIF blocks: the sections' identifications stand, everything in them is zero, which is
+/// grey. `mark` is put where no picture is, to tell frames apart.
 inline bytes grey_frame(const devices::dv_system& system, uint8_t mark = 0) {
     bytes frame(system.frame_bytes);
     const int first_six[] = {0, 1, 1, 2, 2, 2};

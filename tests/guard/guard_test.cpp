@@ -17,8 +17,9 @@ const unsigned char* faultAddress;
 /// Notes where an access fails and makes the page accessible, after which the access is repeated.
 LONG WINAPI noteFault(EXCEPTION_POINTERS* fault) {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
-    if (record.ExceptionCode != static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION))
+    if (record.ExceptionCode != static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION)) {
         return EXCEPTION_CONTINUE_SEARCH;
+    }
     faultAddress = reinterpret_cast<const unsigned char*>(record.ExceptionInformation[1]);
     return VirtualAlloc(reinterpret_cast<void*>(record.ExceptionInformation[1]), 1, MEM_COMMIT,
                         PAGE_READWRITE)
@@ -30,13 +31,15 @@ LONG WINAPI noteFault(EXCEPTION_POINTERS* fault) {
 bool faults(volatile unsigned char* byte, bool writes) {
     faultAddress = nullptr;
     void* const handler = AddVectoredExceptionHandler(1, noteFault);
-    if (writes)
+    if (writes) {
         *byte = 1;
-    else
+    } else {
         static_cast<void>(*byte);
+    }
     RemoveVectoredExceptionHandler(handler);
-    if (!faultAddress)
+    if (!faultAddress) {
         return false;
+    }
     EXPECT_EQ(faultAddress, byte);
     VirtualFree(const_cast<unsigned char*>(byte), 1, MEM_DECOMMIT);
     return true;
@@ -92,8 +95,9 @@ TEST(Guard, WhatWasFreedStaysInaccessible) {
     const auto* const block = new unsigned char[10];
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     delete[] block;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         delete new int(i);
+    }
     EXPECT_TRUE(faults(reinterpret_cast<unsigned char*>(address), false));
     EXPECT_TRUE(faults(reinterpret_cast<unsigned char*>(address + 9), true));
 }
@@ -127,10 +131,12 @@ TEST(Guard, TellsWhatWasDamagedWhenItIsFreed) {
 }
 
 TEST(Guard, HasRoomForManyBlocksOneAfterTheOther) {
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         delete[] new unsigned char[10 << 20];
-    for (int i = 0; i < 40000; ++i)
+    }
+    for (int i = 0; i < 40000; ++i) {
         delete new int(i);
+    }
     const volatile size_t tooMuch = SIZE_MAX / 2;
     EXPECT_EQ(::operator new(tooMuch, std::nothrow), nullptr);
     EXPECT_THROW(static_cast<void>(::operator new(tooMuch)), std::bad_alloc);
@@ -142,8 +148,9 @@ TEST(Guard, TheLibraryAllocatesWithIt) {
     vcore::str text(L"text");
     const auto* const wide = reinterpret_cast<const unsigned char*>(text.oleStr());
     size_t room = 0;
-    while (room < guard::pageSize && !faults(const_cast<unsigned char*>(wide) + room, false))
+    while (room < guard::pageSize && !faults(const_cast<unsigned char*>(wide) + room, false)) {
         ++room;
+    }
     EXPECT_LT(room, guard::pageSize);
     EXPECT_GE(room, 5 * sizeof(wchar_t));
 }

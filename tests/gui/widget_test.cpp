@@ -1,4 +1,4 @@
-#include "gui/widget.h"
+#include "marvo/gui/widget.h"
 
 #include <gtest/gtest.h>
 
@@ -30,8 +30,9 @@ HWND makeWindow(HWND parent, DWORD style) {
 class WidgetTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (host == nullptr)
+        if (host == nullptr) {
             GTEST_SKIP() << "no display";
+        }
     }
     void TearDown() override { DestroyWindow(host); }
 

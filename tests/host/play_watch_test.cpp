@@ -7,8 +7,9 @@ namespace {
 /// Posts of these frames, one each 40 ms.
 host::PlayWatch watched(const std::vector<long long>& frames, bool replaying = true) {
     host::PlayWatch watch;
-    for (long long frame : frames)
+    for (long long frame : frames) {
         watch.add({40.0 * static_cast<double>(watch.posts().size()), frame, replaying});
+    }
     return watch;
 }
 
@@ -39,10 +40,11 @@ TEST(PlayWatch, AcceptsLoopsAndNamesWhatBreaksThem) {
     };
     for (const auto& [frames, speed, wrong] : cases) {
         const std::string complaint = watched(frames).checkLoop(5, 7, speed);
-        if (wrong == nullptr)
+        if (wrong == nullptr) {
             EXPECT_EQ(complaint, "");
-        else
+        } else {
             EXPECT_NE(complaint.find(wrong), std::string::npos) << complaint << " instead of " << wrong;
+        }
     }
     EXPECT_NE(watched({5, 6, 7}, false).checkLoop(5, 7, 1.0), "") << "live frames are no replay";
 }

@@ -24,14 +24,16 @@ TEST(Report, HoldsStepsWatchesAndScreenshotsWithTextEscaped) {
     report.add({{2, "expect speed == 2", {"expect"}}, 20.0, false, "speed is 1", {}});
     report.addScreenshot("out\\live.bmp");
     host::PlayWatch watch;
-    for (long long frame : {7, 7, 8})
+    for (long long frame : {7, 7, 8}) {
         watch.add({40.0, frame, true});
+    }
     EXPECT_EQ(report.failures(), 1u);
     const std::string json = report.json("s.txt", {{"w", watch}});
     for (const char* part :
          {R"("passed": false)", R"("failures": 1)",
           R"("command": "record \"a\\b\"", "time_ms": 12, "held": true)", R"("message": "tab\u0009here")",
           R"("newest": -1, "written": -1, "shown": -1)", R"("screenshots": ["out\\live.bmp"])",
-          R"("w": [{"frame": 7, "time_ms": 40, "ticks": 2, "replaying": true}, {"frame": 8)"})
+          R"("w": [{"frame": 7, "time_ms": 40, "ticks": 2, "replaying": true}, {"frame": 8)"}) {
         EXPECT_NE(json.find(part), std::string::npos) << part << " is missing in\n" << json;
+    }
 }

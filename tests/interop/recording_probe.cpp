@@ -1,15 +1,19 @@
 /// Records and reads files through the library, for tests that look at the files with other software.
 ///
-///     record FILE STREAM FRAMESIZE [COUNT]   records the frames of a .dv stream, round and round, as fast as the disk
-///                                            takes them (without COUNT until killed); prints each number of frames
-///                                            that are on disk, and at the end how many of the newest the ring holds
-///     read FILE STREAM FRAMESIZE [FRAME...]  prints for every frame (or those named) which frame of the stream it
-///                                            is, -1 for none; AVI files when FILE holds ".avi", else raw records
+///     record FILE STREAM FRAMESIZE [COUNT]   records the frames of a .dv stream, round and round, as fast as
+///     the disk
+///                                            takes them (without COUNT until killed); prints each number of
+///                                            frames that are on disk, and at the end how many of the newest
+///                                            the ring holds
+///     read FILE STREAM FRAMESIZE [FRAME...]  prints for every frame (or those named) which frame of the
+///     stream it
+///                                            is, -1 for none; AVI files when FILE holds ".avi", else raw
+///                                            records
 ///
 /// Exit status: 0, 2 for wrong usage, 3 with a line on stderr when something is refused.
 
 #include "marvo.h"
-#include "replay/file_io_avi.h"
+#include "marvo/avi/file_io_avi.h"
 
 #include <shellapi.h>
 
@@ -30,8 +34,9 @@ public:
     bool load(const wchar_t* name, unsigned long frameSize) {
         vcore::file file;
         frameSize_ = frameSize;
-        if (frameSize == 0 || !file.open(name))
+        if (frameSize == 0 || !file.open(name)) {
             return false;
+        }
         bytes_.resize(static_cast<size_t>(file.size()));
         return frames() > 0 && file.read(bytes_.data(), static_cast<unsigned long>(bytes_.size()), nullptr);
     }
@@ -45,8 +50,9 @@ public:
     /// Which frame `data` is, looked for from the one that is expected next; -1 for none.
     long find(const unsigned char* data) {
         for (size_t tried = 0; tried < frames(); ++tried, ++next_) {
-            if (std::memcmp(frame(next_), data, frameSize_) == 0)
+            if (std::memcmp(frame(next_), data, frameSize_) == 0) {
                 return static_cast<long>(next_++ % frames());
+            }
         }
         return -1;
     }
@@ -76,14 +82,17 @@ int fail(const char* what, const wchar_t* reason) {
 /// Adds the stream's frames to the store, never so far ahead that the ring would lose one.
 bool feed(dvFrameStore& store, const Stream& stream, unsigned long ringFrames, unsigned long long count) {
     vvideo::dvAlloc samples;
-    if (!samples.create() || !samples.init(stream.frameSize(), 1, 0, 1))
+    if (!samples.create() || !samples.init(stream.frameSize(), 1, 0, 1)) {
         return false;
+    }
     for (unsigned long long k = 0; k < count; ++k) {
-        while (k - store.writtenFrame() >= ringFrames - 1)
+        while (k - store.writtenFrame() >= ringFrames - 1) {
             Sleep(1);
+        }
         IMediaSample* taken = nullptr;
-        if (!samples.getSample(&taken, -1, -1))
+        if (!samples.getSample(&taken, -1, -1)) {
             return false;
+        }
         vvideo::reference<IMediaSample> sample;
         sample.adopt(taken);
         BYTE* bytes = nullptr;
@@ -101,8 +110,9 @@ unsigned long heldFrames(dvFrameStore& store, const Stream& stream, unsigned lon
     unsigned long held = 0;
     for (unsigned long back = 1; back <= ringFrames && back <= end; ++back) {
         if (store.get(&frame, end - back) &&
-            std::memcmp(frame.data(), stream.frame(end - back), stream.frameSize()) == 0)
+            std::memcmp(frame.data(), stream.frame(end - back), stream.frameSize()) == 0) {
             ++held;
+        }
     }
     return held;
 }
@@ -111,15 +121,19 @@ int record(const wchar_t* name, const Stream& stream, std::optional<unsigned lon
     constexpr unsigned long ringFrames = 50;
     dvFrameStore store;
     const bool is625 = stream.frameSize() == 144000;
-    if (!store.init(stream.frameSize(), is625 ? 400000 : 333667, ringFrames))
+    if (!store.init(stream.frameSize(), is625 ? 400000 : 333667, ringFrames)) {
         return fail("record", L"there is no memory for the ring");
+    }
     store.connectFunc(L"poolInfo", &onTaking);
-    if (!store.startRecord(name))
+    if (!store.startRecord(name)) {
         return fail("record", L"the file cannot be created");
-    if (!feed(store, stream, ringFrames, count.value_or(~0ull)))
+    }
+    if (!feed(store, stream, ringFrames, count.value_or(~0ull))) {
         return fail("record", L"there are no samples");
-    while (store.writtenFrame() < *count)
+    }
+    while (store.writtenFrame() < *count) {
         Sleep(1);
+    }
     store.stopRecord();
     print(*count);
     std::printf("ring %lu\n", heldFrames(store, stream, ringFrames, *count));
@@ -141,9 +155,10 @@ public:
 
     /// The bytes of a frame; null when it cannot be read.
     const unsigned char* read(unsigned long frame) {
-        if (!avi_)
+        if (!avi_) {
             return rawFile_.seekFrame(frame) && rawFile_.readFrame() ? rawFile_.data() + dvFile::headerSize
                                                                      : nullptr;
+        }
         aviFile_.seekFrame(frame);
         const bool done =
             aviFile_.readFrame(buffer_.data(), static_cast<unsigned long>(buffer_.size()), frame);
@@ -160,18 +175,22 @@ private:
 
 int read(const wchar_t* name, Stream& stream, std::vector<unsigned long> wanted) {
     Recording recording(name);
-    if (!recording.opened())
+    if (!recording.opened()) {
         return fail("read", recording.reason());
-    if (recording.frames() > 0 && recording.frameSize() != stream.frameSize())
+    }
+    if (recording.frames() > 0 && recording.frameSize() != stream.frameSize()) {
         return fail("read", L"the frames have another size than the stream's");
+    }
     if (wanted.empty()) {
-        for (unsigned long k = 0; k < recording.frames(); ++k)
+        for (unsigned long k = 0; k < recording.frames(); ++k) {
             wanted.push_back(k);
+        }
     }
     for (const unsigned long number : wanted) {
         const unsigned char* data = recording.read(number);
-        if (!data)
+        if (!data) {
             return fail("read", recording.reason());
+        }
         std::printf("%ld\n", stream.find(data));
     }
     return allWell;
@@ -179,16 +198,20 @@ int read(const wchar_t* name, Stream& stream, std::vector<unsigned long> wanted)
 
 int run(int count, wchar_t** words) {
     Stream stream;
-    if (count < 5)
+    if (count < 5) {
         return wrongUsage;
-    if (!stream.load(words[3], std::wcstoul(words[4], nullptr, 10)))
+    }
+    if (!stream.load(words[3], std::wcstoul(words[4], nullptr, 10))) {
         return fail("stream", L"cannot be read");
-    if (std::wstring(words[1]) == L"record")
+    }
+    if (std::wstring(words[1]) == L"record") {
         return record(words[2], stream,
                       count > 5 ? std::optional(std::wcstoull(words[5], nullptr, 10)) : std::nullopt);
+    }
     std::vector<unsigned long> wanted;
-    for (int i = 5; i < count; ++i)
+    for (int i = 5; i < count; ++i) {
         wanted.push_back(std::wcstoul(words[i], nullptr, 10));
+    }
     return std::wstring(words[1]) == L"read" ? read(words[2], stream, wanted) : wrongUsage;
 }
 

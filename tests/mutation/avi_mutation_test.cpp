@@ -18,8 +18,9 @@ void beginAsDv(char* frame) {
 
 std::string foreign(const avi::Shape& shape) {
     avi::File file(shape);
-    for (const size_t offset : file.frameOffsets)
+    for (const size_t offset : file.frameOffsets) {
         beginAsDv(&file.bytes[offset + 8]);
+    }
     return file.bytes;
 }
 
@@ -39,8 +40,9 @@ std::string own(bool unbuffered, bool closed) {
         EXPECT_EQ(FileIOAVI::Ok, file.writeFrame(slot.last(slot.size()),
                                                  static_cast<unsigned long>(slot.size()), samples::ntscSize));
     }
-    if (closed)
+    if (closed) {
         file.close();
+    }
     vcore::handle input(CreateFileW(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     OPEN_EXISTING, 0, nullptr));
     std::string bytes(GetFileSize(input.get(), nullptr), '\0');
@@ -106,8 +108,9 @@ std::vector<size_t> spotsOf(const std::string& bytes) {
         const bool media =
             id.substr(2) == "dc" || id.substr(2) == "db" || id.substr(2) == "wb" || id == "JUNK";
         const size_t told = list ? 4 : std::min<size_t>(media ? 4 : mostOfChunk, size);
-        for (size_t k = 0; k < 8 + told && at + k + 8 <= bytes.size(); k += 4)
+        for (size_t k = 0; k < 8 + told && at + k + 8 <= bytes.size(); k += 4) {
             spots.push_back(at + k);
+        }
         at += list ? 12 : 8 + size + size % 2;
     }
     return spots;
@@ -140,9 +143,10 @@ protected:
                 ASSERT_EQ(
                     0, std::memcmp(caller_.last(slot), &bytes_[static_cast<size_t>(position.offset)], whole));
             }
-            for (const unsigned long tooSmall : {0ul, 7ul, whole - 1})
+            for (const unsigned long tooSmall : {0ul, 7ul, whole - 1}) {
                 ASSERT_EQ(frame < count ? FileIOAVI::Refused : FileIOAVI::ReadFailed,
                           file.readFrame(caller_.last(tooSmall), tooSmall, frame));
+            }
         }
     }
 
@@ -168,10 +172,12 @@ protected:
             file_.put(bytes_);
             file.refresh();
         }
-        if (opened)
+        if (opened) {
             readFrames(file, random);
-        if (number % 4 == 2)
+        }
+        if (number % 4 == 2) {
             inspect(number % 8 == 2);
+        }
     }
 
     std::string bytes_;

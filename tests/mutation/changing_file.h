@@ -26,14 +26,17 @@ public:
         size_t from = 0;
         while (from < bytes.size()) {
             size_t to = from;
-            while (to < bytes.size() && !holds(bytes, to, std::min(block, bytes.size() - to)))
+            while (to < bytes.size() && !holds(bytes, to, std::min(block, bytes.size() - to))) {
                 to = std::min(to + block, bytes.size());
-            if (to > from)
+            }
+            if (to > from) {
                 write(bytes, from, to);
+            }
             from = to + block;
         }
-        if (bytes.size() < held_.size())
+        if (bytes.size() < held_.size()) {
             cut(bytes.size());
+        }
         held_ = bytes;
     }
 

@@ -10,8 +10,9 @@ public:
     explicit GuardedBuffer(size_t most)
         : size_((most + page - 1) / page * page),
           begin_(static_cast<char*>(VirtualAlloc(nullptr, size_ + page, MEM_RESERVE, PAGE_NOACCESS))) {
-        if (!begin_ || !VirtualAlloc(begin_, size_, MEM_COMMIT, PAGE_READWRITE))
+        if (!begin_ || !VirtualAlloc(begin_, size_, MEM_COMMIT, PAGE_READWRITE)) {
             throw std::bad_alloc();
+        }
     }
     ~GuardedBuffer() { VirtualFree(begin_, 0, MEM_RELEASE); }
     GuardedBuffer(const GuardedBuffer&) = delete;

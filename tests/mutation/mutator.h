@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Damages files in memory, mostly where their structure is. What is done depends on the random numbers alone.
+/// Damages files in memory, mostly where their structure is. What is done depends on the random numbers
+/// alone.
 class Mutator {
 public:
     using Random = std::mt19937;
@@ -20,8 +21,9 @@ public:
     /// Makes `file` a copy with one to four kinds of damage; pieces of `other` may have come into it.
     void mutate(std::string& file, Random& random, const Mutator& other) const {
         file = bytes_;
-        for (auto times = 1 + random() % 4; times > 0; --times)
+        for (auto times = 1 + random() % 4; times > 0; --times) {
             damage(file, random, other);
+        }
     }
 
 private:
@@ -55,8 +57,9 @@ private:
 
     void damage(std::string& file, Random& random, const Mutator& other) const {
         const size_t at = spot(random), from = spot(random);
-        if (at + 8 > file.size() || from + 8 > file.size())
+        if (at + 8 > file.size() || from + 8 > file.size()) {
             return;
+        }
         const size_t bytes = 1 + random() % (random() % 4 == 0 ? 0x4000 : 64);
         switch (random() % 16) {
         case 0:

@@ -38,8 +38,9 @@ TEST(RepairMutation, makes_sound_files_or_refuses) {
     shape.index = avi::Index::StandardAndRelative;
     avi::File file(shape);
     std::vector<size_t> spots;
-    for (size_t at = 0; at < file.frameOffsets[0]; at += 4)
+    for (size_t at = 0; at < file.frameOffsets[0]; at += 4) {
         spots.push_back(at);
+    }
     // Only frames that are undamaged inside are taken, so these are a camera's.
     std::ifstream stream(std::string(std::getenv("MARVO_STREAMS")) + "\\ntsc.dv", std::ios::binary);
     for (const size_t offset : file.frameOffsets) {

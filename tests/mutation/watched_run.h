@@ -11,12 +11,12 @@
 #include <random>
 #include <string>
 
-/// Runs a test body with one number after the other, each with random numbers of its own. Watches processor time and
-/// memory, and names the number when the body faults or hangs. With the environment variable MARVO_MUTATION only the
-/// number that it holds is run.
+/// Runs a test body with one number after the other, each with random numbers of its own. Watches processor
+/// time and memory, and names the number when the body faults or hangs. With the environment variable
+/// MARVO_MUTATION only the number that it holds is run.
 ///
-/// The system does not fault where it is told to read into memory that is not there, but refuses; so the library's
-/// reads touch the end of their buffers first.
+/// The system does not fault where it is told to read into memory that is not there, but refuses; so the
+/// library's reads touch the end of their buffers first.
 class WatchedRun {
 public:
     static constexpr unsigned seed = 20031;
@@ -83,9 +83,10 @@ private:
     }
 
     static LONG WINAPI onFault(EXCEPTION_POINTERS* fault) {
-        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION && current())
+        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION && current()) {
             std::fprintf(stderr, "fault at %p in %s\n", fault->ExceptionRecord->ExceptionAddress,
                          current()->name().c_str());
+        }
         return EXCEPTION_CONTINUE_SEARCH;
     }
 
@@ -101,8 +102,9 @@ private:
         auto& run = *static_cast<WatchedRun*>(parameter);
         for (unsigned seen = ~0u; seen != run.number_;) {
             seen = run.number_;
-            if (WaitForSingleObject(run.ended_.get(), hang_ms) == WAIT_OBJECT_0)
+            if (WaitForSingleObject(run.ended_.get(), hang_ms) == WAIT_OBJECT_0) {
                 return 0;
+            }
         }
         std::fprintf(stderr, "%s hangs\n", run.name().c_str());
         TerminateProcess(GetCurrentProcess(), 3);

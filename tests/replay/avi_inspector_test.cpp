@@ -18,13 +18,15 @@ std::string inspect(const std::string& bytes, AviInspector& inspector,
     avi::File::write(name, bytes);
     EXPECT_TRUE(inspector.run(name, options));
     std::string texts;
-    for (const auto& fault : inspector.faults())
+    for (const auto& fault : inspector.faults()) {
         texts += std::to_string(fault.offset) + ": " + vcore::str(fault.text).getStr() + "\n";
+    }
     return texts;
 }
 
 TEST(AviInspector, FindsNothingWrongWithSoundFiles) {
-    for (const Index index : {Index::Relative, Index::Absolute, Index::Standard, Index::StandardAndRelative})
+    for (const Index index :
+         {Index::Relative, Index::Absolute, Index::Standard, Index::StandardAndRelative}) {
         for (const bool busy : {false, true}) {
             const Shape sound{.index = index,
                               .pieces = index >= Index::Standard ? 3ul : 1ul,
@@ -43,6 +45,7 @@ TEST(AviInspector, FindsNothingWrongWithSoundFiles) {
             EXPECT_EQ(last.indexes, index >= Index::Standard ? 1u : 0u);
             EXPECT_EQ(inspector.pieces()[0].legacyEntries != 0, index != Index::Standard);
         }
+    }
     AviInspector inspector;
     EXPECT_EQ(inspect(avi::File({.frames = 0}).bytes, inspector), "") << "nothing was recorded";
 }

@@ -22,12 +22,13 @@ TEST(AviReader, ReadsFilesOfAllKinds) {
         {"odd size", {.frameSize = 1001}},
     };
     for (Index index :
-         {Index::None, Index::Relative, Index::Absolute, Index::Standard, Index::StandardAndRelative})
+         {Index::None, Index::Relative, Index::Absolute, Index::Standard, Index::StandardAndRelative}) {
         for (auto [what, shape] : kinds) {
             shape.index = index;
             avi::File(shape).save(name);
             EXPECT_EQ(avi::framesRead(name, shape.frameSize), 6) << what << static_cast<int>(index);
         }
+    }
 }
 
 TEST(AviReader, DescribesTheFile) {
@@ -118,13 +119,16 @@ TEST(AviReader, FindsWhatIsWholeInAFileCutAnywhere) {
     for (const Index index : {Index::None, Index::Relative, Index::Standard}) {
         const avi::File built({.index = index, .pieces = 2});
         std::vector<size_t> places = {built.frameOffsets[0] - 1, built.bytes.size() - 1};
-        for (const size_t frame : built.frameOffsets)
-            for (const size_t behind : {0, 1, 7, 8, 120007, 120008, 120009, 120020})
+        for (const size_t frame : built.frameOffsets) {
+            for (const size_t behind : {0, 1, 7, 8, 120007, 120008, 120009, 120020}) {
                 places.push_back(std::min(frame + behind, built.bytes.size()));
+            }
+        }
         for (const size_t cut : places) {
             long whole = cut < built.frameOffsets[0] ? -1 : 0;
-            for (const size_t frame : built.frameOffsets)
+            for (const size_t frame : built.frameOffsets) {
                 whole += frame + 120008 <= cut ? 1 : 0;
+            }
             avi::File::write(name, built.bytes.substr(0, cut));
             EXPECT_EQ(avi::framesRead(name), whole) << cut << ", index " << static_cast<int>(index);
         }
@@ -133,7 +137,7 @@ TEST(AviReader, FindsWhatIsWholeInAFileCutAnywhere) {
 
 TEST(AviReader, FollowsAFileThatGrows) {
     avi::File built({.index = Index::Standard, .pieces = 2});
-    for (const std::uint32_t stale : {0u, 0xFFFFFFFFu, 1000u})
+    for (const std::uint32_t stale : {0u, 0xFFFFFFFFu, 1000u}) {
         for (const char* list : {"RIFF", "movi"}) {
             built.set(built.find(list) + (*list == 'R' ? 4 : -4), stale);
             avi::File::write(name, built.bytes.substr(0, built.frameOffsets[2] + 5));
@@ -151,6 +155,7 @@ TEST(AviReader, FollowsAFileThatGrows) {
                 EXPECT_TRUE(samples::holds(reinterpret_cast<unsigned char*>(&buffer[8]), frames - 1, 120000));
             }
         }
+    }
 }
 
 TEST(AviReader, TakesNoIndexThatContradictsTheChunks) {
@@ -183,13 +188,14 @@ TEST(AviReader, TakesNoIndexThatContradictsTheChunks) {
         {standard, second + 28, {0, 0x7FFFFFFF}},
         {standard, second - 4, {0, 0xFFFFFFFF}},
     };
-    for (const auto& c : cases)
+    for (const auto& c : cases) {
         for (const std::uint32_t value : c.values) {
             avi::File changed = c.built;
             changed.set(c.offset, value);
             changed.save(name);
             EXPECT_EQ(avi::framesRead(name), 6) << std::hex << c.offset << ": " << value;
         }
+    }
 }
 
 TEST(AviReader, SearchesDamagedFilesForFrames) {
@@ -214,8 +220,9 @@ TEST(AviReader, SearchesDamagedFilesForFrames) {
     EXPECT_EQ(search(std::string(100001, 'd') + built.bytes.substr(frames[0])).size(), 6u) << "no headers";
 
     std::string damaged = built.bytes;
-    for (const size_t place : {frames[0] - 300009, frames[4] - 300009 + 4, damaged.find("AVIX") - 8})
+    for (const size_t place : {frames[0] - 300009, frames[4] - 300009 + 4, damaged.find("AVIX") - 8}) {
         damaged.replace(place, 4, "\xff\xff\xff\x7f");
+    }
     EXPECT_EQ(search(damaged), all) << "only frames are relied upon";
     EXPECT_TRUE(search(std::string(5000, 'd')).empty());
 }

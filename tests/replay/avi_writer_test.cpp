@@ -1,6 +1,6 @@
 #include "marvo.h"
 
-#include "replay/avi_writer.h"
+#include "marvo/avi/avi_writer.h"
 #include "tests/support/avi_builder.h"
 #include "tests/support/avi_disk.h"
 
@@ -38,8 +38,9 @@ struct Recording {
     unsigned long fill(unsigned long frames) {
         EXPECT_EQ(create(), 0);
         unsigned long k = 0;
-        while (k < frames && write(k) == 0)
+        while (k < frames && write(k) == 0) {
             ++k;
+        }
         return k;
     }
 };
@@ -52,8 +53,9 @@ void expectReads(const std::string& bytes, unsigned long frames,
 }
 
 void expectNumbers(const std::string& bytes, size_t at, const std::vector<std::uint32_t>& numbers) {
-    for (size_t k = 0; k < numbers.size(); ++k)
+    for (size_t k = 0; k < numbers.size(); ++k) {
         EXPECT_EQ(avi::number<std::uint32_t>(bytes, at + 4 * k), numbers[k]) << at << ", number " << k;
+    }
 }
 
 /// The offsets of the frames' data by super index and standard indexes.
@@ -65,19 +67,22 @@ std::vector<std::uint64_t> indexed(const std::string& bytes) {
         EXPECT_EQ(bytes.substr(entry.offsetLow, 4), "00ix");
         EXPECT_EQ(entry.size, 16384u);
         EXPECT_EQ(index.entriesInUse, entry.duration);
-        for (std::uint32_t k = 0; k < index.entriesInUse; ++k)
+        for (std::uint32_t k = 0; k < index.entriesInUse; ++k) {
             found.push_back(
                 index.baseOffsetLow +
                 avi::number<riff::StandardIndexEntry>(bytes, entry.offsetLow + 32 + 8 * k).offset);
+        }
     }
     return found;
 }
 
 std::vector<size_t> places(const std::vector<avi::Chunk>& chunks, const std::string& id) {
     std::vector<size_t> found;
-    for (const avi::Chunk& chunk : chunks)
-        if (chunk.id == id)
+    for (const avi::Chunk& chunk : chunks) {
+        if (chunk.id == id) {
             found.push_back(chunk.at);
+        }
+    }
     return found;
 }
 
@@ -101,8 +106,9 @@ TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
         EXPECT_EQ(r.writer->sectorSize(), c.sector);
         ASSERT_EQ(r.writer->close(), 0);
         const std::string& file = r.disk.bytes;
-        for (const auto& [at, data] : r.disk.writes)
+        for (const auto& [at, data] : r.disk.writes) {
             EXPECT_TRUE(at % c.sector == 0 && data.size() % c.sector == 0) << at;
+        }
         const bool pal = c.frameSize == 144000;
         const std::uint32_t height = pal ? 576 : 480;
         expectNumbers(file, 32, {pal ? 40000u : 33366u, pal ? 3600000u : 3596400u, c.sector, 0x10010, 2});
@@ -114,8 +120,9 @@ TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
         expectNumbers(file, c.data + 4, {c.frameSize});
         EXPECT_EQ(file.substr(108, 8) + file.substr(188, 4) + file.substr(228, 4), "vidsdvsddvsd00dc");
         std::string ids;
-        for (const avi::Chunk& chunk : avi::walk(file))
+        for (const avi::Chunk& chunk : avi::walk(file)) {
             ids += chunk.id + ' ';
+        }
         EXPECT_EQ(
             ids,
             "AVI  hdrl avih strl strh strf indx odml dmlh JUNK movi 00dc JUNK 00dc JUNK 00ix idx1 JUNK ");
@@ -136,8 +143,9 @@ TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
         const std::vector<size_t> frames = places(chunks, "00dc");
         const std::vector<std::uint64_t> indexedFrames = indexed(r.disk.bytes);
         ASSERT_EQ(indexedFrames.size(), frames.size());
-        for (size_t k = 0; k < frames.size(); ++k)
+        for (size_t k = 0; k < frames.size(); ++k) {
             EXPECT_EQ(indexedFrames[k], frames[k] + 8);
+        }
         const std::vector<size_t> later = places(chunks, "AVIX");
         ASSERT_EQ(later.size(), 2u) << "seven, seven and six frames";
         EXPECT_EQ(places(chunks, "00ix").size(), 8u);
@@ -145,11 +153,12 @@ TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
         EXPECT_TRUE(frames[6] < later[0] && frames[7] > later[0]);
         expectNumbers(r.disk.bytes, 48, {7});
         expectNumbers(r.disk.bytes, 140, {20});
-        for (const avi::Chunk& chunk : chunks)
+        for (const avi::Chunk& chunk : chunks) {
             if (chunk.id == "AVIX" || chunk.id == "AVI ") {
                 EXPECT_LE(chunk.size + 8, 1000000u);
                 EXPECT_EQ(chunk.at % sector, 0u);
             }
+        }
         EXPECT_EQ(r.info.piecePositions.size(), 3u);
         EXPECT_EQ(r.info.indexPositions.size(), 8u);
         expectSound(r.disk.bytes, 20);
@@ -174,13 +183,16 @@ TEST(AviWriter, WhateverIsCutOffEveryWholeFrameIsThere) {
     for (size_t i = 1; i < r.disk.writes.size(); ++i) {
         const std::string& data = r.disk.writes[i].second;
         const bool isFrame = data.compare(0, 4, "00dc") == 0;
-        // Frames are cut behind the last and before the last byte of their data, all other writes in the middle.
+        // Frames are cut behind the last and before the last byte of their data, all other writes in the
+        // middle.
         SCOPED_TRACE(testing::Message() << "write " << i << " of " << data.size() << " bytes");
-        if (!isFrame || frames % 8 == 0)
+        if (!isFrame || frames % 8 == 0) {
             expectReads(r.disk.after(i, isFrame ? 8 + r.frameSize - 1 : data.size() / 2), frames);
+        }
         frames += isFrame;
-        if (isFrame && frames % 8 == 0)
+        if (isFrame && frames % 8 == 0) {
             expectReads(r.disk.after(i, 8 + r.frameSize), frames);
+        }
         const auto known = avi::number<std::uint32_t>(r.disk.after(i + 1, 0), 16616);
         ASSERT_LE(known, frames);
         ASSERT_GE(known + 29, frames) << "the headers are at most a second behind";
@@ -196,8 +208,9 @@ TEST(AviWriter, AFullDiskLeavesWhatIsThere) {
         const unsigned long frames = r.fill(100);
         EXPECT_LE(frames, 74u);
         EXPECT_GE(frames, tellsRoom ? 20u : 74u);
-        for (int again = 0; again < 3; ++again)
+        for (int again = 0; again < 3; ++again) {
             EXPECT_NE(r.write(frames), 0);
+        }
         EXPECT_EQ(r.writer->close() == 0, tellsRoom) << "room for the indexes is kept where the disk tells";
         EXPECT_EQ(indexed(r.disk.bytes).size(), tellsRoom ? frames : 0);
         EXPECT_TRUE(places(avi::walk(r.disk.bytes), "broken").empty());
@@ -230,8 +243,9 @@ struct WriterThread : vwin::winthread {
     ~WriterThread() { terminate(); }
     void run() override {
         const uninterruptible whole;
-        for (std::uint32_t k = 0; k < 12; ++k)
+        for (std::uint32_t k = 0; k < 12; ++k) {
             recording.write(k);
+        }
     }
 };
 
@@ -280,8 +294,9 @@ TEST(AviFile, WritesEveryCodec) {
             const unsigned long sectors = (c.frameSize + 512) / 512 * 512;
             EXPECT_EQ(file.slotSize(), unbuffered ? sectors : (c.frameSize + 9) / 2 * 2);
             std::vector<char> slot(file.slotSize() + 1, 'x');
-            for (int k = 0; k < 2; ++k)
+            for (int k = 0; k < 2; ++k) {
                 ASSERT_EQ(file.writeFrame(&slot[1], file.slotSize(), c.frameSize), 0) << "at an odd address";
+            }
             ASSERT_EQ(file.close(), 0);
             const std::string bytes = avi::File::read(name);
             EXPECT_EQ(bytes.substr(112, 4), c.codec);
@@ -296,8 +311,9 @@ TEST(AviFile, RefusesWhatCannotBeWritten) {
     FileIOAVI file;
     const FileIOAVI::Video pal;
     for (const FileIOAVI::Video& bad :
-         {FileIOAVI::Video{1, 400}, {3}, {2, 0, 720, 576, true, 0xFFFFFFFF}, {1, 420, 40000}})
+         {FileIOAVI::Video{1, 400}, {3}, {2, 0, 720, 576, true, 0xFFFFFFFF}, {1, 420, 40000}}) {
         EXPECT_EQ(file.create(name, bad, true), FileIOAVI::Refused);
+    }
     EXPECT_EQ(file.create(nullptr, pal, true), FileIOAVI::Refused);
     avi::File::write(name, "sacred");
     SetFileAttributesW(name, FILE_ATTRIBUTE_READONLY);

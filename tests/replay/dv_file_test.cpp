@@ -103,11 +103,13 @@ TEST(DvFile, LoopsAndCutsFrameNumbers) {
     EXPECT_EQ(file.shortedFrame(3), 4294967295ll);
     ASSERT_TRUE(file.open(name, 0));
     const long long looped[][2] = {{25, 5}, {9, 9}, {10, 0}, {-1, 9}, {-10, 10}, {-11, 9}};
-    for (const auto& [frame, expected] : looped)
+    for (const auto& [frame, expected] : looped) {
         EXPECT_EQ(file.loopedFrame(frame), expected) << frame;
+    }
     const long long shorted[][2] = {{-3, -3}, {9, 9}, {10, 9}, {1000, 9}};
-    for (const auto& [frame, expected] : shorted)
+    for (const auto& [frame, expected] : shorted) {
         EXPECT_EQ(file.shortedFrame(frame), expected) << frame;
+    }
 }
 
 TEST(DvFile, RefusesWhatCannotBeOpened) {

@@ -12,26 +12,30 @@ namespace {
 
 constexpr wchar_t name[] = L"frame_loader_test.dv";
 
-/// Asks for a frame until it is loaded, as a play thread does once a tick. Whether it came, with the right bytes.
+/// Asks for a frame until it is loaded, as a play thread does once a tick. Whether it came, with the right
+/// bytes.
 bool arrives(dvFrameLoad& loader, unsigned long long number) {
     vvideo::dvFrame frame(samples::palSize, nullptr);
     return samples::eventually([&] { return loader.get(&frame, number); }) &&
            samples::holds(frame.data(), static_cast<std::uint32_t>(number));
 }
 
-/// Whether the loader reads ahead: asked for frame `from` and then for `at`, it comes to hold `ahead`. Nothing is loaded
-/// between gets that follow at once, so these frames must have been there. A busy machine is given several tries.
+/// Whether the loader reads ahead: asked for frame `from` and then for `at`, it comes to hold `ahead`.
+/// Nothing is loaded between gets that follow at once, so these frames must have been there. A busy machine
+/// is given several tries.
 bool readsAhead(dvFrameLoad& loader, unsigned long long from, unsigned long long at,
                 const std::vector<unsigned long long>& ahead) {
     vvideo::dvFrame frame(samples::palSize, nullptr);
     for (DWORD wait_ms = 250; wait_ms <= 4000; wait_ms *= 2) {
-        if (!arrives(loader, from))
+        if (!arrives(loader, from)) {
             return false;
+        }
         loader.get(&frame, at);
         Sleep(wait_ms);
         if (std::all_of(ahead.begin(), ahead.end(),
-                        [&](unsigned long long number) { return loader.get(&frame, number); }))
+                        [&](unsigned long long number) { return loader.get(&frame, number); })) {
             return true;
+        }
     }
     return false;
 }
@@ -40,10 +44,12 @@ TEST(FrameLoader, PlaysARangeLoopedBothWays) {
     recording::write(name, 60);
     dvFrameLoad loader;
     ASSERT_TRUE(loader.init(name, 10, 29, 8));
-    for (unsigned long long k = 0; k < 40; ++k)
+    for (unsigned long long k = 0; k < 40; ++k) {
         EXPECT_TRUE(arrives(loader, 10 + k % 20)) << k;
-    for (unsigned long long k = 40; k-- > 0;)
+    }
+    for (unsigned long long k = 40; k-- > 0;) {
         EXPECT_TRUE(arrives(loader, 10 + k % 20)) << k;
+    }
 }
 
 TEST(FrameLoader, ReadsAheadInTheDirectionOfPlay) {
@@ -147,8 +153,9 @@ TEST(FrameLoader, TheBreakerSlowsLoading) {
     ASSERT_TRUE(loader.init(name, 0, 30, 31));
     loader.setBreaker(20);
     const ULONGLONG begin = GetTickCount64();
-    for (unsigned long long k = 0; k <= 30; ++k)
+    for (unsigned long long k = 0; k <= 30; ++k) {
         ASSERT_TRUE(arrives(loader, k));
+    }
     EXPECT_GE(GetTickCount64() - begin, 20u * 15) << "half of the range had to be read at 20 ms a frame";
     loader.setBreaker(60000);
     loader.init(name, 5, 15, 31);

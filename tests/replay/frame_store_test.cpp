@@ -90,8 +90,9 @@ TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
         ASSERT_TRUE(store.startRecord(file));
         EXPECT_EQ(store.lastFrame(), 0u);
         EXPECT_EQ(store.findFrame(0), nullptr) << "no frame of the time before";
-        for (std::uint32_t k = 0; k < 30; ++k)
+        for (std::uint32_t k = 0; k < 30; ++k) {
             ASSERT_TRUE(source.addTo(store, recording * 100 + k));
+        }
         store.stopRecord();
         EXPECT_EQ(store.writtenFrame(), 30u) << "a stop writes what was captured by then";
         vvideo::dvFrame frame(samples::palSize, nullptr);
@@ -107,8 +108,9 @@ TEST(FrameStore, StopsWritingAtTheLimit) {
     store.setMaxFilesize(4);
     for (const wchar_t* file : {name, aviName}) {
         ASSERT_TRUE(store.startRecord(file));
-        for (std::uint32_t k = 0; k < 10; ++k)
+        for (std::uint32_t k = 0; k < 10; ++k) {
             ASSERT_TRUE(source.addTo(store, k));
+        }
         EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 10; }));
         store.stopRecord();
         expectRecorded(0, 4, file);
@@ -154,8 +156,9 @@ TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
     ASSERT_TRUE(store.startRecord(name));
     ASSERT_TRUE(source.addTo(store, 0));
     ASSERT_TRUE(samples::eventually([&] { return watcher.reached.load(); }));
-    for (std::uint32_t k = 1; k < 25; ++k)
+    for (std::uint32_t k = 1; k < 25; ++k) {
         ASSERT_TRUE(source.addTo(store, k));
+    }
     watcher.go.set();
     EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 25; }));
     store.done();

@@ -14,7 +14,8 @@ void writeFile(const char* name, const char* text) {
     std::ofstream(name, std::ios::binary) << text;
 }
 
-/// The log's lines, each checked for its form and cut after the prefix; the depth stands in front of nested ones.
+/// The log's lines, each checked for its form and cut after the prefix; the depth stands in front of nested
+/// ones.
 std::vector<std::string> logLines() {
     std::ifstream file("marvo.log", std::ios::binary);
     std::vector<std::string> lines;
@@ -70,12 +71,14 @@ TEST_F(FrontEnd, ReadsItsSettings) {
 TEST_F(FrontEnd, MarkersSetElementsOnlyWhenControlled) {
     dvFrontEnd frontEnd;
     for (const char* marker :
-         {"XI05123", "XO05130", "XI00001", "XO00002", "XI-1005", "XIxx", "XI", "", "X", "Z+"})
+         {"XI05123", "XO05130", "XI00001", "XO00002", "XI-1005", "XIxx", "XI", "", "X", "Z+"}) {
         EXPECT_TRUE(frontEnd.call(marker)) << marker;
+    }
     EXPECT_TRUE(frontEnd.call(nullptr));
     EXPECT_TRUE(logged("XI05123"));
-    for (int element : {0, 5, 6, 127, 128, -1})
+    for (int element : {0, 5, 6, 127, 128, -1}) {
         EXPECT_FALSE(frontEnd.playElement(element)) << "nothing is built";
+    }
     // Only element 5 may come as far as the replay command.
     const auto lines = logLines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "replay"), 1);

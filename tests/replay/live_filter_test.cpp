@@ -78,8 +78,9 @@ TEST_F(LiveFilter, IsPacedByTheClockAndStampsMediaTimesOnly) {
     // A machine that held up the first sample may have the others follow faster, but only by a few ticks.
     EXPECT_GT(arrivals[50].time_ms - arrivals[0].time_ms, 1500u) << "no faster than the clock";
     std::vector<ULONGLONG> gaps;
-    for (size_t i = 1; i < arrivals.size(); ++i)
+    for (size_t i = 1; i < arrivals.size(); ++i) {
         gaps.push_back(arrivals[i].time_ms - arrivals[i - 1].time_ms);
+    }
     EXPECT_LT(samples::median(gaps), 80u) << "not at the pace of the fall-back, which is 120 ms";
 }
 

@@ -37,8 +37,9 @@ public:
         take();
         std::vector<unsigned long> frames;
         samples::eventually([&] {
-            for (unsigned long frame : take())
+            for (unsigned long frame : take()) {
                 frames.push_back(frame);
+            }
             return frames.size() >= count;
         });
         frames.resize(std::min(frames.size(), count));
@@ -92,18 +93,21 @@ struct PlayFilter : testing::Test {
     }
 
     void capture(std::uint32_t first, std::uint32_t count) {
-        for (std::uint32_t k = first; k < first + count; ++k)
+        for (std::uint32_t k = first; k < first + count; ++k) {
             ASSERT_TRUE(source.addTo(store, k));
+        }
     }
 
-    /// Whether numbers of ticks follow each other within the range, `step` further or, on a busy machine, repeated.
+    /// Whether numbers of ticks follow each other within the range, `step` further or, on a busy machine,
+    /// repeated.
     static void expectSteps(const std::vector<unsigned long>& frames, unsigned long from, unsigned long count,
                             unsigned long step) {
         ASSERT_GT(frames.size(), 10u);
-        for (size_t i = 1; i < frames.size(); ++i)
+        for (size_t i = 1; i < frames.size(); ++i) {
             EXPECT_TRUE(frames[i] == frames[i - 1] ||
                         frames[i] - from == (frames[i - 1] - from + step) % count)
                 << frames[i - 1] << " to " << frames[i];
+        }
         EXPECT_LT(std::count(frames.begin(), frames.end(), frames.front()), std::ssize(frames));
     }
 
@@ -136,8 +140,9 @@ TEST_F(PlayFilter, CatchesUpGentlyAndJumpsWhenFarBehind) {
     expectShown(0);
     capture(1, 12);
     const auto gentle = drain.next(6);
-    for (size_t i = 1; i < gentle.size(); ++i)
+    for (size_t i = 1; i < gentle.size(); ++i) {
         EXPECT_LE(gentle[i] - gentle[i - 1], 2u) << "one extra frame a tick at most";
+    }
     expectShown(12);
     filter.setPause(true); // so that the frames come at once, however slowly they are made
     capture(13, 40);
@@ -171,13 +176,15 @@ TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
     auto frames = drain.next(31);
     // A busy machine may hold a frame for longer, but never shorten or skip one.
     std::vector<size_t> ticks; // of each frame, but for the first and the last, which may be cut
-    for (size_t i = 1, begin = 0; i < frames.size(); ++i)
+    for (size_t i = 1, begin = 0; i < frames.size(); ++i) {
         if (frames[i] != frames[i - 1]) {
-            if (begin != 0)
+            if (begin != 0) {
                 ticks.push_back(i - begin);
+            }
             begin = i;
             EXPECT_EQ(frames[i], frames[i - 1] == 49 ? 10 : frames[i - 1] + 1);
         }
+    }
     ASSERT_FALSE(ticks.empty());
     EXPECT_EQ(*std::min_element(ticks.begin(), ticks.end()), 2u) << "half speed";
     ASSERT_TRUE(filter.setSpeed(2.0));
@@ -224,8 +231,9 @@ TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {
     ASSERT_TRUE(filter.play(0, 35, name, 1.0, 0, 50));
     filter.setBreaker(120);
     const auto frames = drain.next(20);
-    for (size_t i = 1; i < frames.size(); ++i)
+    for (size_t i = 1; i < frames.size(); ++i) {
         EXPECT_LE(frames[i], frames[i - 1] + 1) << "slow loading never skips a frame";
+    }
 }
 
 TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// A record filter whose input is fed as an unconnected own pin is: directly, one reference per sample handed over.
+/// A record filter whose input is fed as an unconnected own pin is: directly, one reference per sample handed
+/// over.
 struct RecordFilter : testing::Test {
     samples::Source source;
     ForeignPin preview;
@@ -45,8 +46,9 @@ struct RecordFilter : testing::Test {
 };
 
 TEST_F(RecordFilter, StoresAndPassesOn) {
-    for (std::uint32_t k = 0; k < 3; ++k)
+    for (std::uint32_t k = 0; k < 3; ++k) {
         EXPECT_EQ(feed(k), S_OK);
+    }
     EXPECT_EQ(filter.frameCount(), 3u);
     EXPECT_EQ(filter.frameCount(), 0u) << "since the last time";
     EXPECT_EQ(filter.store().lastFrame(), 3u);
@@ -81,8 +83,9 @@ TEST_F(RecordFilter, PauseOnlyPassesOnAndDoneRefusesUntilTheNextInit) {
 
 TEST_F(RecordFilter, AnUnconnectedPreviewKeepsSamplesBalanced) {
     output->Disconnect();
-    for (std::uint32_t k = 0; k < 20; ++k)
+    for (std::uint32_t k = 0; k < 20; ++k) {
         EXPECT_EQ(feed(k), S_OK);
+    }
     EXPECT_EQ(filter.store().lastFrame(), 20u);
 }
 

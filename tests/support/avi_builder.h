@@ -1,6 +1,6 @@
 #pragma once
 
-#include "replay/riff.h"
+#include "marvo/avi/riff.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
@@ -42,18 +42,22 @@ public:
         const unsigned long perPiece = (shape.frames + shape.pieces - 1) / shape.pieces;
         for (unsigned long piece = 0; piece < shape.pieces; ++piece) {
             const size_t riff = begin("RIFF", piece == 0 ? "AVI " : "AVIX");
-            if (piece == 0)
+            if (piece == 0) {
                 headers();
+            }
             movi_ = begin("LIST", "movi");
             const unsigned long first = piece * perPiece;
             const unsigned long behind = std::min(shape.frames, first + perPiece);
-            for (unsigned long k = first; k < behind; ++k)
+            for (unsigned long k = first; k < behind; ++k) {
                 frame(k);
-            if (shape.index >= Index::Standard)
+            }
+            if (shape.index >= Index::Standard) {
                 standardIndex(first, behind);
+            }
             end(movi_);
-            if (piece == 0 && shape.index != Index::None && shape.index != Index::Standard)
+            if (piece == 0 && shape.index != Index::None && shape.index != Index::Standard) {
                 chunk("idx1", legacy_);
+            }
             end(riff);
         }
     }
@@ -94,8 +98,9 @@ private:
 
     void chunk(const std::string& id, const std::string& data) {
         bytes += id + text(u32(data.size())) + data;
-        if (shape_.padded && data.size() % 2 != 0)
+        if (shape_.padded && data.size() % 2 != 0) {
             bytes += '\0';
+        }
     }
 
     std::string id(const char* tag, bool sound = false) const {
@@ -118,9 +123,11 @@ private:
         main.streams = shape_.audioBytes != 0 ? 2 : 1;
         main.totalFrames = (shape_.frames + shape_.pieces - 1) / shape_.pieces;
         chunk("avih", text(main));
-        for (const bool sound : {shape_.audioFirst, !shape_.audioFirst})
-            if (!sound || shape_.audioBytes != 0)
+        for (const bool sound : {shape_.audioFirst, !shape_.audioFirst}) {
+            if (!sound || shape_.audioBytes != 0) {
                 stream(sound);
+            }
+        }
         const size_t odml = begin("LIST", "odml");
         chunk("dmlh", text(u32(shape_.frames)) + std::string(244, '\0'));
         end(odml);
@@ -149,19 +156,24 @@ private:
 
     void frame(unsigned long k) {
         const size_t rec = shape_.recLists ? begin("LIST", "rec ") : 0;
-        if (shape_.audioBytes != 0)
+        if (shape_.audioBytes != 0) {
             entry(id("wb", true), std::string(shape_.audioBytes + k % 4 / 3 * 4, 's'));
+        }
         auto data = samples::bytes(k, shape_.frameSize);
-        if (shape_.starts)
-            for (unsigned long sequence = 0; sequence < data.size() / 12000; ++sequence)
+        if (shape_.starts) {
+            for (unsigned long sequence = 0; sequence < data.size() / 12000; ++sequence) {
                 std::copy_n(std::string{'\x1f', static_cast<char>(sequence << 4 | 7), '\0'}.begin(), 3,
                             data.begin() + static_cast<std::ptrdiff_t>(sequence * 12000));
+            }
+        }
         frameOffsets.push_back(bytes.size());
         entry(id(shape_.tag), {data.begin(), data.end()});
-        if (shape_.drops)
+        if (shape_.drops) {
             entry(id(shape_.tag), "");
-        if (rec != 0)
+        }
+        if (rec != 0) {
             end(rec);
+        }
     }
 
     void entry(const std::string& id, const std::string& data) {
@@ -173,9 +185,10 @@ private:
     void standardIndex(unsigned long first, unsigned long behind) {
         const riff::IndexHeader header{2, 0, 1, u32(behind - first), code(id(shape_.tag)), u32(movi_), 0, 0};
         std::string data = text(header);
-        for (unsigned long k = first; k < behind; ++k)
+        for (unsigned long k = first; k < behind; ++k) {
             data += text(riff::StandardIndexEntry{u32(frameOffsets[k] + 8 - movi_),
                                                   u32(shape_.frameSize) | (k % 2 != 0 ? 0x80000000u : 0)});
+        }
         const riff::SuperIndexEntry entry{u32(bytes.size()), 0, u32(data.size() + 8), u32(behind - first)};
         std::uint32_t inUse = 0;
         std::memcpy(&inUse, &bytes[super_ + 4], sizeof(inUse));
@@ -190,13 +203,14 @@ private:
     std::string legacy_;
 };
 
-/// Opens a file and compares every frame with its seed, which is `first` for the first; the number of frames, -1 when
-/// the file does not open.
+/// Opens a file and compares every frame with its seed, which is `first` for the first; the number of frames,
+/// -1 when the file does not open.
 inline long framesRead(const wchar_t* name, unsigned long frameSize = samples::ntscSize,
                        std::uint32_t first = 0) {
     FileIOAVI file;
-    if (file.open(name) != FileIOAVI::Ok)
+    if (file.open(name) != FileIOAVI::Ok) {
         return -1;
+    }
     std::vector<char> slot(file.slotSize());
     for (unsigned long k = 0; k < file.frames(); ++k) {
         EXPECT_EQ(file.readFrame(slot.data(), file.slotSize(), k), FileIOAVI::Ok) << file.lastError();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "replay/avi_output.h"
-#include "replay/file_io_avi.h"
+#include "marvo/avi/avi_output.h"
+#include "marvo/avi/file_io_avi.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -25,8 +25,9 @@ struct Disk {
     /// The file after the first `count` writes and `part` bytes of the one that follows.
     std::string after(size_t count, size_t part) const {
         std::string file;
-        for (size_t i = 0; i < count + (part != 0); ++i)
+        for (size_t i = 0; i < count + (part != 0); ++i) {
             put(file, writes[i].first, i < count ? writes[i].second : writes[i].second.substr(0, part));
+        }
         return file;
     }
 
@@ -70,24 +71,27 @@ struct Chunk {
 template <class Number>
 Number number(const std::string& bytes, size_t at) {
     Number value{};
-    if (at + sizeof(value) <= bytes.size())
+    if (at + sizeof(value) <= bytes.size()) {
         std::memcpy(&value, &bytes[at], sizeof(value));
+    }
     return value;
 }
 
-/// Every chunk between `at` and `end`, which the chunks must fill exactly, with the contents of lists; ends with a
-/// chunk "broken" where the structure breaks.
+/// Every chunk between `at` and `end`, which the chunks must fill exactly, with the contents of lists; ends
+/// with a chunk "broken" where the structure breaks.
 inline void walk(const std::string& bytes, size_t at, size_t end, std::vector<Chunk>& found) {
     while (at < end) {
         const std::string id = bytes.substr(at, 4);
         const size_t size = number<std::uint32_t>(bytes, at + 4);
         const size_t next = at + 8 + size + size % 2;
-        if (end - at < 8 || next > end || next > bytes.size())
+        if (end - at < 8 || next > end || next > bytes.size()) {
             return found.push_back({"broken", at, size});
+        }
         const bool list = id == "RIFF" || id == "LIST";
         found.push_back({list ? bytes.substr(at + 8, 4) : id, at, size});
-        if (list)
+        if (list) {
             walk(bytes, at + 12, next, found);
+        }
         at = next;
     }
 }

@@ -60,8 +60,9 @@ public:
     /// A sample with the bytes of `seed`; the caller owns its one reference.
     IMediaSample* sample(std::uint32_t seed) {
         IMediaSample* made = nullptr;
-        if (!allocator_.getSample(&made, 0, 1))
+        if (!allocator_.getSample(&made, 0, 1)) {
             return nullptr;
+        }
         BYTE* buffer = nullptr;
         made->GetPointer(&buffer);
         std::memcpy(buffer, bytes(seed, size_).data(), size_);
@@ -82,14 +83,15 @@ private:
     vvideo::dvAlloc allocator_;
 };
 
-/// Waits until `condition` holds, at most `limit_ms`; whether it does. The limit is long, since a busy machine may stand
-/// still for seconds: it is no measure of speed.
+/// Waits until `condition` holds, at most `limit_ms`; whether it does. The limit is long, since a busy
+/// machine may stand still for seconds: it is no measure of speed.
 template <class Condition>
 bool eventually(Condition condition, unsigned long limit_ms = 30000) {
     const ULONGLONG end = GetTickCount64() + limit_ms;
     while (!condition()) {
-        if (GetTickCount64() > end)
+        if (GetTickCount64() > end) {
             return false;
+        }
         Sleep(2);
     }
     return true;

@@ -16,8 +16,8 @@ struct Arrival {
     long long mediaStop = -1;
 };
 
-/// A foreign input pin: keeps to plain COM rules and notes every sample. Lives on the stack of a test, which checks at
-/// its end that all references have come back.
+/// A foreign input pin: keeps to plain COM rules and notes every sample. Lives on the stack of a test, which
+/// checks at its end that all references have come back.
 class ForeignPin : public IPin, public IMemInputPin {
 public:
     std::vector<Arrival> arrivals() {
@@ -38,11 +38,11 @@ public:
     bool keepBytes = true;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-        if (iid == IID_IUnknown || iid == IID_IPin)
+        if (iid == IID_IUnknown || iid == IID_IPin) {
             *out = static_cast<IPin*>(this);
-        else if (iid == IID_IMemInputPin)
+        } else if (iid == IID_IMemInputPin) {
             *out = static_cast<IMemInputPin*>(this);
-        else {
+        } else {
             *out = nullptr;
             return E_NOINTERFACE;
         }
@@ -59,19 +59,22 @@ public:
         return S_OK;
     }
     STDMETHODIMP Disconnect() override {
-        if (!peer_)
+        if (!peer_) {
             return S_FALSE;
+        }
         peer_->Release();
         peer_ = nullptr;
-        if (allocator_)
+        if (allocator_) {
             allocator_->Release();
+        }
         allocator_ = nullptr;
         return S_OK;
     }
     STDMETHODIMP ConnectedTo(IPin** out) override {
         *out = peer_;
-        if (!peer_)
+        if (!peer_) {
             return VFW_E_NOT_CONNECTED;
+        }
         peer_->AddRef();
         return S_OK;
     }
@@ -93,8 +96,9 @@ public:
     STDMETHODIMP GetAllocator(IMemAllocator**) override { return VFW_E_NO_ALLOCATOR; }
     STDMETHODIMP NotifyAllocator(IMemAllocator* allocator, BOOL) override {
         allocator_ = allocator;
-        if (allocator_)
+        if (allocator_) {
             allocator_->AddRef();
+        }
         return S_OK;
     }
     STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
@@ -102,8 +106,9 @@ public:
         Arrival arrival;
         BYTE* data = nullptr;
         sample->GetPointer(&data);
-        if (keepBytes)
+        if (keepBytes) {
             arrival.bytes.assign(data, data + sample->GetActualDataLength());
+        }
         REFERENCE_TIME start = 0;
         REFERENCE_TIME stop = 0;
         arrival.time_ms = GetTickCount64();
@@ -133,8 +138,9 @@ inline IPin* pinOf(IBaseFilter& filter, int index) {
     IPin* pin = nullptr;
     ULONG fetched = 0;
     for (int i = 0; i <= index; ++i) {
-        if (pin)
+        if (pin) {
             pin->Release();
+        }
         pin = nullptr;
         pins->Next(1, &pin, &fetched);
     }
@@ -142,9 +148,9 @@ inline IPin* pinOf(IBaseFilter& filter, int index) {
     return pin;
 }
 
-/// The system's reference clock, with a reference for the caller. It is one for all tests and is never given up: Wine's
-/// clock, when it goes, waits for a thread of its own, and that thread misses the request to end, and sleeps for ever,
-/// when it comes before its first sleep, as it does on a busy machine.
+/// The system's reference clock, with a reference for the caller. It is one for all tests and is never given
+/// up: Wine's clock, when it goes, waits for a thread of its own, and that thread misses the request to end,
+/// and sleeps for ever, when it comes before its first sleep, as it does on a busy machine.
 inline IReferenceClock* systemClock() {
     static IReferenceClock* const shared = [] {
         IReferenceClock* clock = nullptr;
@@ -153,7 +159,8 @@ inline IReferenceClock* systemClock() {
                          reinterpret_cast<void**>(&clock));
         return clock;
     }();
-    if (shared)
+    if (shared) {
         shared->AddRef();
+    }
     return shared;
 }

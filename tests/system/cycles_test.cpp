@@ -23,8 +23,9 @@ Footprint footprint() {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     THREADENTRY32 entry{};
     entry.dwSize = sizeof(entry);
-    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry))
+    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
         now.threads += entry.th32OwnerProcessID == GetCurrentProcessId();
+    }
     CloseHandle(snapshot);
     PROCESS_MEMORY_COUNTERS memory{};
     GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
@@ -32,8 +33,8 @@ Footprint footprint() {
     return now;
 }
 
-/// Handles that the system itself leaves open each time two filter graphs are made and the camera is looked up: Wine
-/// keeps an event per graph and registry keys per look-up.
+/// Handles that the system itself leaves open each time two filter graphs are made and the camera is looked
+/// up: Wine keeps an event per graph and registry keys per look-up.
 int systemsHandlesPerCycle() {
     constexpr int rounds = 10;
     const auto round = [] {
@@ -48,8 +49,9 @@ int systemsHandlesPerCycle() {
     };
     round();
     const int before = openHandles();
-    for (int i = 0; i < rounds; ++i)
+    for (int i = 0; i < rounds; ++i) {
         round();
+    }
     return (openHandles() - before + rounds - 1) / rounds;
 }
 
@@ -57,16 +59,19 @@ int systemsHandlesPerCycle() {
 class Load {
 public:
     Load() {
-        for (unsigned i = 0; i < std::max(2u, std::thread::hardware_concurrency()); ++i)
+        for (unsigned i = 0; i < std::max(2u, std::thread::hardware_concurrency()); ++i) {
             threads_.emplace_back([this] {
-                while (!stop_)
+                while (!stop_) {
                     ++spun_;
+                }
             });
+        }
     }
     ~Load() {
         stop_ = true;
-        for (auto& thread : threads_)
+        for (auto& thread : threads_) {
             thread.join();
+        }
     }
 
 private:
@@ -100,8 +105,9 @@ TEST_F(Cycles, ManyOnABusyMachineLeaveNothingBehind) {
         const Load load;
         for (int i = 0; i < cycles; ++i) {
             ASSERT_NO_FATAL_FAILURE(cycle()) << "cycle " << i;
-            if (i + 1 == warmUp)
+            if (i + 1 == warmUp) {
                 settled = footprint();
+            }
         }
     }
     dvFE.setPlayDelay(100);

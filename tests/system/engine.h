@@ -13,7 +13,8 @@
 #include <string>
 #include <vector>
 
-/// The engine `dvFE` on the simulated camera, in a window of the test's own, with files in the current directory.
+/// The engine `dvFE` on the simulated camera, in a window of the test's own, with files in the current
+/// directory.
 class Engine : public testing::Test {
 protected:
     static constexpr unsigned drainMessage = WM_APP + 7;
@@ -61,23 +62,26 @@ protected:
         pumpUntil([] { return false; }, ms);
     }
 
-    /// Dispatches messages until `condition` holds, at most `limit_ms`, long because a busy machine may stand still for
-    /// seconds; whether it does.
+    /// Dispatches messages until `condition` holds, at most `limit_ms`, long because a busy machine may stand
+    /// still for seconds; whether it does.
     template <class Condition>
     bool pumpUntil(Condition condition, unsigned long limit_ms = 40000) {
         const ULONGLONG end = GetTickCount64() + limit_ms;
         for (;;) {
             MSG message;
             while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-                if (message.message == drainMessage)
+                if (message.message == drainMessage) {
                     noteTick(static_cast<unsigned long>(message.wParam));
-                else
+                } else {
                     DispatchMessageW(&message);
+                }
             }
-            if (condition())
+            if (condition()) {
                 return true;
-            if (GetTickCount64() >= end)
+            }
+            if (GetTickCount64() >= end) {
                 return false;
+            }
             Sleep(2);
         }
     }
@@ -98,8 +102,9 @@ protected:
         ticks.clear();
         pumpUntil([&] { return ticks.size() >= count; });
         std::vector<unsigned long long> frames;
-        for (const play_info& tick : ticks)
+        for (const play_info& tick : ticks) {
             frames.push_back(tick.frame);
+        }
         return frames;
     }
 
@@ -110,14 +115,16 @@ protected:
         std::set<unsigned long long> shown;
         EXPECT_TRUE(pumpUntil([&] {
             shown.clear();
-            for (const play_info& tick : ticks)
+            for (const play_info& tick : ticks) {
                 shown.insert(tick.frame);
+            }
             return shown.size() >= count;
         })) << shown.size()
             << " different frames were shown, not " << count;
         std::vector<unsigned long long> frames;
-        for (const play_info& tick : ticks)
+        for (const play_info& tick : ticks) {
             frames.push_back(tick.frame);
+        }
         return frames;
     }
 
@@ -126,8 +133,9 @@ protected:
         std::ifstream in(file, std::ios::binary);
         std::vector<std::string> frames;
         std::string record(recordSize, '\0');
-        while (in.read(record.data(), static_cast<std::streamsize>(recordSize)))
+        while (in.read(record.data(), static_cast<std::streamsize>(recordSize))) {
             frames.push_back(record.substr(offset, size));
+        }
         return frames;
     }
 
@@ -143,8 +151,8 @@ protected:
         return frames;
     }
 
-    /// Checks that a recording holds `least` or more frames of the stream, one behind the other as the camera sent them.
-    /// Returns the number of frames.
+    /// Checks that a recording holds `least` or more frames of the stream, one behind the other as the camera
+    /// sent them. Returns the number of frames.
     static size_t expectRecordingFollows(const std::string& recording, const std::string& stream,
                                          size_t frameSize, size_t least) {
         const size_t recordSize = (frameSize + 8 + 511) / 512 * 512;
@@ -153,8 +161,9 @@ protected:
             isAvi ? readAviFrames(recording, frameSize) : readFrames(recording, recordSize, 8, frameSize);
         const auto source = readFrames(streamPath(stream), frameSize, 0, frameSize);
         std::map<std::string, size_t> place;
-        for (size_t i = 0; i < source.size(); ++i)
+        for (size_t i = 0; i < source.size(); ++i) {
             place.emplace(source[i], i);
+        }
         EXPECT_EQ(place.size(), source.size()) << "every frame of a test stream differs";
         EXPECT_GE(recorded.size(), least);
         size_t expected = source.size();
@@ -164,9 +173,10 @@ protected:
                 ADD_FAILURE() << "frame " << k << " is none of the camera's";
                 break;
             }
-            if (expected != source.size() && found->second != expected)
+            if (expected != source.size() && found->second != expected) {
                 ADD_FAILURE() << "frame " << k << " is the camera's " << found->second << ", not "
                               << expected;
+            }
             expected = (found->second + 1) % source.size();
         }
         return recorded.size();
@@ -184,8 +194,9 @@ protected:
     /// Whether the devices are all released. Only the server itself knows.
     static bool devicesFree() {
         const HMODULE server = GetModuleHandleA("marvo-devices.dll");
-        if (!server)
+        if (!server) {
             return true;
+        }
         using CanUnload = HRESULT(WINAPI*)();
         const auto canUnload =
             reinterpret_cast<CanUnload>(reinterpret_cast<void*>(GetProcAddress(server, "DllCanUnloadNow")));

@@ -32,10 +32,11 @@ protected:
 
         ASSERT_TRUE(dvFE.replay(10, 29, nullptr));
         auto frames = ticksUntilShown(20);
-        for (size_t i = 1; i < frames.size(); ++i)
+        for (size_t i = 1; i < frames.size(); ++i) {
             EXPECT_TRUE(frames[i] == frames[i - 1] ||
                         frames[i] == (frames[i - 1] == 29 ? 10u : frames[i - 1] + 1))
                 << frames[i - 1] << " to " << frames[i];
+        }
         dvFE.setSpeed(-0.5);
         ticksUntilShown(20);
 
@@ -84,9 +85,11 @@ TEST_F(Commands, ThePictureIsInTheHostsWindow) {
     const HDC dc = GetDC(window);
     EXPECT_TRUE(pumpUntil([&] {
         std::set<COLORREF> colours;
-        for (int x = 20; x < 700; x += 20)
-            for (int y = 20; y < 560; y += 20)
+        for (int x = 20; x < 700; x += 20) {
+            for (int y = 20; y < 560; y += 20) {
                 colours.insert(GetPixel(dc, x, y));
+            }
+        }
         return colours.size() > 20;
     })) << "a moving test picture has many colours";
     ReleaseDC(window, dc);
@@ -128,7 +131,8 @@ TEST_F(Commands, ReplaysWhatIsStillBeingWritten) {
     ASSERT_TRUE(dvFE.startRecord(nullptr));
     ASSERT_TRUE(captured(30));
     ASSERT_TRUE(dvFE.replay(0, 9, nullptr));
-    // By now frame 80 is on disk, but was not when the file was opened, and the ring of 50 frames has lost it later.
+    // By now frame 80 is on disk, but was not when the file was opened, and the ring of 50 frames has lost it
+    // later.
     ASSERT_TRUE(captured(140));
     ASSERT_TRUE(dvFE.replay(70, 79, nullptr));
     const auto frames = ticksUntilShown(10);
@@ -151,8 +155,9 @@ TEST_F(Commands, AnAviRecordingIsReplayedWhileItIsMadeAndAfterwards) {
     EXPECT_EQ(expectRecordingFollows("system_test.avi", "pal.dv", 144000, 140), dvFE.writtenFrame());
     AviInspector inspector;
     ASSERT_TRUE(inspector.run(L"system_test.avi", {}));
-    for (const auto& fault : inspector.faults())
+    for (const auto& fault : inspector.faults()) {
         ADD_FAILURE() << fault.offset << ": " << vcore::str(fault.text).getStr();
+    }
     ASSERT_TRUE(dvFE.playinit(window, 30, 10, "system_test.avi"));
     frames = ticksUntilShown(21);
     EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 10u);
@@ -176,7 +181,7 @@ TEST_F(Commands, EveryConcurrentQueryAnswers) {
     ASSERT_TRUE(dvFE.init(window, false));
     std::atomic<bool> stop = false;
     std::vector<std::thread> askers;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         askers.emplace_back([&stop] {
             while (!stop) {
                 dvFE.getTime();
@@ -186,6 +191,7 @@ TEST_F(Commands, EveryConcurrentQueryAnswers) {
                 dvFE.writtenFrame();
             }
         });
+    }
     ASSERT_TRUE(dvFE.startRecord(nullptr));
     for (int i = 0; i < 10; ++i) {
         dvFE.replay(static_cast<unsigned long long>(i), static_cast<unsigned long long>(i + 5), nullptr);
@@ -194,8 +200,9 @@ TEST_F(Commands, EveryConcurrentQueryAnswers) {
         dvFE.live();
     }
     stop = true;
-    for (auto& asker : askers)
+    for (auto& asker : askers) {
         asker.join();
+    }
     dvFE.stopRecord();
     expectRecordingFollows("system_test.dv", "pal.dv", 144000, 15);
 }

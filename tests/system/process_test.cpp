@@ -4,7 +4,8 @@ namespace {
 
 class Process : public Engine {
 protected:
-    /// Runs the probe, which builds the engine, records, and ends in the given way. Its exit code, or -1 when it hangs.
+    /// Runs the probe, which builds the engine, records, and ends in the given way. Its exit code, or -1 when
+    /// it hangs.
     static int probe(const std::string& way) {
         char module[MAX_PATH];
         GetModuleFileNameA(nullptr, module, sizeof(module));
@@ -16,8 +17,9 @@ protected:
         startup.cb = sizeof(startup);
         PROCESS_INFORMATION process{};
         if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, "probe", &startup,
-                            &process))
+                            &process)) {
             return -2;
+        }
         DWORD code = 0;
         if (WaitForSingleObject(process.hProcess, 120000) != WAIT_OBJECT_0) {
             TerminateProcess(process.hProcess, 99);
@@ -32,8 +34,9 @@ protected:
 };
 
 TEST_F(Process, EndsWithoutDone) {
-    for (const char* way : {"return", "exit", "no-com"})
+    for (const char* way : {"return", "exit", "no-com"}) {
         EXPECT_EQ(probe(way), 42) << way;
+    }
 }
 
 TEST_F(Process, AKilledProcessLeavesItsRecording) {

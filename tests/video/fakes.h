@@ -64,8 +64,9 @@ public:
 
 private:
     static HRESULT read(const times& from, long long* a, long long* b) {
-        if (from)
+        if (from) {
             std::tie(*a, *b) = *from;
+        }
         return from ? S_OK : VFW_E_SAMPLE_TIME_NOT_SET;
     }
     static HRESULT write(times& to, const long long* a, const long long* b) {
@@ -98,8 +99,9 @@ public:
     STDMETHODIMP QueryAccept(const AM_MEDIA_TYPE*) override { return queryAccept; }
     STDMETHODIMP Receive(IMediaSample*) override {
         ++received;
-        if (duringReceive)
+        if (duringReceive) {
             duringReceive();
+        }
         return receiveResult;
     }
     STDMETHODIMP ReceiveMultiple(IMediaSample**, long n, long* done) override {

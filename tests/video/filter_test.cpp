@@ -40,8 +40,9 @@ TEST(Filter, KeepsStateClockAndName) {
 
         IReferenceClock* got = &clock;
         EXPECT_TRUE(filter.GetSyncSource(&got) == S_OK && !got);
-        for (int i = 0; i < 2; ++i)
+        for (int i = 0; i < 2; ++i) {
             filter.SetSyncSource(&clock);
+        }
         filter.GetSyncSource(&got);
         EXPECT_EQ(got->Release(), 2u);
 
@@ -63,8 +64,9 @@ TEST(Filter, FindsNoPinsAndRefusesNullPointers) {
          {filter.FindPin(nullptr, &pin), filter.FindPin(L"", nullptr), filter.GetClassID(nullptr),
           filter.GetState(0, nullptr), filter.GetSyncSource(nullptr), filter.EnumPins(nullptr),
           filter.QueryFilterInfo(nullptr), filter.QueryVendorInfo(nullptr),
-          filter.QueryInterface(IID_IUnknown, nullptr)})
+          filter.QueryInterface(IID_IUnknown, nullptr)}) {
         EXPECT_EQ(result, E_POINTER);
+    }
     IEnumPins* pins = nullptr;
     ASSERT_EQ(filter.EnumPins(&pins), S_OK);
     ULONG fetched = 9;
@@ -77,8 +79,9 @@ TEST(EnumPins, WalksItsPins) {
     fake::Allocator noPin;
     auto* const pins = new vvideo::dvEnumPins;
     EXPECT_FALSE(pins->setPin(nullptr) || pins->setPin(&noPin));
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         EXPECT_TRUE(pins->setPin(static_cast<IPin*>(&pin)));
+    }
     EXPECT_FALSE(pins->setPin(static_cast<IPin*>(&pin)));
     EXPECT_EQ(pin.references(), 1 + 32) << "two references for each";
 
@@ -101,8 +104,9 @@ TEST(EnumMediaTypes, HandsOutItsOwnEntries) {
     auto* const types = new vvideo::dvEnumMediaTypes;
     vvideo::dvMediaType type;
     type.initDVType(144000, true);
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(types->setType(type));
+    }
 
     AM_MEDIA_TYPE *out[3] = {}, *again = nullptr;
     ULONG fetched = 0;
@@ -115,8 +119,9 @@ TEST(EnumMediaTypes, HandsOutItsOwnEntries) {
 
     IEnumMediaTypes* clone = nullptr;
     EXPECT_EQ(types->Clone(&clone), S_OK);
-    for (int i = 2; i < 16; ++i)
+    for (int i = 2; i < 16; ++i) {
         EXPECT_TRUE(types->setType(type));
+    }
     EXPECT_FALSE(types->setType(type));
     EXPECT_EQ(types->Release(), 0u);
     EXPECT_TRUE(clone->Skip(1) == S_OK && clone->Next(3, out, &fetched) == S_FALSE && fetched == 1);

@@ -1,4 +1,4 @@
-#include "video/frame_pool.h"
+#include "marvo/video/frame_pool.h"
 
 #include <gtest/gtest.h>
 
@@ -26,10 +26,12 @@ TEST(FramePool, ComparesItsPositionsAndCorrectsTheReaderToHalfTheRing) {
     pool.init(10, 8);
     for (const auto& c : cases) {
         pool.set(std::min(c.in, c.out));
-        while (pool.inPos() < c.in)
+        while (pool.inPos() < c.in) {
             pool.incIn();
-        while (pool.outPos() < c.out)
+        }
+        while (pool.outPos() < c.out) {
             pool.incOut();
+        }
         EXPECT_EQ(pool.advantage(), static_cast<long long>(c.in - c.out));
         EXPECT_EQ(pool.overrun(), c.overrun) << c.in << " " << c.out;
         EXPECT_EQ(pool.underrun(), c.underrun) << c.in << " " << c.out;

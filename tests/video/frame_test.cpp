@@ -89,11 +89,13 @@ TEST(Frame, PaintsValidGray) {
         dvFrame frame(size);
         EXPECT_TRUE(frame.fillGray());
         const int types[] = {0x1F, 0x3F, 0x3F, 0x5F, 0x5F, 0x5F, 0x7F, 0x9F};
-        for (int i = 0; i < 8; ++i)
+        for (int i = 0; i < 8; ++i) {
             EXPECT_EQ(block(frame, 3, i)[0], types[i]) << i;
+        }
         unsigned long audio = 0;
-        for (unsigned long at = 0; at < size; at += 80)
+        for (unsigned long at = 0; at < size; at += 80) {
             audio += frame.data()[at] == 0x7F;
+        }
         EXPECT_EQ(audio, 9 * size / 12000);
         const unsigned char* const last = block(frame, 9, 149);
         EXPECT_TRUE(last[1] == 0x97 && last[2] == 0 && last[78] == 0 && last[79] == 6);

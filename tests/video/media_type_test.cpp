@@ -1,4 +1,4 @@
-#include "video/media_type.h"
+#include "marvo/video/media_type.h"
 
 #include <gtest/gtest.h>
 

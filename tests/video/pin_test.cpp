@@ -69,8 +69,9 @@ TEST_F(Pins, TellAboutThemselves) {
         EXPECT_EQ(pin->ConnectedTo(nullptr), VFW_E_NOT_CONNECTED);
         EXPECT_EQ(pin->Disconnect(), S_FALSE);
         for (const HRESULT result : {pin->Connect(nullptr, type), pin->ReceiveConnection(nullptr, type),
-                                     pin->QueryPinInfo(nullptr), pin->ConnectionMediaType(nullptr)})
+                                     pin->QueryPinInfo(nullptr), pin->ConnectionMediaType(nullptr)}) {
             EXPECT_EQ(result, E_POINTER);
+        }
         void* out = nullptr;
         pin->QueryInterface(IID_IMemInputPin, &out);
         EXPECT_EQ(out, in ? &transport : nullptr);
@@ -123,8 +124,9 @@ TEST_F(Pins, InputLeavesAForeignPeerBalanced) {
         EXPECT_EQ(connected->Release(), 2u);
 
         EXPECT_EQ(transport.GetAllocator(&told), VFW_E_NO_ALLOCATOR);
-        for (int i = 0; i < 2; ++i)
+        for (int i = 0; i < 2; ++i) {
             EXPECT_EQ(transport.NotifyAllocator(&allocator, FALSE), S_OK);
+        }
         EXPECT_EQ(sink.allocator, &allocator);
         EXPECT_EQ(transport.GetAllocator(&told), S_OK);
         EXPECT_EQ(told->Release(), 2u);

@@ -1,0 +1,27 @@
+# The rooms of the library. Each is an object library, and together they are the one DLL. A room is compiled with a view
+# of its own: build/<target>/rooms/<room>/marvo/<room> links to the room's folder, and only the views of the rooms that
+# it stands on are on its include path. So an include of a room above it does not compile.
+
+# marvo_room(name [STANDS_ON rooms...] SOURCES sources...)
+function(marvo_room name)
+    cmake_parse_arguments(arg "" "" "STANDS_ON;SOURCES" ${ARGN})
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "marvo_room(${name}): '${arg_UNPARSED_ARGUMENTS}' is neither behind STANDS_ON nor SOURCES")
+    endif()
+    set(view ${CMAKE_BINARY_DIR}/rooms/${name})
+    file(MAKE_DIRECTORY ${view}/marvo)
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/marvo/${name} COPY_ON_ERROR SYMBOLIC)
+    add_library(marvo_${name}_view INTERFACE)
+    target_include_directories(marvo_${name}_view INTERFACE ${view})
+    foreach(lower IN LISTS arg_STANDS_ON)
+        if(NOT TARGET marvo_${lower}_view)
+            message(FATAL_ERROR "The room '${name}' stands on '${lower}', which is no room below it")
+        endif()
+        target_link_libraries(marvo_${name}_view INTERFACE marvo_${lower}_view)
+    endforeach()
+    if(arg_SOURCES)
+        add_library(marvo_${name} OBJECT ${arg_SOURCES})
+        target_link_libraries(marvo_${name} PRIVATE marvo_${name}_view marvo_options)
+        target_compile_definitions(marvo_${name} PRIVATE MARVO_BUILD)
+    endif()
+endfunction()

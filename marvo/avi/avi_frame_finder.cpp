@@ -1,0 +1,310 @@
+#include "marvo/avi/avi_frame_finder.h"
+
+#include "marvo/dv/dv_shape.h"
+
+#include <algorithm>
+#include <cstring>
+
+using riff::fourcc;
+
+namespace {
+
+/// Most that is read of a standard index at once; it is one of 2044 frames many times over.
+constexpr unsigned long blockBytes = 0x40000;
+
+/// Chunks of an index that are compared with the file.
+constexpr unsigned long samples = 4;
+
+/// Entries at the begin of a legacy index that are tried to find out what their offsets are counted from.
+constexpr int baseTries = 64;
+
+/// Chunks looked at behind the first "movi" list to find the legacy index.
+constexpr int legacyTries = 4;
+
+struct StandardIndexHead {
+    riff::ChunkHeader chunk;
+    riff::IndexHeader index;
+};
+
+} // namespace
+
+void AviFrameFinder::find() {
+    findPieces();
+    restart();
+    loadSuperIndex();
+    loadLegacyIndex();
+    if (!samplesFit()) {
+        doubtIndexes(L"an index contradicts the chunks");
+        restart();
+    }
+    walkTo(~0ull);
+    info_.totalFrames = index_.count();
+}
+
+void AviFrameFinder::findNew() {
+    source_.updateSize();
+    walkTo(~0ull);
+    info_.totalFrames = index_.count();
+}
+
+/// Begins anew without any frame.
+void AviFrameFinder::restart() {
+    index_.clear();
+    info_.walkedFrames = 0;
+    cursor_ = header_.movi.offset + sizeof(riff::ListHeader);
+}
+
+bool AviFrameFinder::doubtIndexes(const wchar_t* reason) {
+    doubt_ = reason;
+    return false;
+}
+
+/// Goes from piece to piece by the sizes they give themselves, as far as these are true.
+void AviFrameFinder::findPieces() {
+    addPiece(0);
+    RiffWalker walker(source_, 0);
+    RiffChunk piece;
+    while (walker.next(piece) == RiffWalker::Step::Chunk && piece.id == fourcc("RIFF")) {
+        addPiece(piece.offset);
+    }
+}
+
+void AviFrameFinder::addPiece(unsigned long long offset) {
+    if (info_.piecePositions.empty() || offset > info_.piecePositions.back()) {
+        info_.piecePositions.push_back(offset);
+    }
+    info_.pieces = static_cast<unsigned long>(info_.piecePositions.size());
+}
+
+void AviFrameFinder::loadSuperIndex() {
+    const RiffChunk& chunk = header_.superIndex;
+    riff::IndexHeader head{};
+    if (chunk.size < sizeof(head) || !source_.peek(chunk.data(), &head, sizeof(head))) {
+        return;
+    }
+    const std::uint32_t room = (chunk.size - sizeof(head)) / sizeof(riff::SuperIndexEntry);
+    if (head.type != 0 || head.longsPerEntry * sizeof(std::uint32_t) != sizeof(riff::SuperIndexEntry) ||
+        head.entriesInUse > room) {
+        doubtIndexes(L"cannot read the super index entry.");
+        return;
+    }
+    std::vector<riff::SuperIndexEntry> entries;
+    const auto keep = [&entries](const riff::SuperIndexEntry& entry) {
+        entries.push_back(entry);
+        return true;
+    };
+    source_.forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
+    unsigned long long last = 0;
+    for (const riff::SuperIndexEntry& entry : entries) {
+        const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
+        // Standard indexes follow each other in the file; so none is read twice, and no cycle is followed.
+        if (offset <= last) {
+            doubtIndexes(L"the super index leads back");
+            return;
+        }
+        last = offset;
+        if (loadStandardIndex(entry)) {
+            info_.indexPositions.push_back(offset);
+        }
+    }
+}
+
+bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
+    const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
+    StandardIndexHead head{};
+    const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
+    block_.resize(std::max<size_t>(block_.size(), wanted));
+    const unsigned long got = source_.read(offset, block_.data(), wanted);
+    if (got < sizeof(head)) {
+        return doubtIndexes(L"no ix chunk found in movi LIST");
+    }
+    std::memcpy(&head, block_.data(), sizeof(head));
+    if (head.index.type == 0) {
+        return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
+    }
+    if (head.chunk.size < sizeof(head.index) || head.index.type != 1 || head.index.subType != 0 ||
+        head.index.longsPerEntry * sizeof(std::uint32_t) != sizeof(riff::StandardIndexEntry) ||
+        !header_.isFrame(head.index.chunkId) ||
+        head.index.entriesInUse > (head.chunk.size - sizeof(head.index)) / sizeof(riff::StandardIndexEntry)) {
+        return doubtIndexes(L"cannot read the standard index entry.");
+    }
+    const unsigned long long base = riff::join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
+    const std::uint32_t entries = head.index.entriesInUse;
+    const auto here =
+        std::min<std::uint32_t>(entries, (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
+    entries_.resize(here);
+    if (here != 0) {
+        std::memcpy(entries_.data(), block_.data() + sizeof(head), here * sizeof(entries_[0]));
+    }
+    if (!addEntries(base)) {
+        return false;
+    }
+    const auto add = [this, base](const riff::StandardIndexEntry& frame) {
+        return addIndexed(base + frame.offset - sizeof(riff::ChunkHeader),
+                          frame.size & riff::standardSizeMask);
+    };
+    const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
+    return source_.forEachRecord<riff::StandardIndexEntry>(rest, entries - here, add) ||
+           doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+}
+
+/// Appends the frames of `entries_`. Those at equal distances are compared and checked together, since the
+/// time that opening a long recording takes is spent here.
+bool AviFrameFinder::addEntries(unsigned long long base) {
+    const std::size_t count = entries_.size();
+    for (std::size_t begin = 0, end = 0; begin < count; begin = end) {
+        const std::uint32_t first = entries_[begin].offset;
+        const std::uint32_t size = entries_[begin].size & riff::standardSizeMask;
+        const std::uint32_t stride = begin + 1 < count ? entries_[begin + 1].offset - first : 0;
+        end = begin + 1;
+        while (end < count && entries_[end].offset - entries_[end - 1].offset == stride &&
+               (entries_[end].size & riff::standardSizeMask) == size) {
+            ++end;
+        }
+        const unsigned long long offset = base + first - sizeof(riff::ChunkHeader);
+        if (addRun(offset, size, stride, static_cast<std::uint32_t>(end - begin))) {
+            continue;
+        }
+        for (std::size_t i = begin; i < end; ++i) {
+            if (!addIndexed(base + entries_[i].offset - sizeof(riff::ChunkHeader), size)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+/// Appends frames at equal distances. False, and nothing is done, when they do not simply follow what is
+/// known or a frame may stand between them.
+bool AviFrameFinder::addRun(unsigned long long offset, std::uint32_t size, std::uint32_t stride,
+                            std::uint32_t count) {
+    const unsigned long long room = sizeof(riff::ChunkHeader) + header_.nominalFrameSize();
+    const unsigned long long whole = sizeof(riff::ChunkHeader) + riff::padded(size);
+    const unsigned long long last = offset + static_cast<unsigned long long>(stride) * (count - 1);
+    if (count < 3 || !vdv::mayBeFrameSize(size) || stride < whole || stride - whole >= room ||
+        offset < cursor_ || offset - cursor_ >= room || last < offset || last > source_.size() ||
+        source_.size() - last < sizeof(riff::ChunkHeader) + size) {
+        return false;
+    }
+    index_.addRun(offset, size, stride, count);
+    cursor_ = last + whole;
+    return true;
+}
+
+void AviFrameFinder::loadLegacyIndex() {
+    RiffChunk chunk;
+    if (!findLegacyIndex(chunk)) {
+        return;
+    }
+    info_.legacyEntries = chunk.size / sizeof(riff::LegacyIndexEntry);
+    if (index_.count() != 0) {
+        return;
+    }
+    bool hasBase = false;
+    unsigned long long base = 0;
+    int tries = baseTries;
+    const auto add = [&](const riff::LegacyIndexEntry& entry) {
+        if (!header_.isFrame(entry.chunkId) || !vdv::mayBeFrameSize(entry.size)) {
+            return true;
+        }
+        if (!hasBase) {
+            hasBase = legacyBase(entry, base);
+            if (!hasBase) {
+                return --tries > 0;
+            }
+        }
+        return addIndexed(base + entry.offset, entry.size);
+    };
+    if (!source_.forEachRecord<riff::LegacyIndexEntry>(chunk.data(), info_.legacyEntries, add) && !doubt_) {
+        doubtIndexes(L"cannot read the legacy index entry.");
+    }
+}
+
+/// Looks for "idx1" behind the first list of frames.
+bool AviFrameFinder::findLegacyIndex(RiffChunk& found) {
+    RiffWalker walker(source_, header_.movi.paddedEnd());
+    for (int i = 0; i < legacyTries && walker.next(found) == RiffWalker::Step::Chunk; ++i) {
+        if (found.id == fourcc("idx1")) {
+            return true;
+        }
+        if (found.id == fourcc("RIFF")) {
+            return false;
+        }
+    }
+    return false;
+}
+
+/// What the offsets of a legacy index are counted from: the type of the list of frames, or the begin of the
+/// file. False when `entry` fits neither.
+bool AviFrameFinder::legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base) {
+    for (const unsigned long long candidate : {header_.movi.data(), 0ull}) {
+        if (isFrameAt(candidate + entry.offset, entry.size)) {
+            base = candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Appends the frame of an index entry, and before it what stands between it and the frame known last when
+/// there is room for a frame. False when the entry contradicts what is known.
+bool AviFrameFinder::addIndexed(unsigned long long offset, std::uint32_t size) {
+    if (!vdv::mayBeFrameSize(size)) {
+        return true;
+    }
+    const unsigned long long all = source_.size();
+    if (offset < cursor_ || offset > all || all - offset < sizeof(riff::ChunkHeader) + size) {
+        return doubtIndexes(L"an index entry is impossible");
+    }
+    const unsigned long long room = sizeof(riff::ChunkHeader) + header_.nominalFrameSize();
+    if (offset - cursor_ >= room && !(walkTo(offset) && isFrameAt(offset, size))) {
+        return doubtIndexes(L"an index entry points into a chunk");
+    }
+    index_.add(offset, size);
+    cursor_ = offset + sizeof(riff::ChunkHeader) + riff::padded(size);
+    return true;
+}
+
+bool AviFrameFinder::isFrameAt(unsigned long long offset, std::uint32_t size) {
+    riff::ChunkHeader header{};
+    return source_.peek(offset, &header, sizeof(header)) && header_.isFrame(header.id) && header.size == size;
+}
+
+/// Whether the file holds what the indexes say: at some frames, and at the last, where a walk is to go on.
+bool AviFrameFinder::samplesFit() {
+    const unsigned long count = index_.count();
+    const unsigned long step = std::max(count / samples, 1ul);
+    for (unsigned long frame = 0; frame < count; frame += step) {
+        if (!isFrameAt(index_.offset(frame), index_.size(frame))) {
+            return false;
+        }
+    }
+    return count == 0 || isFrameAt(index_.offset(count - 1), index_.size(count - 1));
+}
+
+/// Takes the frames from the cursor up to `end` as the chunks have them. False when `end` lies within a
+/// chunk.
+bool AviFrameFinder::walkTo(unsigned long long end) {
+    RiffWalker walker(source_, cursor_);
+    RiffChunk chunk;
+    while (walker.position() < end && walker.next(chunk) == RiffWalker::Step::Chunk) {
+        const bool holdsFrames = chunk.type == fourcc("movi") || chunk.type == fourcc("rec ");
+        if (chunk.id == fourcc("RIFF")) {
+            addPiece(chunk.offset);
+            walker.enter(chunk);
+        } else if (holdsFrames) {
+            walker.enter(chunk);
+        } else if (header_.isFrame(chunk.id)) {
+            addWalked(chunk);
+        }
+        cursor_ = walker.position();
+    }
+    return walker.position() <= end;
+}
+
+void AviFrameFinder::addWalked(const RiffChunk& chunk) {
+    if (vdv::mayBeFrameSize(chunk.size)) {
+        index_.add(chunk.offset, chunk.size);
+        ++info_.walkedFrames;
+    }
+}

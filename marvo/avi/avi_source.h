@@ -1,0 +1,66 @@
+#pragma once
+
+#include "marvo/core/handle.h"
+
+#include <algorithm>
+#include <vector>
+
+/// A file that is read at any offset, also beyond 2 GiB and while another process writes it. Nothing is read
+/// that is not asked for, except by `peek`.
+///
+/// Not locked: one thread at a time. A worker thread may be killed while the system reads.
+class AviSource {
+public:
+    /// Opens `name`, which others may read and write meanwhile. False when the system refuses
+    /// (`GetLastError`).
+    bool open(const wchar_t* name);
+
+    /// Bytes in the file when it was opened or `updateSize` was called last.
+    unsigned long long size() const { return size_; }
+
+    /// Asks the system for the size again and forgets what `peek` has read.
+    void updateSize();
+
+    /// Reads up to `bytes` bytes at `offset`, which is below 2^63, with one seek and one read. Returns how
+    /// many there were; 0 also when the system refuses, whose error is in `*error` then (0 at the end of the
+    /// file).
+    unsigned long read(unsigned long long offset, void* dest, unsigned long bytes,
+                       unsigned long* error = nullptr) const;
+
+    /// Copies a small structure out of a window that is read ahead. False unless all of it is there.
+    bool peek(unsigned long long offset, void* dest, unsigned long bytes);
+
+    /// Calls `function` with each of `count` structures from `offset` on, which are read in large blocks,
+    /// until it returns false. False then, and when the file ends before.
+    template <class Record, class Function>
+    bool forEachRecord(unsigned long long offset, std::uint32_t count, Function function) {
+        constexpr std::uint32_t perBlock = 0x40000 / sizeof(Record);
+        std::vector<Record> block(std::min(count, perBlock));
+        while (count > 0) {
+            const std::uint32_t now = std::min(count, perBlock);
+            const auto bytes = static_cast<unsigned long>(now * sizeof(Record));
+            if (read(offset, block.data(), bytes) != bytes) {
+                return false;
+            }
+            for (std::uint32_t i = 0; i < now; ++i) {
+                if (!function(block[i])) {
+                    return false;
+                }
+            }
+            offset += bytes;
+            count -= now;
+        }
+        return true;
+    }
+
+    /// How many bytes `peek` reads at once.
+    void readAhead(unsigned long bytes) { readAhead_ = bytes; }
+
+private:
+    vcore::handle file_;
+    unsigned long long size_ = 0;
+    unsigned long readAhead_ = 0x1000;
+    std::vector<unsigned char> window_;
+    unsigned long long windowOffset_ = 0;
+    unsigned long windowBytes_ = 0;
+};

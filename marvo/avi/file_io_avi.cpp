@@ -1,0 +1,114 @@
+#include "marvo/avi/file_io_avi.h"
+
+#include "marvo/avi/avi_reader.h"
+#include "marvo/avi/avi_writer.h"
+
+#include <algorithm>
+#include <cwchar>
+
+FileIOAVI::FileIOAVI() = default;
+
+FileIOAVI::~FileIOAVI() {
+    close();
+}
+
+int FileIOAVI::done(int code, const wchar_t* text) {
+    const size_t length = code == Ok ? 0 : std::min(std::wcslen(text), std::size(lastError_) - 1);
+    std::wmemcpy(lastError_, text, length);
+    lastError_[length] = L'\0';
+    return code;
+}
+
+int FileIOAVI::create(const wchar_t* name, const Video& video, bool unbuffered) {
+    if (!name || opened()) {
+        return Refused;
+    }
+    auto writer = std::make_unique<AviWriter>();
+    const int code = writer->create(name, video, unbuffered, info_);
+    done(code, writer->error());
+    if (code == Ok) {
+        frame_ = 0;
+        writer_ = std::move(writer);
+    }
+    return code;
+}
+
+int FileIOAVI::open(const wchar_t* name, Trust trust) {
+    if (!name || opened()) {
+        return Refused;
+    }
+    auto reader = std::make_unique<AviReader>();
+    const int code = reader->open(name, trust, info_);
+    done(code, reader->error());
+    if (code == Ok) {
+        frame_ = 0;
+        reader_ = std::move(reader);
+    }
+    return code;
+}
+
+int FileIOAVI::close() {
+    const int code = writer_ ? writer_->close() : Ok;
+    if (code != Ok) {
+        done(code, writer_->error());
+    }
+    writer_.reset();
+    reader_.reset();
+    info_ = {};
+    frame_ = 0;
+    return code;
+}
+
+int FileIOAVI::writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize) {
+    if (!writer_ || !buffer) {
+        return done(Refused, L"the file was not created for writing\n");
+    }
+    const int code = writer_->writeFrame(buffer, bufferSize, frameSize);
+    if (code != Ok) {
+        return done(code, writer_->error());
+    }
+    ++frame_;
+    return code;
+}
+
+int FileIOAVI::readFrame(char* buffer, unsigned long bufferSize, unsigned long frame) {
+    if (!reader_ || !buffer) {
+        return done(Refused, L"the file was not opened for reading or the size of input buffer incorrect\n");
+    }
+    const int code = reader_->readFrame(buffer, bufferSize, frame);
+    if (code != Ok) {
+        return done(code, reader_->error());
+    }
+    frame_ = frame + 1;
+    return code;
+}
+
+void FileIOAVI::seekFrame(unsigned long frame) {
+    if (frames() != 0) {
+        frame_ = frame % frames();
+    }
+}
+
+int FileIOAVI::refresh() {
+    return reader_ ? reader_->refresh() : static_cast<int>(Ok);
+}
+
+bool FileIOAVI::framePosition(unsigned long frame, FramePosition& position) const {
+    return reader_ && reader_->framePosition(frame, position);
+}
+
+unsigned long FileIOAVI::dataFrameSize() const {
+    return writer_ ? writer_->dataFrameSize() : reader_ ? reader_->dataFrameSize() : 0;
+}
+
+unsigned long FileIOAVI::slotSize() const {
+    return writer_ ? writer_->slotSize() : reader_ ? reader_->slotSize() : 0;
+}
+
+unsigned long FileIOAVI::dataRate() const {
+    return writer_ ? writer_->dataRate() : reader_ ? reader_->dataRate() : 0;
+}
+
+unsigned long FileIOAVI::sectorSize() const {
+    return writer_ ? writer_->sectorSize() : reader_ ? reader_->sectorSize() : 1;
+}

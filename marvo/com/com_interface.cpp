@@ -1,0 +1,7 @@
+#include "marvo/com/com_interface.h"
+
+namespace vwin {
+
+com_interface::~com_interface() = default;
+
+} // namespace vwin

@@ -1,0 +1,10 @@
+/// @file
+/// The smart pointer for a renderer's video window.
+#pragma once
+
+#include "marvo/com/com_ptr.h"
+
+#include <dshow.h>
+
+/// Holds the `IVideoWindow` interface of a renderer.
+using dvVideoWindow = vwin::com_<IVideoWindow>;

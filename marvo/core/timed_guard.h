@@ -1,0 +1,29 @@
+/// @file
+/// The one way in which the engine holds its locks.
+#pragma once
+
+#include "marvo/core/semaphore.h"
+
+namespace vcore {
+
+/// Waits for a semaphore at most the given time, goes on whether it was had or not, and releases it on exit.
+///
+/// Deliberate: live video outranks exactness, so a lock that cannot be had in time does not stop a frame, and
+/// the release is made in every case, which also repairs a lock whose holder was killed.
+class timed_guard {
+public:
+    /// `timeoutMs` may be `INFINITE`.
+    timed_guard(const semaphore& lock, unsigned long timeoutMs) : lock_(lock), held_(lock.wait(timeoutMs)) {}
+    ~timed_guard() { lock_.unlock(); }
+    timed_guard(const timed_guard&) = delete;
+    timed_guard& operator=(const timed_guard&) = delete;
+
+    /// Whether the wait succeeded.
+    bool held() const { return held_; }
+
+private:
+    const semaphore& lock_;
+    const bool held_;
+};
+
+} // namespace vcore

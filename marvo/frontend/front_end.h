@@ -1,0 +1,308 @@
+#pragma once
+
+#include "marvo/com/com_fg.h"
+#include "marvo/com/com_filter.h"
+#include "marvo/com/video_window.h"
+#include "marvo/core/file.h"
+#include "marvo/core/inifile.h"
+#include "marvo/core/semaphore.h"
+#include "marvo/core/str.h"
+#include "marvo/gui/widget.h"
+#include "marvo/replay/play_filter.h"
+#include "marvo/replay/play_info.h"
+#include "marvo/replay/record_filter.h"
+
+#include <array>
+#include <atomic>
+
+/// The one object that a host drives: the exported global `dvFE`. It owns the capture graph (capture device,
+/// DV splitter, record filter with the frame store), the play graph (play filter, DV decoder, renderer), the
+/// window that the video is drawn into, the settings, and the log file "marvo.log" in the current directory.
+///
+/// States: not built; built and live; replaying; either of the two paused. Recording is independent of them.
+/// `init` leads from not built to live, `live` from replaying to live, `replay` and `playElement` to
+/// replaying, `done` and a failing `init` to not built, from where `init` may be called again.
+///
+/// Settings are read once, at construction, from "dv.ini" and "video.ini" in the current directory:
+///
+/// | key                 | default   | meaning                                                                  |
+/// |---------------------|-----------|--------------------------------------------------------------------------|
+/// | "dv.control"        | true      | `call` interprets markers                                                |
+/// | "dv.logging"        | true      | suppressible log lines are written                                       |
+/// | "dv.maxfilesize"    | no limit  | see `setMaxFilesize`                                                     |
+/// | "dv.playdelay"      | 100       | see `setPlayDelay`                                                       |
+/// | "dv.input"          | 0         | see `setInput`                                                           |
+/// | "dv.file"           | "temp.dv" | file for recording and replay; "temp.dv" means: on the drive with most space |
+/// | "video.deinterlace" | false     | see `setDeinterlace`                                                     |
+/// | "video.filter"      | -1        | 1: every stream's deinterlacing is switched off once the renderer is made |
+///
+/// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
+/// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
+/// is not an error: the value is read anyway. `onRecInfo` is called on the frame store's writer thread.
+///
+/// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
+class MARVO_API dvFrontEnd : public vwin::vWidget {
+public:
+    /// Reads the settings, opens the log and chooses the recording drive. Runs while the library is being
+    /// loaded, so it makes no filter graph.
+    dvFrontEnd();
+
+    /// As `hideWindow` and `done`. In a process that ends without `done` everything is left to the system.
+    ~dvFrontEnd() override;
+
+    dvFrontEnd(const dvFrontEnd&) = delete;
+    dvFrontEnd& operator=(const dvFrontEnd&) = delete;
+
+    /// @name Building and taking apart
+    /// @{
+
+    /// Builds and runs both graphs and shows the live picture in `window`. Waits up to 5 s for the first
+    /// captured frames; none is no failure. When the capture graph is built already, only shows the video in
+    /// `window`. The flag is reserved. False when a step fails: everything is released, and `onError` is
+    /// called once with "no video - init - <step>", or, without a capture device, the log says so and
+    /// `onError` is not called.
+    bool init(HWND window, bool flag);
+
+    /// Builds a play graph alone, which replays frames `from` to `to` of the recording `name` in `window`;
+    /// what was built before is taken apart. False when a step fails, after `onError` with "no video -
+    /// playinit".
+    bool playinit(HWND window, int from, int to, const char* name);
+
+    /// As `showWindow`.
+    bool reinit(HWND window);
+
+    /// Chooses where to record when the recording file is "temp.dv": the fixed drive with the most free
+    /// space, counting a "temp.dv" there, which will be overwritten; of equal ones the letter nearer Z. Then
+    /// recording and replay use that file, true. Any other recording file is kept, true. When no drive has
+    /// more than 1,080,000,000 bytes (five minutes), a message box says so and the result is false; it waits
+    /// for the user.
+    bool initRecord();
+
+    /// Ends the filters' threads, frees their rings and releases both graphs. Harmless when nothing is built.
+    void done();
+
+    /// Logs "error" and takes everything apart. Always false.
+    bool onError(const wchar_t* text);
+
+    /// Makes the renderer for the setting `deinterlace`; there is no fall-back from one to the other.
+    bool _initVideoWindow();
+
+    /// Asks a deinterlacing renderer to prefer bob. False when deinterlacing is off or the renderer does not
+    /// offer it.
+    bool _configureVideoWindow();
+
+    /// @}
+    /// @name The video's window
+    /// @{
+
+    /// Fits the video into `window` and shows it there (null: in the video's own window). Builds the graphs
+    /// when none is built. False when that fails.
+    bool showWindow(HWND window);
+
+    /// Takes the video out of the host's window. Always true.
+    bool hideWindow();
+
+    /// Sets the size of the video in pixels. False when there is no video window.
+    bool setSize(int width, int height);
+    /// Sets the position of the video in pixels. False when there is no video window.
+    bool setPos(int x, int y);
+
+    /// Sets the host's window; null changes nothing.
+    void setWindow(HWND window);
+
+    /// The host destroyed the window: as `hideWindow`, then forgets it.
+    void destroyEvent() override;
+
+    /// Does nothing.
+    void resizeEvent(int width, int height) override;
+    /// Does nothing.
+    void timerEvent(char timer) override;
+
+    /// @}
+    /// @name Replay commands
+    /// @{
+
+    /// Back to the newest frame: ends a replay, clears pause, speed 1.0.
+    bool live();
+
+    /// Holds the shown frame.
+    bool pause();
+    /// Releases it.
+    bool resume();
+
+    /// Plays frames `from` to `to` (inclusive, in either order) at speed 1.0, looping, from `file` or, when
+    /// it is null or empty, from the play file. A new range starts after the play delay; the same range again
+    /// starts at once. False without a play graph or when the file cannot be opened; play then goes on as
+    /// before.
+    bool replay(unsigned long long from, unsigned long long to, const wchar_t* file);
+
+    /// Frames per tick: fractions slow down, negative values go backward, 0 holds.
+    bool setSpeed(double factor);
+
+    /// Shows `frame` next, in a replay wrapped into its range. Always true.
+    bool seekPosition(unsigned long long frame);
+
+    /// Records into `file` or, when null or empty, the recording file. Frame numbers begin again at 0, play
+    /// goes live, and all elements are unset. False when the file cannot be created; play has gone live all
+    /// the same.
+    bool startRecord(const wchar_t* file);
+
+    /// The writer finishes, and the file is closed.
+    void stopRecord();
+
+    /// @}
+    /// @name Elements and markers
+    /// @{
+
+    /// Takes a text marker from a timing or control source. "XInnFRAME" and "XOnnFRAME" set the in and out
+    /// point of element nn (two digits, 00 to 127 as far as two digits reach), "XR" starts the clock and the
+    /// first "Z+" after it stops it (see `getTime`); anything else is only logged, as is everything when
+    /// "dv.control" is off (prefixed with
+    /// "_"). Always true.
+    bool call(const char* text);
+
+    /// Replays an element from the play file. False unless 1 <= element < 128 (element 0 can be set but not
+    /// played: deliberate) and both points are set.
+    bool playElement(int element);
+
+    /// @}
+    /// @name Settings
+    /// @{
+
+    /// The capture device's number, for the next `init`.
+    void setInput(int input);
+    /// The file to record into.
+    void setRecFile(const wchar_t* name);
+    /// The file to replay from.
+    void setPlayFile(const wchar_t* name);
+    /// Stored in the frame store; the engine does not use it.
+    void setRemoteFile(const wchar_t* name);
+    /// Frames the record filter's ring holds, for the next `init`.
+    void setMaxRecFrames(unsigned long frames);
+    /// Frames a replay may hold in memory, for the next `replay`.
+    void setMaxPlayFrames(unsigned long frames);
+    /// Milliseconds between loading and starting a replay, for the next `replay`.
+    void setPlayDelay(int ms);
+    /// Frames with this number and above are not written to the file (see `dvFrameStore::setMaxFilesize`).
+    void setMaxFilesize(unsigned long frames);
+    /// Whether the next `init` uses the mixing renderer and asks it to deinterlace.
+    void setDeinterlace(bool on);
+    /// Where progress is posted to each tick: the play filter fills `info`, which must live until the drain
+    /// is changed, and posts `message` to `window`. A null window ends it. Returns the window set before.
+    HWND setInfoDrain(HWND window, unsigned message, play_info* info);
+
+    /// @}
+    /// @name Status
+    /// @{
+
+    /// Copies the narrow recording file name with its terminator into `buffer`, whose size is not checked:
+    /// have room for MAX_PATH characters.
+    void getRecFilename(char* buffer);
+    /// The record filter; it lives as long as the front end.
+    dvRecFilter& recFilter();
+    /// The play filter; it lives as long as the front end.
+    dvPlayFilter& playFilter();
+    /// Whether the shown frame is held.
+    bool paused();
+    /// Whether a replay is on.
+    bool playing();
+    /// Frames per tick.
+    double speed();
+    /// One past the newest captured frame.
+    unsigned long long lastFrame();
+    /// The frame being shown, all ones before the first.
+    unsigned long long playedFrame();
+    /// The frame the writer takes next.
+    unsigned long long writtenFrame();
+    /// Bytes of one DV frame; 0 before `init`.
+    unsigned long frameSize();
+    /// 25 for frames of 144000 bytes, else 30, also before any frame is known.
+    unsigned long framesPerSecond();
+    /// Frames captured since the last call.
+    unsigned long frameCount();
+    /// Milliseconds of the played frame, at 40 or 33 whole milliseconds per frame, less the time between the
+    /// last "XR" marker and the "Z+" after it. At 30 frames per second it drifts from `getRawTime`
+    /// (deliberate).
+    int getTime();
+    /// Milliseconds of the played frame, exactly.
+    int getRawTime();
+
+    /// @}
+    /// @name Log
+    /// @{
+
+    /// Writes a line to the log: local time, thread, depth, and `text` without line ends and tabs.
+    /// Suppressible lines are left out when "dv.logging" is off. Not locked: of lines that two threads write
+    /// at once one may be lost.
+    void log(const char* text, bool suppressible);
+    /// Raises the depth shown in log lines.
+    void logBegin();
+    /// Lowers it again.
+    void logEnd();
+
+    /// @}
+
+    /// Receives the frame store's "poolInfo" on its writer thread: slows the loader by up to 20 ms a frame
+    /// while more than 25 frames wait to be written, and emits "recInfo" with the same arguments (8 + 8 + 4
+    /// bytes).
+    void onRecInfo(unsigned long long last, unsigned long long written, unsigned long poolSize);
+
+    /// Receives the play filter's "playTime"; does nothing, since the host gets its progress through the info
+    /// drain.
+    void onPlayTime();
+
+private:
+    class LogScope;
+
+    static constexpr int elementCount = 128;
+
+    void readSettings();
+    void setElementPoint(const wchar_t* text);
+    int buildCapture();
+    void awaitFirstFrames();
+    int buildPlay();
+    int connectPlay();
+    bool giveUp(int failedStep);
+    void switchOffDeinterlacing();
+    void runPlay(HWND window);
+    void placeVideo();
+    void takeBack();
+    void releaseVideoWindow();
+
+    bool initialised_ = false;
+    vcore::iniFile settings_;
+    vcore::iniFile dvSettings_;
+    vcore::iniFile videoSettings_;
+    vwin::com_fg captureGraph_;
+    vwin::com_filter source_;
+    vwin::com_filter splitter_;
+    dvRecFilter recFilter_;
+    vwin::com_fg playGraph_;
+    dvPlayFilter playFilter_;
+    vwin::com_filter decoder_;
+    vwin::com_filter renderer_;
+    dvVideoWindow videoWindow_;
+    vwin::vWidget videoWidget_;
+    vcore::str recFile_;
+    vcore::str playFile_;
+    int input_ = 0;
+    int playDelay_ms_ = 100;
+    bool logging_ = true;
+    bool control_ = true;
+    int videoFilter_ = -1;
+    bool deinterlace_ = false;
+    unsigned long maxPlayFrames_ = 50;
+    unsigned long maxRecFrames_ = 50;
+    vcore::semaphore recInfoLock_;
+    /// First and last frame of each element; negative: unset.
+    std::array<long long, elementCount> elementIn_;
+    std::array<long long, elementCount> elementOut_;
+    HWND hostWindow_ = nullptr;
+    vcore::file logFile_;
+    std::atomic<int> logDepth_ = 0;
+    unsigned long timeOffset_ms_ = 0;
+    unsigned long timeBase_ms_ = 0;
+};
+
+/// The front end of this process, made when the library is loaded.
+extern MARVO_API dvFrontEnd dvFE;

@@ -1,0 +1,93 @@
+/// @file
+/// A recording that is read, of whatever kind.
+#pragma once
+
+#include "marvo/recording/kind.h"
+#include "marvo/recording/record_buffer.h"
+#include "marvo/video/media_type.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace recording {
+
+/// The frames of a recording, by number from 0. The file may be growing: its writer may have it open.
+///
+/// Not locked: one thread at a time, or the owner's lock; only `abandon` may be called beside a `read` on
+/// another thread. Each implementation marks its own waits for the disk as `killable`, and takes no memory in
+/// `read`, so that the reading thread may be killed there.
+class Reader {
+public:
+    /// Where a frame's own bytes stand in the file.
+    struct Place {
+        unsigned long long offset = 0; ///< bytes from the start of the file
+        unsigned long size = 0;        ///< bytes of the frame
+    };
+
+    /// How the recording ends.
+    struct End {
+        /// In which way.
+        enum class State {
+            finished,     ///< with a whole frame, and everything announced is there
+            beingWritten, ///< its writer has it open at this moment
+            cutOff,       ///< something is missing; `text` says what
+        };
+        State state = State::finished; ///< see there
+        unsigned long long bytes = 0;  ///< bytes behind the last whole frame that belong to none
+        std::string text;              ///< in words, for people; empty when finished
+    };
+
+    /// One number about the file's structure, for people and programs that look at files.
+    struct Fact {
+        const char* identifier;   ///< one word, for programs
+        const char* title;        ///< in words, for people
+        unsigned long long value; ///< the number
+    };
+
+    virtual ~Reader() = default;
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    /// The kind of the file.
+    virtual Kind kind() const = 0;
+    /// The name that the recording was opened under.
+    const std::wstring& name() const { return name_; }
+
+    /// Whole frames in the file when it was opened or refreshed last.
+    virtual unsigned long long frames() const = 0;
+    /// Looks for frames that were written since; what is known is not read again. Also notices a file that
+    /// was cut.
+    virtual void refresh() = 0;
+    /// Bytes of one DV frame of the recording: of the first, or as the file announces while there is none.
+    virtual unsigned long frameSize() const = 0;
+    /// Bytes that the buffer given to `read` needs.
+    virtual unsigned long bufferBytes() const = 0;
+    /// Describes the video in `type`, whose former content is freed.
+    virtual void describe(vvideo::dvMediaType& type) const = 0;
+
+    /// Where `frame` stands; false when there is no such frame.
+    virtual bool place(unsigned long long frame, Place& place) const = 0;
+    /// Reads `frame` into `buffer`, whose `frameBytes` then tell its size. False, with the reason in `error`,
+    /// when it is not there as a whole or the buffer is too small.
+    virtual bool read(unsigned long long frame, RecordBuffer& buffer) = 0;
+    /// Why the last operation failed, in words and without a line end; empty when none has failed.
+    virtual std::wstring error() const = 0;
+
+    /// How the recording ends.
+    virtual End end() const = 0;
+    /// What is known of the structure.
+    virtual std::vector<Fact> facts() const = 0;
+
+    /// Lets a read that another thread is stuck in fail as soon as the system allows, and every later one.
+    /// The object stays valid.
+    virtual void abandon() = 0;
+
+protected:
+    explicit Reader(std::wstring name) : name_(std::move(name)) {}
+
+private:
+    std::wstring name_;
+};
+
+} // namespace recording

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "marvo/recording/dv_file.h"
+
+/// Writes a raw DV recording (layout: see `dvFile`). The frame store hands it whole records, which `write`
+/// appends.
+class MARVO_API dvRecFile : public dvFile {
+public:
+    /// Creates `name` anew (an existing file is truncated) for writing; others may read it meanwhile, so that
+    /// a replay can follow a recording. False when it cannot be created.
+    ///
+    /// The alignment becomes that of the new file's volume, while a frame size set before keeps the record
+    /// size of the old one: whoever writes sizes his own buffer with `alignSize` after opening.
+    bool open(const wchar_t* name) override;
+};

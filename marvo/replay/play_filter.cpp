@@ -1,0 +1,353 @@
+#include "marvo/replay/play_filter.h"
+
+#include "marvo/core/timed_guard.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr unsigned long settle_ms = 5;
+constexpr unsigned long join_ms = 100;
+
+/// Live play this far behind the newest frame gains one extra frame per tick ...
+constexpr long long catchUpLag = 4;
+/// ... and this far behind it jumps.
+constexpr long long jumpLag = 25;
+
+/// No speed that makes sense comes near; it keeps the advance of one tick within 64 bits.
+constexpr double fastestAdvance_100ns = 1e15;
+
+} // namespace
+
+dvPlayFilter::dvPlayFilter() : dvPacedSource(settle_ms) {
+    type_.initDVType(144000, false);
+}
+
+dvPlayFilter::~dvPlayFilter() {
+    done();
+}
+
+bool dvPlayFilter::init(dvFrameStore& store, vvideo::dvMediaType& type) {
+    if (type->majortype != GUID_NULL) {
+        type_ = type;
+    }
+    if (type_->majortype == GUID_NULL) {
+        return false;
+    }
+    output_->setType(type_);
+    vcore::timed_guard lock(*this, 500);
+    store_ = &store;
+    showGray(type_.frameSize());
+    frameSize_ = type_.frameSize();
+    period_100ns_ = type_.timePerFrame();
+    prepareSamples(frameSize_);
+    streamTime_100ns_ = 0;
+    inPoint_ = outPoint_ = 0;
+    lastShown_ = ~0ull;
+    goLive(0);
+    return true;
+}
+
+bool dvPlayFilter::playinit(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
+                            int delay, unsigned long maxFrames) {
+    if (!name || !loadRange(in, out, name, speed, delay, maxFrames)) {
+        return false;
+    }
+    if (!loader_.getType(type_)) {
+        return false;
+    }
+    output_->setType(type_);
+    vcore::timed_guard lock(*this, 500);
+    showGray(type_.frameSize());
+    frameSize_ = type_.frameSize();
+    period_100ns_ = type_.timePerFrame();
+    prepareSamples(frameSize_);
+    streamTime_100ns_ = 0;
+    paused_ = false;
+    lastShown_ = ~0ull;
+    startRange(loader_.inPoint(), loader_.outPoint(), speed);
+    return true;
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::showGray(unsigned long frameSize) {
+    display_ = std::make_unique<vvideo::dvFrame>(frameSize, nullptr);
+    display_->fillGray();
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::goLive(long long position_100ns) {
+    speed_ = 1.0;
+    paused_ = false;
+    replaying_ = false;
+    live_ = true;
+    position_100ns_ = position_100ns;
+}
+
+bool dvPlayFilter::live() {
+    loader_.done();
+    vcore::timed_guard lock(*this, 1000);
+    goLive(positionOf(static_cast<long long>(newestFrame())));
+    return true;
+}
+
+bool dvPlayFilter::reset() {
+    loader_.done();
+    vcore::timed_guard lock(*this, 1000);
+    goLive(0);
+    return true;
+}
+
+bool dvPlayFilter::play(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
+                        int delay, unsigned long maxFrames) {
+    if (!std::isfinite(speed)) {
+        return false;
+    }
+    vcore::str file;
+    file = name;
+    if (!name) {
+        vcore::timed_guard lock(*this, 1000);
+        if (!store_) {
+            return false;
+        }
+        file = store_->fileName();
+    }
+    if (in > out) {
+        std::swap(in, out);
+    }
+    bool sameRange = false;
+    {
+        vcore::timed_guard lock(*this, 1000);
+        sameRange = in == inPoint_ && out == outPoint_ && loader_.loaded(file.oleStr(), in, out);
+        if (sameRange) {
+            startRange(in, out, speed);
+        }
+    }
+    if (sameRange) {
+        return true;
+    }
+    if (store_) {
+        store_->fileFlush();
+    }
+    if (!loadRange(in, out, file.oleStr(), speed, delay, maxFrames)) {
+        return false;
+    }
+    vcore::timed_guard lock(*this, 1000);
+    startRange(loader_.inPoint(), loader_.outPoint(), speed);
+    return true;
+}
+
+/// Has the loader read the range ahead, in the direction of `speed`, for `delay` ms.
+bool dvPlayFilter::loadRange(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
+                             int delay, unsigned long maxFrames) {
+    if (!dvFrameLoad::playable(name)) {
+        return false;
+    }
+    loader_.setSpeed(speed);
+    if (!loader_.init(name, in, out, maxFrames)) {
+        return false;
+    }
+    Sleep(static_cast<DWORD>(std::max(delay, 0)));
+    return true;
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::startRange(unsigned long long in, unsigned long long out, double speed) {
+    position_100ns_ = positionOf(static_cast<long long>(in));
+    speed_ = speed;
+    inPoint_ = in;
+    outPoint_ = out;
+    replaying_ = true;
+    live_ = false;
+}
+
+void dvPlayFilter::seekFrame(long long frame) {
+    vcore::timed_guard lock(*this, 1000);
+    if (replaying_ && rangeLength() > 0) {
+        frame = wrapIntoRange(frame);
+    }
+    position_100ns_ = positionOf(frame);
+}
+
+bool dvPlayFilter::setPause(bool paused) {
+    vcore::timed_guard lock(*this, 1000);
+    paused_ = paused;
+    return true;
+}
+
+bool dvPlayFilter::setSpeed(double speed) {
+    if (!std::isfinite(speed)) {
+        return false;
+    }
+    vcore::timed_guard lock(*this, 1000);
+    speed_ = speed;
+    loader_.setSpeed(speed);
+    return true;
+}
+
+void dvPlayFilter::setRecording(bool recording) {
+    vcore::timed_guard lock(*this, 1000);
+    recording_ = recording;
+}
+
+void dvPlayFilter::setBreaker(unsigned long ms) {
+    loader_.setBreaker(ms);
+}
+
+unsigned long dvPlayFilter::breaker() const {
+    return loader_.breaker();
+}
+
+HWND dvPlayFilter::setInfoDrain(HWND window, unsigned int message, play_info* info) {
+    vcore::timed_guard lock(*this, 50);
+    infoMessage_ = message;
+    info_ = info;
+    return std::exchange(infoWindow_, window);
+}
+
+long long dvPlayFilter::period() const {
+    vcore::timed_guard lock(*this, 1000);
+    return period_100ns_;
+}
+
+long long dvPlayFilter::frame() const {
+    vcore::timed_guard lock(*this, 1000);
+    return period_100ns_ != 0 ? position_100ns_ / period_100ns_ : 0;
+}
+
+bool dvPlayFilter::paused() const {
+    vcore::timed_guard lock(*this, 1000);
+    return paused_;
+}
+
+bool dvPlayFilter::playing() const {
+    vcore::timed_guard lock(*this, 1000);
+    return !live_;
+}
+
+double dvPlayFilter::speed() const {
+    vcore::timed_guard lock(*this, 1000);
+    return speed_;
+}
+
+unsigned long long dvPlayFilter::playedFrame() const {
+    vcore::timed_guard lock(*this, 1000);
+    return lastShown_;
+}
+
+void dvPlayFilter::done() {
+    stopDelivery(join_ms);
+    {
+        vcore::timed_guard lock(*this, 500);
+        period_100ns_ = 0;
+        frameSize_ = 0;
+        loader_.done();
+        allocator_.done();
+        store_ = nullptr;
+        display_.reset();
+    }
+    _initSync();
+}
+
+unsigned long long dvPlayFilter::newestFrame() const {
+    return store_ ? store_->lastFrame() : 0;
+}
+
+/// The position of a frame in 100 ns; for absurd frame numbers it wraps instead of overflowing.
+long long dvPlayFilter::positionOf(long long frame) const {
+    return static_cast<long long>(static_cast<unsigned long long>(frame) *
+                                  static_cast<unsigned long long>(period_100ns_));
+}
+
+long long dvPlayFilter::rangeLength() const {
+    return static_cast<long long>(outPoint_ - inPoint_ + 1);
+}
+
+long long dvPlayFilter::wrapIntoRange(long long frame) const {
+    const long long length = rangeLength();
+    const auto first = static_cast<long long>(inPoint_);
+    const auto offset = static_cast<long long>(static_cast<unsigned long long>(frame) - inPoint_);
+    return (offset % length + length) % length + first;
+}
+
+dvPlayFilter::Tick dvPlayFilter::beginTick() {
+    vcore::timed_guard lock(*this, 1000);
+    const unsigned long long newest = newestFrame();
+    Tick tick;
+    tick.start = streamTime_100ns_;
+    tick.stop = tick.start + period_100ns_;
+    streamTime_100ns_ = tick.stop;
+    tick.frame = period_100ns_ != 0 ? position_100ns_ / period_100ns_ : 0;
+    if (replaying_ && inPoint_ <= outPoint_ && rangeLength() > 0) {
+        tick.frame = wrapIntoRange(tick.frame);
+    }
+    const auto edge = static_cast<long long>(newest);
+    if (live_ && !paused_ && edge > tick.frame + catchUpLag) {
+        tick.frame = edge > tick.frame + jumpLag ? edge : tick.frame + 1;
+        position_100ns_ = positionOf(tick.frame);
+    }
+    postInfo(tick.frame, newest);
+    return tick;
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::postInfo(long long frame, unsigned long long newest) {
+    if (!infoWindow_ || !info_) {
+        return;
+    }
+    *info_ =
+        play_info(static_cast<std::uint64_t>(frame), inPoint_, outPoint_, newest, replaying_, recording_);
+    PostMessageA(infoWindow_, infoMessage_, static_cast<WPARAM>(static_cast<std::uint32_t>(frame)),
+                 reinterpret_cast<LPARAM>(info_));
+}
+
+bool dvPlayFilter::fetchInto(vvideo::dvFrame* frame, unsigned long long number) {
+    // That number stands for an empty slot, which would be found under it.
+    if (number == vvideo::noFrame) {
+        return false;
+    }
+    return (store_ && store_->get(frame, number)) || loader_.get(frame, number);
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::fetch(long long frame) {
+    const auto number = static_cast<unsigned long long>(frame);
+    if (number != lastShown_ && !fetchInto(display_.get(), number)) {
+        return;
+    }
+    if (!paused_) {
+        advance();
+    }
+    lastShown_ = number;
+}
+
+/// The caller holds the lock.
+void dvPlayFilter::advance() {
+    const double step =
+        std::clamp(static_cast<double>(period_100ns_) * speed_, -fastestAdvance_100ns, fastestAdvance_100ns);
+    position_100ns_ = static_cast<long long>(static_cast<unsigned long long>(position_100ns_) +
+                                             static_cast<unsigned long long>(static_cast<long long>(step)));
+}
+
+IMediaSample* dvPlayFilter::nextSample() {
+    const Tick tick = beginTick();
+    emitSignal(L"playTime", 0);
+    {
+        vcore::timed_guard lock(*this, 1000);
+        fetch(tick.frame);
+    }
+    IMediaSample* sample = takeSample();
+    if (!sample) {
+        return nullptr;
+    }
+    {
+        vcore::timed_guard lock(*this, 1000);
+        if (display_) {
+            display_->copyTo(sample);
+        }
+    }
+    markSample(sample, tick.start, tick.stop, tick.start == 0);
+    return sample;
+}

@@ -1,0 +1,146 @@
+#pragma once
+
+#include "marvo/core/str.h"
+#include "marvo/core/vobject.h"
+#include "marvo/replay/frame_loader.h"
+#include "marvo/replay/frame_store.h"
+#include "marvo/replay/paced_source.h"
+#include "marvo/replay/play_info.h"
+#include "marvo/video/frame.h"
+#include "marvo/video/media_type.h"
+
+/// The source of the play graph: each tick it works out which frame is due, fetches it from the frame store
+/// or else from its frame loader, and sends it on.
+///
+/// Live it follows the newest captured frame: up to 4 frames behind it advances one frame a tick, further
+/// behind two, more than 25 behind it jumps; paused, it does neither. In a replay it plays a range of a
+/// recording at a speed (fractions repeat frames, negative speeds go backward, 0 holds), looping within the
+/// range. A frame that is not there yet holds position and picture instead of being skipped.
+///
+/// Emits "playTime" (no arguments) once per tick on the delivery thread; its receivers must not wait for the
+/// host's thread, which waits for the delivery thread in `done`. Posts the host's message to the info drain:
+/// the first parameter holds the low 32 bits of the frame number, the second the address of the record.
+///
+/// Threads: see `dvPacedSource`; the commands come from the host's thread. The filter lock guards all
+/// playback state; the loader's and the store's locks are taken inside it. A timed wait that runs out is not
+/// an error.
+class MARVO_API dvPlayFilter : public vcore::vObject, public dvPacedSource {
+public:
+    dvPlayFilter();
+
+    /// As `done`.
+    ~dvPlayFilter() override;
+
+    dvPlayFilter(const dvPlayFilter&) = delete;
+    dvPlayFilter& operator=(const dvPlayFilter&) = delete;
+
+    /// Attaches to a frame store (which must outlive this filter's next `done`) and goes live. `type` is
+    /// taken unless its major type is null; then the type from before stays. False when that is null as well.
+    virtual bool init(dvFrameStore& store, vvideo::dvMediaType& type);
+
+    /// Prepares a replay from the file `name` without a store; the arguments as for `play`. False when the
+    /// file cannot be opened.
+    virtual bool playinit(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
+                          int delay, unsigned long maxFrames);
+
+    /// Back to the newest frame at speed 1.0, not paused. Always true.
+    bool live();
+
+    /// Live at frame 0 at speed 1.0, not paused: for a numbering that begins anew. Always true.
+    bool reset();
+
+    /// Plays frames `in` to `out` (inclusive, in either order) of the recording `name`, or of the store's own
+    /// when it is null, at `speed`, after `delay` ms in which the loader reads ahead with at most `maxFrames`
+    /// frames.
+    ///
+    /// The range that is loaded already starts again at once, without delay. False, and nothing changes, when
+    /// there is neither name nor store or the recording cannot be opened.
+    bool play(unsigned long long in, unsigned long long out, const wchar_t* name, double speed, int delay,
+              unsigned long maxFrames);
+
+    /// Moves to a frame; in a replay it is wrapped into the range.
+    void seekFrame(long long frame);
+
+    /// Holds or releases the shown frame. Always true.
+    bool setPause(bool paused);
+
+    /// Frames per tick, for play and for the loader's direction. False for infinities and NaN, which change
+    /// nothing.
+    bool setSpeed(double speed);
+
+    /// What `play_info` reports as recording; the engine's front end sets it.
+    void setRecording(bool recording);
+
+    /// The loader's pause after each frame, in ms.
+    void setBreaker(unsigned long ms);
+    /// The pause set last.
+    unsigned long breaker() const;
+
+    /// Where progress is posted to: `info` is filled each tick and must live until the drain is changed. A
+    /// null window ends it. Returns the window set before.
+    HWND setInfoDrain(HWND window, unsigned int message, play_info* info);
+
+    /// Time per frame in 100 ns; 0 when not initialised.
+    long long period() const;
+
+    /// The play position in frames, which is the frame due next.
+    long long frame() const;
+
+    /// Whether the shown frame is held.
+    bool paused() const;
+
+    /// Whether a replay is on (not live).
+    bool playing() const;
+
+    /// Frames per tick, 1.0 when live.
+    double speed() const;
+
+    /// The number of the frame fetched last, all ones before the first.
+    unsigned long long playedFrame() const;
+
+    /// Stops delivering and loading and forgets the store. Takes up to 1.5 s when a downstream filter is held
+    /// up.
+    virtual void done();
+
+protected:
+    IMediaSample* nextSample() override;
+
+private:
+    struct Tick {
+        long long start = 0;
+        long long stop = 0;
+        long long frame = 0;
+    };
+
+    Tick beginTick();
+    void postInfo(long long frame, unsigned long long newest);
+    void fetch(long long frame);
+    bool fetchInto(vvideo::dvFrame* frame, unsigned long long number);
+    unsigned long long newestFrame() const;
+    long long positionOf(long long frame) const;
+    long long rangeLength() const;
+    long long wrapIntoRange(long long frame) const;
+    void advance();
+    void showGray(unsigned long frameSize);
+    void goLive(long long position_100ns);
+    bool loadRange(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
+                   int delay, unsigned long maxFrames);
+    void startRange(unsigned long long in, unsigned long long out, double speed);
+
+    HWND infoWindow_ = nullptr;
+    unsigned int infoMessage_ = 0;
+    play_info* info_ = nullptr;
+    long long position_100ns_ = 0;
+    dvFrameStore* store_ = nullptr;
+    dvFrameLoad loader_;
+    std::unique_ptr<vvideo::dvFrame> display_;
+    bool paused_ = false;
+    bool replaying_ = false;
+    bool live_ = true;
+    unsigned long long inPoint_ = ~0ull;
+    unsigned long long outPoint_ = ~0ull;
+    double speed_ = 1.0;
+    unsigned long long lastShown_ = ~0ull;
+    bool recording_ = false;
+    vvideo::dvMediaType type_;
+};

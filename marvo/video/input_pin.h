@@ -1,0 +1,123 @@
+/// @file
+/// The input pin.
+#pragma once
+
+#include "marvo/core/platform.h"
+#include "marvo/core/semaphore.h"
+#include "marvo/video/enum_media_types.h"
+#include "marvo/video/media_type.h"
+#include "marvo/video/obj.h"
+#include "marvo/video/own_pin.h"
+#include "marvo/video/sink.h"
+
+#include <dshow.h>
+
+#include <atomic>
+
+namespace vvideo {
+
+/// An input pin that hands each sample to its filter's sink.
+///
+/// References. A foreign peer follows plain COM rules: it is referenced while connected, its samples are not
+/// released here, its allocator is referenced. With an own peer, and for an unconnected pin that is called
+/// directly, the house's rules hold: a received sample's reference passes to this pin, which releases it, and
+/// the peer is kept without a reference. Both own pins still release each other when they are disconnected,
+/// so each takes one reference on itself when it is connected for the other to release, and a full cycle
+/// leaves both counts as they were. A referenced pin keeps its filter alive; the filter deletes its pin,
+/// never `Release`s it.
+///
+/// Threads: `Receive`, `ReceiveMultiple` and `EndOfStream` come on the upstream streaming thread, everything
+/// else on the thread that builds the graph. The pin's lock is held by `registerSink`, `unregisterSink` and
+/// `ReceiveMultiple` (while it calls the sink), so no sink vanishes during a batch. `Receive` runs unlocked.
+class MARVO_API dvInputPin : public dvObj<IPin>, public IMemInputPin {
+public:
+    /// A pin of `filter`, which is not referenced. The last argument is not used.
+    dvInputPin(IBaseFilter* filter, const wchar_t* name, int);
+    ~dvInputPin() override;
+
+    /// Sets the object that gets the samples. It must be there before the pin is connected.
+    void registerSink(dvSink* sink);
+    /// Takes the sink away, after a batch being delivered.
+    void unregisterSink();
+    /// Adds a copy of the type to those that the pin enumerates; beyond 16 it is dropped.
+    void addType(dvMediaType& type);
+    /// The connection type, all zero before the first connection.
+    _AMMediaType* type() { return type_; }
+    /// The allocator that the upstream pin named last, null when none; no reference is added.
+    IMemAllocator* allocator() const { return allocator_; }
+
+    /// `IUnknown` and `IPin`, `IMemInputPin`.
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override;
+    /// References the filter as well.
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    /// Releases the filter as well, which may end both.
+    ULONG STDMETHODCALLTYPE Release() override;
+
+    /// Takes `pin` as the peer, with a copy of `mt`, without asking either. `VFW_E_ALREADY_CONNECTED` when
+    /// connected.
+    HRESULT STDMETHODCALLTYPE Connect(IPin* pin, const AM_MEDIA_TYPE* mt) override;
+    /// As `Connect`, when the sink accepts the type; else `VFW_E_TYPE_NOT_ACCEPTED`.
+    HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pin, const AM_MEDIA_TYPE* mt) override;
+    /// Forgets the peer and what came with it; `S_FALSE` when not connected.
+    HRESULT STDMETHODCALLTYPE Disconnect() override;
+    /// The peer with a reference added; `VFW_E_NOT_CONNECTED`, whatever the argument, when there is none.
+    HRESULT STDMETHODCALLTYPE ConnectedTo(IPin** pin) override;
+    /// A copy of the connection type, connected or not. Its format block is the caller's, from the process
+    /// heap.
+    HRESULT STDMETHODCALLTYPE ConnectionMediaType(AM_MEDIA_TYPE* mt) override;
+    /// The filter with a reference added, the direction and the name.
+    HRESULT STDMETHODCALLTYPE QueryPinInfo(PIN_INFO* info) override;
+    /// `PINDIR_INPUT`.
+    HRESULT STDMETHODCALLTYPE QueryDirection(PIN_DIRECTION* direction) override;
+    /// The name, in memory of COM's task allocator.
+    HRESULT STDMETHODCALLTYPE QueryId(LPWSTR* id) override;
+    /// Asks the sink; `VFW_E_TYPE_NOT_ACCEPTED` also without one.
+    HRESULT STDMETHODCALLTYPE QueryAccept(const AM_MEDIA_TYPE* mt) override;
+    /// Deliberate: always the one enumerator of this pin, with a reference added and its position as it is.
+    HRESULT STDMETHODCALLTYPE EnumMediaTypes(IEnumMediaTypes** out) override;
+    /// None.
+    HRESULT STDMETHODCALLTYPE QueryInternalConnections(IPin** pins, ULONG* n) override;
+    /// Tells the sink.
+    HRESULT STDMETHODCALLTYPE EndOfStream() override;
+    /// Flushing is not needed, since nothing is kept here: `S_OK`.
+    HRESULT STDMETHODCALLTYPE BeginFlush() override;
+    /// As `BeginFlush`.
+    HRESULT STDMETHODCALLTYPE EndFlush() override;
+    /// Ignored: `S_OK`.
+    HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
+
+    /// The allocator that was notified; with a reference added only for a foreign peer.
+    HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** allocator) override;
+    /// Keeps the allocator, referenced while connected. Unconnected, the caller's reference is taken over:
+    /// the destructor releases it.
+    HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) override;
+    /// The properties of the allocator that was notified; the record stays as it is without one.
+    HRESULT STDMETHODCALLTYPE GetAllocatorRequirements(ALLOCATOR_PROPERTIES* properties) override;
+    /// Hands the sample to the sink, whose answer is ignored: `S_OK`.
+    HRESULT STDMETHODCALLTYPE Receive(IMediaSample* sample) override;
+    /// Hands each sample to the sink. `done` counts those taken. By the house's rules a refused sample is
+    /// released, one taken is the sink's, and without a sink all are released.
+    HRESULT STDMETHODCALLTYPE ReceiveMultiple(IMediaSample** samples, long n, long* done) override;
+    /// `S_FALSE`.
+    HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override;
+
+private:
+    bool isForeign() const { return !house_; }
+    bool accepts(const AM_MEDIA_TYPE* mt);
+    HRESULT checkUnconnected(IPin* pin) const;
+    void takeConnection(IPin* pin, const AM_MEDIA_TYPE* mt);
+    void dropAllocator();
+
+    vcore::semaphore lock_;
+    IBaseFilter* const filter_;
+    dvMediaType type_;
+    IPin* peer_ = nullptr;
+    std::atomic<bool> house_{true}; // unconnected, or connected to an own pin
+    pinName name_;
+    IMemAllocator* allocator_ = nullptr;
+    bool allocatorReferenced_ = false;
+    std::atomic<dvSink*> sink_{nullptr};
+    dvEnumMediaTypes types_;
+};
+
+} // namespace vvideo

@@ -1,0 +1,102 @@
+#include "marvo/core/vobject.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using vcore::vObject;
+
+namespace {
+
+struct other {
+    virtual ~other() = default;
+    int padding = 1;
+};
+
+// A receiver whose signal base is virtual and not its first base.
+struct receiver : other, virtual vObject {
+    void onPool(unsigned long long in, unsigned long long out, unsigned long size) {
+        calls.push_back({in, out, size});
+    }
+    virtual void onIn(unsigned long long in) { calls.push_back({in}); }
+    void onNothing() { from = sender(); }
+    void onceOnly() { sender()->disconnect(*this); }
+    std::vector<std::vector<unsigned long long>> calls;
+    vObject* from = nullptr;
+};
+
+int plainCalls;
+void plainFunction(int value) {
+    plainCalls += value;
+}
+
+std::vector<std::uintptr_t> got;
+void takesThree(std::uintptr_t a, std::uintptr_t b, std::uintptr_t c) {
+    got = {a, b, c};
+}
+
+} // namespace
+
+TEST(Signal, UnpacksItsArgumentsForEachReceiver) {
+    vObject source;
+    receiver a, b;
+    EXPECT_TRUE(source.connect(L"poolInfo", &a, &a, &receiver::onPool));
+    EXPECT_TRUE(source.connect(L"poolInfo", &b, nullptr, &receiver::onIn));
+    EXPECT_EQ(source.emitSignal(L"poolInfo", 20, 1ull << 40, 7ull, 300ul), 2);
+    EXPECT_EQ(a.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40, 7, 300}}));
+    EXPECT_EQ(b.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40}}));
+    EXPECT_TRUE(a.sender() == &source && !b.sender()) << "no receiver object, so no sender";
+    a.calls.clear();
+    for (int argBytes : {8, 1000, -1}) {
+        source.emitSignal(L"poolInfo", argBytes, 5ull);
+    }
+    EXPECT_EQ(a.calls, (std::vector<std::vector<unsigned long long>>{{5, 0, 0}, {5, 0, 0}, {0, 0, 0}}))
+        << "bytes that were not emitted are 0";
+}
+
+TEST(Signal, KeepsOneLinkPerFunctionReceiverAndName) {
+    vObject source;
+    receiver a, b;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(source.connect(L"s", &a, &a, &receiver::onNothing));
+        EXPECT_TRUE(source.connect(L"s", &b, &b, &receiver::onNothing));
+        EXPECT_TRUE(source.connect(L"s", &a, &a, &receiver::onIn));
+        EXPECT_TRUE(source.connect(L"t", &a, &a, &receiver::onNothing));
+    }
+    EXPECT_EQ(source.emitSignal(L"S", 0), 0) << "letter case matters";
+    EXPECT_EQ(source.emitSignal(L"s", 0), 3);
+    source.disconnect(static_cast<void*>(&b));
+    EXPECT_EQ(source.emitSignal(L"s", 0), 2);
+    source.disconnect(static_cast<vObject&>(a));
+    EXPECT_EQ(source.emitSignal(L"t", 0), 0);
+}
+
+TEST(Signal, LetsReceiversDisconnectAndConnectWhileCalled) {
+    vObject source;
+    receiver first, second;
+    source.connect(L"s", &first, &first, &receiver::onceOnly);
+    source.connect(L"s", &second, &second, &receiver::onNothing);
+    EXPECT_EQ(source.emitSignal(L"s", 0), 1) << "the list has moved up under the emitter's index";
+    EXPECT_TRUE(source.emitSignal(L"s", 0) == 1 && second.from == &source);
+}
+
+TEST(Signal, ReachesPlainFunctionsAndOtherObjectsSignals) {
+    vObject source, relay;
+    plainCalls = 0;
+    source.connectFunc(L"s", &plainFunction);
+    source.connectSignal(L"s", relay);
+    relay.connectFunc(L"s", &plainFunction);
+    EXPECT_TRUE(source.emitSignal(L"s", 4, 21) == 2 && plainCalls == 42);
+    source.disconnect();
+    EXPECT_EQ(source.emitSignal(L"s", 4, 21), 0);
+}
+
+TEST(CallFunc, PassesStackWords) {
+    const std::uintptr_t words[] = {10, 20, 30};
+    void* const function = reinterpret_cast<void*>(&takesThree);
+    EXPECT_TRUE(vObject::callFunc(function, words, 2 * sizeof(*words) + 1));
+    EXPECT_EQ(got, (std::vector<std::uintptr_t>{10, 20, 30})) << "a partial word is filled up with 0";
+    EXPECT_FALSE(vObject::callFunc(nullptr, words, 4) || vObject::callFunc(function, nullptr, 4) ||
+                 vObject::callFunc(function, words, vObject::maxCallBytes + 1) ||
+                 vObject::callFunc(function, words, -1));
+}
