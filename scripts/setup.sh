@@ -6,6 +6,8 @@ set -euo pipefail
 
 packages=(
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 cmake ninja-build googletest
+    # For the programs around the library; header-only.
+    nlohmann-json3-dev libcli11-dev
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
     ffmpeg imagemagick jq python3 doxygen
     # Other software that reads and writes AVI files, for the tests.
