@@ -63,10 +63,19 @@ void dvOutputPin::setTransport(reference<IMemInputPin> next, bool own) {
 }
 
 bool dvOutputPin::deliver(IMediaSample* sample) {
-    if (sample) {
+    const transport to = useTransport();
+    if (!sample) {
+        return !to.pin;
+    }
+    // An own peer uses a reference up, so it gets one of its own.
+    if (to.own) {
         sample->AddRef();
     }
-    return sendSample(sample);
+    const bool taken = send(to, sample);
+    if (to.own && !taken) {
+        sample->Release();
+    }
+    return taken;
 }
 
 bool dvOutputPin::sendSample(IMediaSample* sample) {
@@ -74,18 +83,22 @@ bool dvOutputPin::sendSample(IMediaSample* sample) {
     if (!sample) {
         return !to.pin;
     }
-    HRESULT result = S_OK;
-    if (to.own) {
-        result = to.pin->Receive(sample);
-        if (SUCCEEDED(result)) {
-            return true;
-        }
-    } else if (to.pin) {
-        const vwin::winthread::killable foreignCall;
-        result = to.pin->Receive(sample);
+    const bool taken = send(to, sample);
+    if (!to.pin || !taken) {
+        sample->Release();
     }
-    sample->Release();
-    return SUCCEEDED(result);
+    return taken;
+}
+
+bool dvOutputPin::send(const transport& to, IMediaSample* sample) {
+    if (!to.pin) {
+        return true;
+    }
+    if (to.own) {
+        return SUCCEEDED(to.pin->Receive(sample));
+    }
+    const vwin::winthread::killable foreignCall;
+    return SUCCEEDED(to.pin->Receive(sample));
 }
 
 void dvOutputPin::sendSamples(IMediaSample** samples, long n) {
@@ -100,8 +113,6 @@ void dvOutputPin::sendSamples(IMediaSample** samples, long n) {
         } catch (...) {
             // A receiver's fault must not stop the sender.
         }
-    }
-    if (to.own) {
         return;
     }
     for (long i = 0; i < n; ++i) {

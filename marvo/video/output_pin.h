@@ -44,10 +44,13 @@ public:
     /// peer failed; true also when there is none. A worker thread may be killed while a foreign peer holds it
     /// up.
     bool deliver(IMediaSample* sample);
-    /// The same, but one reference of the caller is used up, in every case.
+    /// The same, but the caller's reference is released when the peer failed or there is none. Nothing is
+    /// released here when the peer took the sample: an own peer has released it, by the house's rules, and
+    /// with a foreign one it is still the caller's. A filter that does not know its peer uses `deliver`.
     bool sendSample(IMediaSample* sample);
-    /// Hands `n` samples on. One reference of each is used up, but a sample that an own peer's sink took is
-    /// the sink's from then on.
+    /// Hands `n` samples on at once. With a peer nothing is released here, also when it failed: a foreign one
+    /// leaves the references to the caller, an own one releases each sample that its sink refused. Without a
+    /// peer one reference of each is released.
     void sendSamples(IMediaSample** samples, long n);
 
     /// `IUnknown` and `IPin`.
@@ -94,6 +97,7 @@ private:
     void setPeer(IPin* pin, bool own, bool referenced);
     void setTransport(reference<IMemInputPin> next, bool own);
     transport useTransport() const;
+    static bool send(const transport& to, IMediaSample* sample);
 
     IBaseFilter* filter_;
     dvMediaType type_;
