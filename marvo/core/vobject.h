@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 #include <tuple>
 #include <type_traits>
@@ -127,8 +128,9 @@ private:
         if (left >= size) {
             std::memcpy(&value, args, size);
         }
-        args += std::min(left, size);
-        left -= std::min(left, size);
+        const int taken = left < size ? left : size;
+        args += taken;
+        left -= taken;
         return value;
     }
 
