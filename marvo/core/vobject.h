@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 #include <tuple>
 #include <type_traits>
@@ -128,8 +129,9 @@ private:
         if (left >= size) {
             std::memcpy(&value, args, size);
         }
-        args += std::min(left, size);
-        left -= std::min(left, size);
+        const int taken = left < size ? left : size;
+        args += taken;
+        left -= taken;
         return value;
     }
 
