@@ -49,7 +49,7 @@ public:
         if (!allocArray(count_ + 1)) {
             return false;
         }
-        at = std::min(at, count_);
+        at = (std::min)(at, count_);
         std::move_backward(begin() + at, end(), end() + 1);
         items_[at] = element;
         ++count_;
@@ -111,7 +111,7 @@ public:
         if (&source == this || source.count_ > maxCapacity - count_ || !allocArray(count_ + source.count_)) {
             return false;
         }
-        at = std::min(at, count_);
+        at = (std::min)(at, count_);
         std::move_backward(begin() + at, end(), end() + source.count_);
         std::copy(source.begin(), source.end(), begin() + at);
         count_ += source.count_;

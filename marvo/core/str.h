@@ -6,7 +6,13 @@
 #include "marvo/core/strtoken.h"
 
 #include <climits>
+#include <cstddef>
 #include <ctime>
+
+// Windows' and DirectShow's headers may have made a macro of this name, which the class publishes: it is put
+// back behind the class.
+#pragma push_macro("sprintf")
+#undef sprintf
 
 namespace vcore {
 
@@ -344,3 +350,5 @@ private:
 };
 
 } // namespace vcore
+
+#pragma pop_macro("sprintf")

@@ -127,8 +127,9 @@ private:
         if (left >= size) {
             std::memcpy(&value, args, size);
         }
-        args += std::min(left, size);
-        left -= std::min(left, size);
+        const int taken = left < size ? left : size;
+        args += taken;
+        left -= taken;
         return value;
     }
 
