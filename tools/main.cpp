@@ -1,5 +1,6 @@
 /// @file
 /// dvrec: the command line for recordings.
+#include "marvo/version.h"
 #include "tools/commands.h"
 #include "tools/interruption.h"
 #include "tools/text.h"
@@ -33,6 +34,10 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
     if (words.empty() || asksForHelp(words.front())) {
         std::fputs(dvrec::helpForAll().c_str(), words.empty() ? stderr : stdout);
         return words.empty() ? dvrec::ExitStatus::usage : dvrec::ExitStatus::fine;
+    }
+    if (words.front() == L"--version") {
+        std::printf("dvrec %d.%d.%d\n", marvo::versionMajor, marvo::versionMinor, marvo::versionPatch);
+        return dvrec::ExitStatus::fine;
     }
     const std::string name = dvrec::utf8(words.front());
     words.erase(words.begin());

@@ -4,8 +4,7 @@
 
 #include "marvo/com/com_filter.h"
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 namespace vwin {
 

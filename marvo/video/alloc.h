@@ -2,10 +2,9 @@
 /// The source of media samples.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 

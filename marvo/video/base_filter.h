@@ -2,11 +2,10 @@
 /// The base of the library's own filters.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/obj.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 

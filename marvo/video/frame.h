@@ -2,9 +2,8 @@
 /// One DV frame in memory.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
-
-#include <dshow.h>
 
 #include <memory>
 

@@ -2,6 +2,7 @@
 /// The input pin.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/core/semaphore.h"
 #include "marvo/video/enum_media_types.h"
@@ -9,8 +10,6 @@
 #include "marvo/video/obj.h"
 #include "marvo/video/own_pin.h"
 #include "marvo/video/sink.h"
-
-#include <dshow.h>
 
 #include <atomic>
 

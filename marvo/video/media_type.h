@@ -2,10 +2,10 @@
 /// Media types and the DV frame geometry.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/dv/dv_system.h"
 
-#include <dshow.h>
 #include <dvdmedia.h>
 
 namespace vvideo {

@@ -2,14 +2,13 @@
 /// The output pin.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/mutex2.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/media_type.h"
 #include "marvo/video/obj.h"
 #include "marvo/video/own_pin.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 

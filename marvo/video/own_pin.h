@@ -2,9 +2,8 @@
 /// How the library's own pins know each other.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 
