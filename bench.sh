@@ -1,7 +1,7 @@
 #!/bin/bash
-# bench.sh [ARGUMENTS...]: sets up what is missing, builds the 32-bit release and runs the measurements, which get
-# the arguments (--help tells which). They print a table and leave it in out/bench.json; the exit status is 1 when a
-# target is missed. The figures are this machine's, under Wine.
+# bench.sh [ARGUMENTS...]: sets up what is missing, builds the 32-bit release and runs the measurements, which
+# get the arguments (--help tells which). They print a table and leave it in out/bench.json; the exit status
+# is 1 when a target is missed. The figures are this machine's, under Wine.
 set -euo pipefail
 cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh
@@ -11,9 +11,10 @@ scripts/setup.sh
 if [[ -x scripts/make_streams.sh ]]; then
     scripts/make_streams.sh build/streams >&2
 fi
-build_target win32 marvo-bench marvo-devices
+build_preset win32 marvo-bench marvo-devices
 [[ -f build/win32/bin/marvo-bench.exe ]] ||
-    die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its CMakeLists.txt."
+    die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its" \
+        "CMakeLists.txt."
 compared=()
 if [[ " $* " != *" --help "* && (" $* " != *" --only "* || " $* " == *" --only avi "*) ]]; then
     rounds=11
@@ -21,4 +22,5 @@ if [[ " $* " != *" --help "* && (" $* " != *" --only "* || " $* " == *" --only a
     scripts/bench_ffmpeg.sh "$rounds" build/win32/scratch/bench/ffmpeg.txt
     compared=(--ffmpeg 'R:\build\win32\scratch\bench\ffmpeg.txt')
 fi
-MARVO_CWD=build/win32/scratch/bench scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "${compared[@]}" "$@"
+export MARVO_CWD=build/win32/scratch/bench
+scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "${compared[@]}" "$@"

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Sets up what is missing, builds the 32-bit product, and plays one instant-replay session on a simulated DV camera:
-# live, record, pause, replay, slow motion, backwards, seek, live, stop. Leaves everything in out/demo/ and checks it
-# against the camera's stream.
+# Sets up what is missing, builds the 32-bit product, and plays one instant-replay session on a simulated DV
+# camera: live, record, pause, replay, slow motion, backwards, seek, live, stop. Leaves everything in
+# out/demo/ and checks it against the camera's stream.
 set -euo pipefail
 cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh
@@ -14,9 +14,9 @@ demo.sh [--window]
 
   --window  plays in a window on your display instead of an invisible one
 
-Leaves in out/demo/: source.dv (the camera's stream), recording.raw and recording.avi (two recordings as the engine
-wrote them; any video player opens the second), PNG screenshots, report.json (every step with time, result and frame
-numbers), session.log and marvo.log.
+Leaves in out/demo/: source.dv (the camera's stream), recording.raw and recording.avi (two recordings as the
+engine wrote them; any video player opens the second), PNG screenshots, report.json (every step with time,
+result and frame numbers), session.log and marvo.log.
 END
 }
 
@@ -25,7 +25,8 @@ read_options() {
     case ${1:-} in
         '') ;;
         --window)
-            [[ -n ${DISPLAY:-} ]] || die "--window needs a display, but DISPLAY is empty. Without --window none is needed."
+            [[ -n ${DISPLAY:-} ]] ||
+                die "--window needs a display, but DISPLAY is empty. Without --window none is needed."
             window=1
             ;;
         --help | -h)
@@ -69,7 +70,7 @@ step "set up"
 scripts/setup.sh
 scripts/make_streams.sh build/streams
 step "build"
-build_target win32 marvo-host marvo-devices
+build_preset win32 marvo-host marvo-devices
 prepare_output
 step "play a session (about 30 s)"
 play

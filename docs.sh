@@ -1,5 +1,6 @@
 #!/bin/bash
-# Sets up what is missing and makes the reference and the written documentation as web pages in build/docs/html.
+# Sets up what is missing and makes the reference and the written documentation as web pages in
+# build/docs/html.
 set -euo pipefail
 cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh

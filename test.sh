@@ -6,19 +6,20 @@ cd -P "${BASH_SOURCE[0]%/*}"
 
 usage() {
     cat <<'END'
-test.sh [--target win32|win64] [--filter REGEX] [--long]
+test.sh [--target PRESET] [--filter REGEX] [--long]
 
-  --target T      only this target (default: win32, then win64)
+  --target PRESET only this one: win32, win64, win32-debug, ... (default: win32, then win64)
   --filter REGEX  only the parts whose name matches, as for ctest -R (core, video.0, ...)
   --long          the slow variants of the tests as well
   MARVO_JOBS=N    in the environment: parts at the same time (default: two per processor)
 
-A part that fails is run once more, alone, and its second results count: a machine that is busy with other things does
-not spoil a run. What failed at first and passed then is named at the end ("passed when run again alone"), so that it is
-seen. A part that fails twice has failed.
+A part that fails is run once more, alone, and its second results count: a machine that is busy with other
+things does not spoil a run. What failed at first and passed then is named at the end ("passed when run again
+alone"), so that it is seen. A part that fails twice has failed, and so has one that ran no test.
 
-The results of each part are left in build/<target>/results/*.json, those of a failed first run in results/first/. Exit
-status 0 when every test passed.
+build/<preset>/results/ keeps ctest's report (ctest.xml) and the results of each part (*.json); when parts had
+to be run again, these are the second run's, and those of the first are in results/first/. Exit status 0 when
+every test passed.
 END
 }
 
@@ -27,8 +28,8 @@ read_options() {
     while (($# > 0)); do
         case $1 in
             --target)
-                check_target "${2:-}"
-                targets=("$2")
+                choose_build "${2:-}"
+                targets=("$build")
                 shift
                 ;;
             --filter)
@@ -47,47 +48,48 @@ read_options() {
     done
 }
 
-# Runs the parts of a target that match a regular expression (empty: all), so many at the same time, and counts the
-# results of all that are wanted. Sets $status, $passed, $failed and $skipped.
-# run_parts TARGET REGEX JOBS
+# Runs parts of a preset's tests and keeps ctest's report beside their results.
+# run_parts PRESET CTEST_OPTIONS...
 run_parts() {
-    local target=$1 counts
-    status=0
-    rm -f "build/$target/Testing/Temporary/LastTestsFailed.log"
-    ctest --preset "$target" ${2:+-R "$2"} --no-tests=ignore -j "$3" </dev/null || status=$?
-    counts=$(scripts/count_results.sh "$target" "$status" "$filter") || die "the results of $target could not be counted."
-    read -r passed failed skipped <<<"$counts"
+    local preset=$1 report=$root/build/$1/results/ctest.xml status=0
+    shift
+    ctest --preset "$preset" --output-junit "$report" "$@" </dev/null || status=$?
+    # 8 only says that a test failed; after anything else nothing may look whole.
+    if ((status != 0 && status != 8)); then
+        say "$preset: ctest itself ended with status $status"
+        total_failed=$((total_failed + 1))
+    fi
+    return "$status"
 }
 
-# Gives the parts of a target that have failed their second chance, and notes in $second_chance what took it.
+# Gives the parts that have failed their second chance, one after the other; ctest's own repetition would come
+# at once, beside the other parts that may have been the reason. The first run's results are kept.
 run_failed_parts_again() {
-    local target=$1 failures=build/$1/failed.tsv first=build/$1/results/first part parts name
-    mkdir -p "$first"
-    mv "$failures" "$first/failed.tsv"
-    mapfile -t parts < <(cut -f 1 "$first/failed.tsv" | sort -u)
-    for part in "${parts[@]}"; do
-        mv "build/$target/results/$part.json" "$first/" 2>/dev/null || true
-    done
-    step "test $target again, alone: ${parts[*]}"
+    local preset=$1 results=build/$1/results
+    mv "$results" "$results.first"
+    mkdir "$results"
+    mv "$results.first" "$results/first"
+    step "test $preset again, what has failed, one part after the other"
     # Ends what a part that hung has left, too.
     scripts/stop.sh
-    run_parts "$target" "^($(IFS='|' && printf '%s' "${parts[*]//./\\.}"))\$" 1
-    while IFS=$'\t' read -r part name; do
-        cut -f 1 "$failures" | grep -qxF "$part" || second_chance+=("$target: passed when run again alone: $name")
-    done <"$first/failed.tsv"
+    run_parts "$preset" --rerun-failed -j 1 || true
 }
 
-# Runs one target's tests; the counts are added to $total_passed and $total_failed and kept for the end.
+# Runs one preset's tests; the counts are added to $total_passed and $total_failed and kept for the end.
 run_tests() {
-    local target=$1 status passed failed skipped
-    step "test $target"
-    rm -rf "build/$target/results" "build/$target/scratch"
-    run_parts "$target" "$filter" "$jobs"
-    if [[ -s build/$target/failed.tsv ]] && ((status == 0 || status == 8)); then
-        run_failed_parts_again "$target"
-    fi
-    ((skipped == 0)) || step "$target: $skipped skipped"
-    summary+=("$target: $passed passed, $failed failed")
+    local preset=$1 results=build/$1/results counts passed failed skipped
+    step "test $preset"
+    rm -rf "$results" "build/$preset/scratch"
+    mkdir -p "$results"
+    run_parts "$preset" ${filter:+-R "$filter"} --no-tests=ignore -j "$jobs" || {
+        [[ $? -ne 8 ]] || run_failed_parts_again "$preset"
+    }
+    mapfile -t counts < <(scripts/test_results.py "$results")
+    ((${#counts[@]} > 0)) || die "the results of $preset could not be counted."
+    read -r passed failed skipped <<<"${counts[0]}"
+    second_chance+=("${counts[@]:1}")
+    ((skipped == 0)) || step "$preset: $skipped skipped"
+    summary+=("$preset: $passed passed, $failed failed")
     total_passed=$((total_passed + passed))
     total_failed=$((total_failed + failed))
 }
@@ -105,7 +107,7 @@ if [[ -x scripts/make_streams.sh ]]; then
 fi
 for target in "${targets[@]}"; do
     step "build $target"
-    build_target "$target"
+    build_preset "$target"
 done
 for target in "${targets[@]}"; do
     run_tests "$target"
@@ -115,6 +117,6 @@ step "done"
 if ((total_passed + total_failed == 0)); then
     say "test.sh: no test ran${filter:+: nothing matches $filter}. That counts as a failure."
 fi
-((${#second_chance[@]} == 0)) || printf '%s\n' "${second_chance[@]}"
+((${#second_chance[@]} == 0)) || printf 'passed when run again alone: %s\n' "${second_chance[@]}"
 printf '%s\n' "${summary[@]}" "$total_passed passed, $total_failed failed"
 ((total_failed == 0 && total_passed > 0))

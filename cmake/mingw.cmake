@@ -1,5 +1,5 @@
-# Cross-build with MinGW-w64; the including toolchain file sets MARVO_TARGET and MARVO_TRIPLET. The posix thread model
-# gives tests and tools std::thread; the library itself uses Win32 threads only.
+# Cross-build with MinGW-w64; the including toolchain file sets MARVO_TARGET and MARVO_TRIPLET. The posix
+# thread model gives tests and tools std::thread; the library itself uses Win32 threads only.
 set(CMAKE_SYSTEM_NAME Windows)
 
 set(CMAKE_C_COMPILER ${MARVO_TRIPLET}-gcc-posix)

@@ -1,12 +1,14 @@
-# The rooms of the library. Each is an object library, and together they are the one DLL. A room is compiled with a view
-# of its own: build/<target>/rooms/<room>/marvo/<room> links to the room's folder, and only the views of the rooms that
-# it stands on are on its include path. So an include of a room above it does not compile.
+# The rooms of the library. Each is an object library, and together they are the one DLL. A room is compiled
+# with a view of its own: build/<target>/rooms/<room>/marvo/<room> links to the room's folder, and only the
+# views of the rooms that it stands on are on its include path. So an include of a room above it does not
+# compile.
 
 # marvo_room(name [STANDS_ON rooms...] SOURCES sources...)
 function(marvo_room name)
     cmake_parse_arguments(arg "" "" "STANDS_ON;SOURCES" ${ARGN})
     if(arg_UNPARSED_ARGUMENTS)
-        message(FATAL_ERROR "marvo_room(${name}): '${arg_UNPARSED_ARGUMENTS}' is neither behind STANDS_ON nor SOURCES")
+        message(FATAL_ERROR
+            "marvo_room(${name}): '${arg_UNPARSED_ARGUMENTS}' is neither behind STANDS_ON nor SOURCES")
     endif()
     set(view ${CMAKE_BINARY_DIR}/rooms/${name})
     file(MAKE_DIRECTORY ${view}/marvo)

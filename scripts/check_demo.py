@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks what a demo session left behind against the camera's stream, and prints a short table.
 
-check_demo.py DIR: DIR holds source.dv, camera.log, recording.raw, recording.avi, report.json and the screenshots. Exit
-status 0 only if every check held.
+check_demo.py DIR: DIR holds source.dv, camera.log, recording.raw, recording.avi, report.json and the
+screenshots. Exit status 0 only if every check held.
 """
 
 import json
@@ -54,20 +54,22 @@ def read_recording(path):
 
 def read_avi(path):
     """The frames that other software finds in the AVI file, or the reason why they are none."""
-    counted = subprocess.run(["ffprobe", "-v", "error", "-count_packets", "-select_streams", "v:0", "-show_entries",
-                              "stream=codec_name,width,height,nb_frames,nb_read_packets", "-of", "json", str(path)],
+    counted = subprocess.run(["ffprobe", "-v", "error", "-count_packets", "-select_streams", "v:0",
+                              "-show_entries", "stream=codec_name,width,height,nb_frames,nb_read_packets",
+                              "-of", "json", str(path)],
                              capture_output=True)
     if counted.returncode:
         return [], counted.stderr.decode(errors="replace").strip()
     stream = json.loads(counted.stdout)["streams"][0]
-    copied = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:v:0", "-c", "copy",
+    copied = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:v:0",
+                             "-c", "copy",
                              "-f", "rawvideo", "-"], check=True, capture_output=True).stdout
     frames = [copied[i:i + FRAME_BYTES] for i in range(0, len(copied), FRAME_BYTES)]
     if (stream["codec_name"], stream["width"], stream["height"]) != ("dvvideo", 720, 576):
         return frames, f"ffprobe sees {stream}"
     if not int(stream["nb_frames"]) == int(stream["nb_read_packets"]) == len(frames):
-        return frames, (f"the header says {stream['nb_frames']} frames, ffprobe counts {stream['nb_read_packets']}, "
-                        f"ffmpeg copies {len(frames)}")
+        return frames, (f"the header says {stream['nb_frames']} frames, "
+                        f"ffprobe counts {stream['nb_read_packets']}, ffmpeg copies {len(frames)}")
     return frames, ""
 
 
@@ -92,7 +94,8 @@ def check_recording(table, name, source, recorded, deliveries, written):
     # The stream is shorter than the session, so the recording is looked for in the camera's own log.
     starts = [i for i in range(len(deliveries) - len(order) + 1) if deliveries[i:i + len(order)] == order]
     table.add(f"{name}: the camera's log agrees", bool(starts), f"{len(deliveries)} frames delivered in all")
-    table.add(f"{name}: as many frames as the engine reports", len(frames) == written, f"{written} reported written")
+    table.add(f"{name}: as many frames as the engine reports", len(frames) == written,
+              f"{written} reported written")
     return order[0]
 
 
@@ -120,7 +123,8 @@ def gray_pictures(arguments):
     """Pictures of the grid's size, as bytes of brightness."""
     size = f"{GRID[0]}:{GRID[1]}"
     made = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", *arguments[:2], "-vf",
-                           ",".join([*arguments[2:], f"scale={size}:flags=area"]), "-pix_fmt", "gray", "-f", "rawvideo",
+                           ",".join([*arguments[2:], f"scale={size}:flags=area"]), "-pix_fmt", "gray", "-f",
+                           "rawvideo",
                            "-"], check=True, capture_output=True).stdout
     length = GRID[0] * GRID[1]
     return [made[i:i + length] for i in range(0, len(made), length)]

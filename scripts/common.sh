@@ -15,6 +15,16 @@ check_target() {
     [[ ${1:-} == win32 || ${1:-} == win64 ]] || die "the target must be win32 or win64, not '${1:-}'."
 }
 
+# Sets $build, the name of a preset and of its folder in build/ (win32, win64-debug), and $target, the Windows
+# that it is for.
+# choose_build PRESET
+choose_build() {
+    # shellcheck disable=SC2034 # for the caller
+    build=$1
+    target=${1%%-*}
+    check_target "$target"
+}
+
 # Background servers must not keep a caller's pipe or lock open, so every descriptor but the standard three is
 # closed and those lead nowhere. Runs the command in a session of its own with descriptor 3 writing to a file;
 # its process id is in $!.
@@ -57,7 +67,8 @@ wine_environment() {
     export WINEPREFIX=${2:-$wine_dir/prefix-$target}
     export WINEARCH=$target
     export WINEDEBUG=${WINEDEBUG:--all}
-    # Without a UTF-8 locale Wine cannot create files with all letters, and a user's own would choose the code page.
+    # Without a UTF-8 locale Wine cannot create files with all letters, and a user's own would choose the code
+    # page.
     export LC_ALL=C.UTF-8
     # winedbg would hang on a crash instead of ending the program; .NET and HTML are never wanted.
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=;winedbg.exe=}
@@ -141,18 +152,19 @@ display_runs() {
     [[ -n $started && $started == "$display_start" ]]
 }
 
-# Configures a target and builds it, or only the named programs and what they need; silent unless something is wrong.
-# build_target TARGET [PROGRAM...]
-build_target() {
-    local target=$1 log=$root/build/$1/configure.log
+# Configures a preset and builds it, or only the named programs and what they need; silent unless something is
+# wrong.
+# build_preset PRESET [PROGRAM...]
+build_preset() {
+    local preset=$1 log=$root/build/$1/configure.log
     shift
-    mkdir -p "$root/build/$target"
-    if ! (cd "$root" && cmake --preset "$target") >"$log" 2>&1; then
+    mkdir -p "$root/build/$preset"
+    if ! (cd "$root" && cmake --preset "$preset") >"$log" 2>&1; then
         cat "$log" >&2
-        die "$target could not be configured (cmake's message is above)."
+        die "$preset could not be configured (cmake's message is above)."
     fi
-    (cd "$root" && cmake --build --preset "$target" -- --quiet "$@") >&2 ||
-        die "$target does not build (the compiler's messages are above)."
+    (cd "$root" && cmake --build --preset "$preset" -- --quiet "$@") >&2 ||
+        die "$preset does not build (the compiler's messages are above)."
 }
 
 # A line of progress with the seconds since the script began.

@@ -3,9 +3,9 @@
 
 extract_examples.py DOCUMENT OUTPUT
 
-Every block marked as cpp becomes one test, named after the heading above it. The examples' `assert` becomes a check of
-the test, which names the document's line. A block that asserts nothing is an error: it would prove nothing but that it
-compiles.
+Every block marked as cpp becomes one test, named after the heading above it. The examples' `assert` becomes a
+check of the test, which names the document's line. A block that asserts nothing is an error: it would prove
+nothing but that it compiles.
 """
 import re
 import sys

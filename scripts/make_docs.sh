@@ -1,5 +1,6 @@
 #!/bin/bash
-# make_docs.sh DIR: makes the reference of everything that marvo.h offers, and the written documentation, as web pages
+# make_docs.sh DIR: makes the reference of everything that marvo.h offers, and the written documentation, as
+# web pages
 # in DIR. Fails with Doxygen's words when a public class or member has no comment.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"

@@ -1,9 +1,9 @@
 #!/bin/bash
 # make_streams.sh OUTDIR: makes the DV test streams OUTDIR/pal.dv and OUTDIR/ntsc.dv, 8 seconds each.
 #
-# Raw DV as a camera sends it: a moving test picture in saturated colours, the frame's number burnt in so large that it
-# can be read from the mean of every 8x8 block alone, and a stereo tone. Every frame differs from every other.
-# Complete streams are kept; a stream that was cut short is made again.
+# Raw DV as a camera sends it: a moving test picture in saturated colours, the frame's number burnt in so
+# large that it can be read from the mean of every 8x8 block alone, and a stereo tone. Every frame differs
+# from every other. Complete streams are kept; a stream that was cut short is made again.
 set -euo pipefail
 
 die() {

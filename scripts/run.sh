@@ -1,9 +1,10 @@
 #!/bin/bash
-# run.sh win32|win64 PROGRAM [ARGUMENTS...]
+# run.sh PRESET PROGRAM [ARGUMENTS...]
 #
-# Runs a Windows program under that target's Wine; the exit status is the program's (its low 8 bits). PROGRAM is a
-# file inside the repository, or the name of one in build/<target>/bin. The repository is drive R:, and the current
-# directory stays what it is when it lies inside the repository.
+# Runs a Windows program of a preset (win32, win64, win32-debug, ...) under its target's Wine; the exit status
+# is the program's (its low 8 bits). PROGRAM is a file inside the repository, or the name of one in
+# build/<preset>/bin. The repository is drive R:, and the current directory stays what it is when it lies
+# inside the repository.
 #
 # Environment:
 #   MARVO_CWD=DIR           runs in this directory of the repository, made when missing
@@ -36,14 +37,15 @@ dos_path() {
 
 find_program() {
     local candidate
-    for candidate in "$1" "$root/build/$target/bin/$1" "$root/build/$target/bin/$1.exe"; do
+    for candidate in "$1" "$root/build/$build/bin/$1" "$root/build/$build/bin/$1.exe"; do
         if [[ -f $candidate ]]; then
             dos_path "the program" "$candidate"
             program=$dos
             return
         fi
     done
-    die "there is no program $1, neither here nor in build/$target/bin. Has it been built (cmake --build --preset $target)?"
+    die "there is no program $1, neither here nor in build/$build/bin. Has it been built" \
+        "(cmake --build --preset $build)?"
 }
 
 prepare_result() {
@@ -59,7 +61,7 @@ enter_directory() {
     if [[ -n ${MARVO_CWD:-} ]]; then
         mkdir -p "$wanted"
     elif [[ $(pwd -P)/ != "$root"/* ]]; then
-        wanted=$root/build/$target/scratch
+        wanted=$root/build/$build/scratch
         mkdir -p "$wanted"
     fi
     need_inside "the directory to run in" "$wanted"
@@ -77,7 +79,8 @@ prepare_display() {
     unset WAYLAND_DISPLAY
 }
 
-# A wineserver that has no program for 60 s ends. Whether it still runs is not asked, only when it was last used.
+# A wineserver that has no program for 60 s ends. Whether it still runs is not asked, only when it was last
+# used.
 server_is_warm() {
     local used=0
     [[ -r $used_file ]] && read -r used <"$used_file" || return 1
@@ -98,25 +101,34 @@ warm_server() {
 
 note_use() { printf '%s\n' "$EPOCHSECONDS" >"$used_file"; }
 
-# The stand-ins for capture device, splitter and decoder, once after each build of them.
-register_devices() {
-    [[ $devices -nt $registered ]] || return 0
-    timeout -k 5 60 "$wine" regsvr32 /s "R:\\build\\$target\\bin\\marvo-devices.dll" </dev/null >&2 ||
-        die "the simulated devices (build/$target/bin/marvo-devices.dll) could not be registered. Build them again."
-    touch -r "$devices" "$registered"
+devices_are_registered() {
+    [[ ! -f $devices || ($registered -ef $devices && ! $devices -nt $registered.time) ]]
 }
 
-prefix_is_complete() { [[ -r $wine_dir/prefix-$target/marvo-recipe && $wine_dir/prefix-$target/dosdevices/r: -ef $root ]]; }
+# The stand-ins for capture device, splitter and decoder, once after each build of them, and when another
+# preset's are those that COM knows.
+register_devices() {
+    ! devices_are_registered || return 0
+    timeout -k 5 60 "$wine" regsvr32 /s "R:\\build\\$build\\bin\\marvo-devices.dll" </dev/null >&2 ||
+        die "the simulated devices (build/$build/bin/marvo-devices.dll) could not be registered. Build" \
+            "them again."
+    ln -sfn "$devices" "$registered"
+    touch -r "$devices" "$registered.time"
+}
 
-[[ $# -ge 2 ]] || die "usage: run.sh win32|win64 PROGRAM [ARGUMENTS...]"
-check_target "$1"
-target=$1
+prefix_is_complete() {
+    local prefix=$wine_dir/prefix-$target
+    [[ -r $prefix/marvo-recipe && $prefix/dosdevices/r: -ef $root ]]
+}
+
+[[ $# -ge 2 ]] || die "usage: run.sh PRESET PROGRAM [ARGUMENTS...]"
+choose_build "$1"
 find_program "$2"
 shift 2
 
 prefix_is_complete || "$root/scripts/setup.sh"
 used_file=$wine_dir/server-$target.used
-devices=$root/build/$target/bin/marvo-devices.dll
+devices=$root/build/$build/bin/marvo-devices.dll
 registered=$wine_dir/prefix-$target/marvo-devices
 
 prepare_result
@@ -126,7 +138,7 @@ wine_environment "$target"
 export MARVO_STREAMS=${MARVO_STREAMS:-R:\\build\\streams}
 export MARVO_CAMERA=${MARVO_CAMERA:-'R:\build\streams\camera.txt'}
 server_is_warm || with_lock "server-$target" warm_server
-[[ ! $devices -nt $registered ]] || with_lock "devices-$target" register_devices
+devices_are_registered || with_lock "devices-$target" register_devices
 note_use
 
 if [[ -n ${MARVO_TIMEOUT:-} ]]; then

@@ -1,13 +1,17 @@
 #!/bin/bash
-# Prepares a fresh Debian 12 machine: installs the packages that are missing, then makes Wine's 32-bit tree and
-# the two Wine prefixes inside build/wine. Safe to run again at any time; does only what is not done yet.
+# Prepares a fresh Debian 12 machine: installs the packages that are missing, then makes Wine's 32-bit tree
+# and the two Wine prefixes inside build/wine. Safe to run again at any time; does only what is not done yet.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
 packages=(
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 cmake ninja-build googletest
+    # For the programs around the library; header-only.
+    nlohmann-json3-dev libcli11-dev
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
-    ffmpeg imagemagick jq python3 doxygen
+    ffmpeg imagemagick python3 doxygen
+    # For the checks of form.
+    git clang-format-16 shellcheck
     # Other software that reads and writes AVI files, for the tests.
     mediainfo gstreamer1.0-tools gstreamer1.0-plugins-good dvgrab
 )
@@ -28,7 +32,8 @@ install_packages() {
     say "setup: installing ${missing[*]}"
     if ((EUID != 0)); then
         command -v sudo >/dev/null ||
-            die "packages are missing and there is no sudo. As root, run: apt-get install --no-install-recommends ${missing[*]}"
+            die "packages are missing and there is no sudo. As root, run: apt-get install" \
+                "--no-install-recommends ${missing[*]}"
         sudo=(sudo)
     fi
     local log=$wine_dir/packages.log
@@ -36,9 +41,11 @@ install_packages() {
     # One source of several may be out of order without harm; what counts is whether the packages install.
     "${sudo[@]}" apt-get update -qq -o DPkg::Lock::Timeout=300 >"$log" 2>&1 || true
     "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq -o DPkg::Lock::Timeout=300 --no-install-recommends "${missing[@]}" >>"$log" 2>&1 || {
+        apt-get install -y -qq -o DPkg::Lock::Timeout=300 --no-install-recommends "${missing[@]}" \
+        >>"$log" 2>&1 || {
         tail -n 40 "$log" >&2
-        die "the packages could not be installed (apt's messages are above). Run this again when that is mended, or as root: apt-get install --no-install-recommends ${missing[*]}"
+        die "the packages could not be installed (apt's messages are above). Run this again when that is" \
+            "mended, or as root: apt-get install --no-install-recommends ${missing[*]}"
     }
 }
 
@@ -47,12 +54,14 @@ check_machine() {
     [[ $(dpkg --print-architecture) == amd64 ]] || die "this needs a 64-bit PC (Debian's architecture amd64)."
     mkdir -p "$wine_dir/home" || die "$root must be writable for you."
     [[ -O $wine_dir ]] ||
-        die "$root/build belongs to another user. Run as that user, or remove the folder build/ and run this again."
+        die "$root/build belongs to another user. Run as that user, or remove the folder build/ and run" \
+            "this again."
     # Below 1.08 GB the library asks the user for room in a message box, which nobody would see here.
     local least_gb=4 free_kb
     free_kb=$(df --output=avail -k "$wine_dir" | tail -n 1)
     ((free_kb >= least_gb * 1000 * 1000)) ||
-        die "only $((free_kb / 1000)) MB are free on the disk of $root; this needs $least_gb GB. Make room and run it again."
+        die "only $((free_kb / 1000)) MB are free on the disk of $root; this needs $least_gb GB. Make room" \
+            "and run it again."
 }
 
 check_machine

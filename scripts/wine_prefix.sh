@@ -21,7 +21,8 @@ run_quietly() (
 give_up() {
     end_prefix_processes "$target" "$work"
     tail -n 20 "$wine_dir/prefix-$target.log" >&2
-    die "Wine's $target prefix could not be made (its messages are above). Is the disk full? Free 2 GB in $root and run this again."
+    die "Wine's $target prefix could not be made (its messages are above). Is the disk full? Free 2 GB in" \
+        "$root and run this again."
 }
 
 link_drives() {
@@ -39,7 +40,8 @@ build_prefix() (
     # No menu entries on the user's desktop, and no display needed.
     export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winemenubuilder.exe=" DISPLAY=
     run_quietly wineboot -i || give_up
-    # As a network drive the repository is never chosen where the engine looks for the fixed drive with most space.
+    # As a network drive the repository is never chosen where the engine looks for the fixed drive with most
+    # space.
     run_quietly reg add 'HKLM\Software\Wine\Drives' /v r: /t REG_SZ /d network /f || give_up
     end_prefix_processes "$target" "$work"
     link_drives "$work"

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Makes build/wine/tree32: Debian's 32-bit Wine with all it needs, unpacked into a folder of its own. Adding i386
-# as a second architecture to the machine fails as soon as one package's 32-bit version differs; this cannot.
-# Needs no root. build/wine/tree32 may also be a link to another work tree's finished one.
+# Makes build/wine/tree32: Debian's 32-bit Wine with all it needs, unpacked into a folder of its own. Adding
+# i386 as a second architecture to the machine fails as soon as one package's 32-bit version differs; this
+# cannot. Needs no root. build/wine/tree32 may also be a link to another work tree's finished one.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
@@ -9,8 +9,8 @@ tree=$wine_dir/tree32
 work=$wine_dir/tree32.new
 wanted=(wine32 libgl1 libgl1-mesa-dri libxcomposite1)
 
-# apt with a state of its own: the system's sources and network settings, but none of its hooks, which would write
-# outside of the repository.
+# apt with a state of its own: the system's sources and network settings, but none of its hooks, which would
+# write outside of the repository.
 write_apt_configuration() {
     mkdir -p "$work/apt/lists/partial" "$work/apt/archives/partial" "$work/empty" "$work/root"
     : >"$work/apt/status"
@@ -43,11 +43,13 @@ download_packages() {
     apt-get update -qq >"$work/update.log" 2>&1 || true
     if ! apt-cache show wine32 >/dev/null 2>&1; then
         cat "$work/update.log" >&2
-        die "apt offers no package wine32 for i386. Check the network and that /etc/apt/sources.list* names Debian 12 without limiting it to amd64, then run this again."
+        die "apt offers no package wine32 for i386. Check the network and that /etc/apt/sources.list*" \
+            "names Debian 12 without limiting it to amd64, then run this again."
     fi
     apt-get install -y -qq --download-only "${wanted[@]}" >"$work/download.log" 2>&1 || {
         cat "$work/download.log" >&2
-        die "32-bit Wine could not be downloaded (apt's message is above). Check the network and run this again."
+        die "32-bit Wine could not be downloaded (apt's message is above). Check the network and run this" \
+            "again."
     }
 }
 
@@ -57,7 +59,8 @@ unpack_packages() {
     rm -f "$work"/apt/archives/libc6_*.deb
     find "$work/apt/archives" -maxdepth 1 -name '*.deb' -print0 |
         xargs -0 -P "$(nproc)" -I '{}' dpkg -x '{}' "$work/root" ||
-        die "32-bit Wine could not be unpacked. Is the disk full? About 3 GB are needed in $root; then run this again."
+        die "32-bit Wine could not be unpacked. Is the disk full? About 3 GB are needed in $root; then run" \
+            "this again."
 }
 
 # Wine takes a DLL for its own only with this mark at byte 64; Debian sets it when it configures the package,
@@ -91,6 +94,7 @@ build_tree() {
 }
 
 if [[ ! -x $tree/usr/lib/wine/wine ]]; then
-    [[ ! -L $tree ]] || die "build/wine/tree32 is a link to a folder without Wine. Remove the link and run this again."
+    [[ ! -L $tree ]] ||
+        die "build/wine/tree32 is a link to a folder without Wine. Remove the link and run this again."
     build_tree
 fi

@@ -7,11 +7,13 @@ from recordings import NTSC, PAL
 
 
 def run_with_room(most_bytes, *arguments):
-    """Runs a program of ours that cannot make a file larger than that: what would be beyond is written in part, then
-    not at all."""
-    # Python ignores the signal that would end the program instead, and so do the programs it starts, when told to.
+    """Runs a program of ours that cannot make a file larger than that: what would be beyond is written in
+    part, then not at all."""
+    # Python ignores the signal that would end the program instead, and so do the programs it starts, when
+    # told to.
     return scripted_tests.complete(
-        ["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)], cwd=scripted_tests.scratch(),
+        ["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)],
+        cwd=scripted_tests.scratch(),
         env=scripted_tests.environment(MARVO_TIMEOUT="100"), restore_signals=False)
 
 
@@ -43,7 +45,8 @@ done
 class Faults(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        # Wine's server lives on beyond the program that starts it, and must not be started by one that is limited.
+        # Wine's server lives on beyond the program that starts it, and must not be started by one that is
+        # limited.
         recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
 
     def file(self, name):
@@ -84,7 +87,8 @@ class Faults(unittest.TestCase):
 
     def check_refused(self, file):
         done = scripted_tests.run(*recordings.probe_arguments("record", file, PAL, 3))
-        self.assertEqual((done.returncode, done.stderr.decode().strip()), (3, "record: the file cannot be created"))
+        self.assertEqual((done.returncode, done.stderr.decode().strip()),
+                         (3, "record: the file cannot be created"))
 
     def test_read_only_file(self):
         file = self.file("kept.avi")

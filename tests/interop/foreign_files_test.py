@@ -25,8 +25,9 @@ def by_gstreamer(*sound):
 
 
 def by_dvgrab(*options):
-    """dvgrab takes a pipe for a camera, and buffers since a pipe is faster than one. It numbers its files, and takes
-    what follows a dot in a path for the name's extension. Once in hundreds of times it never ends."""
+    """dvgrab takes a pipe for a camera, and buffers since a pipe is faster than one. It numbers its files,
+    and takes what follows a dot in a path for the name's extension. Once in hundreds of times it never
+    ends."""
     def make(system, file):
         for seconds in 20, 40, 80:
             file.with_name(file.stem + "-001.avi").unlink(missing_ok=True)

@@ -1,4 +1,4 @@
-"""Recorders that die in the middle of a recording: killed at random moments, and stopped by the system at a byte."""
+"""Recorders that die while they record: killed at any moment, or stopped by the system at a byte."""
 import json
 import os
 import pathlib
@@ -15,7 +15,8 @@ from recordings import NTSC, PAL
 
 SEED = int(os.environ.get("MARVO_SEED", random.randrange(1 << 32)))
 # ctest shows what a test prints only when it fails, so the counts are also left beside the results.
-COUNTS = pathlib.Path(os.environ.get("MARVO_TEST_RESULT", scripted_tests.scratch() / "killed.json")).with_suffix(".txt")
+RESULT = os.environ.get("MARVO_TEST_RESULT", scripted_tests.scratch() / "killed.json")
+COUNTS = pathlib.Path(RESULT).with_suffix(".txt")
 
 
 def tell(line):
@@ -26,13 +27,13 @@ def tell(line):
 
 
 def few(count):
-    """How often something is tried; the formats do not depend on the target, so the second one tries it less often."""
+    """How often something is tried; less often on the second target, since the formats are the same."""
     return count if scripted_tests.TARGET == "win32" else count // 4
 
 
 class Recorder:
-    """A recording that runs until it is killed. Its log is a file, since services of Wine that it was the first to need
-    would hold the other end of a pipe."""
+    """A recording that runs until it is killed. Its log is a file, since services of Wine that it was the
+    first to need would hold the other end of a pipe."""
 
     def __init__(self, file, system, most_bytes=None):
         limit = [] if most_bytes is None else ["prlimit", "--core=0", f"--fsize={most_bytes}"]
@@ -40,7 +41,8 @@ class Recorder:
             self._log = open(log.name, "rb")
             self._process = subprocess.Popen(
                 limit + scripted_tests.command(*recordings.probe_arguments("record", file, system)),
-                cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL, stdout=log,
+                cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL,
+                stdout=log,
                 stderr=subprocess.DEVNULL)
 
     def written(self):
@@ -68,7 +70,8 @@ class Killed(unittest.TestCase):
     def setUpClass(cls):
         tell(f"MARVO_SEED={SEED}")
         cls.random = random.Random(SEED)
-        # Wine's server lives on beyond the program that starts it, and must not be started by one that is limited.
+        # Wine's server lives on beyond the program that starts it, and must not be started by one that is
+        # limited.
         recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
 
     def file(self, name):
@@ -77,7 +80,7 @@ class Killed(unittest.TestCase):
         return file
 
     def verified(self, file, system):
-        """How many frames `dvrec verify` counts; and whether it finds a fault, as it must in a file without an end."""
+        """How many frames `dvrec verify` counts; and whether it finds a fault, as it must without an end."""
         done = scripted_tests.run("dvrec", "verify", "--json", recordings.dos(file))
         ended = file.suffix != ".avi" and file.stat().st_size % recordings.record_size(system) == 0
         self.assertEqual(done.returncode, 0 if ended else 1, done.stderr.decode())
@@ -92,12 +95,12 @@ class Killed(unittest.TestCase):
         return recordings.ffprobe_frames(whole)
 
     def check(self, file, system, written, moment):
-        """Everyone finds the same frames: those that the recorder knew to be on disk, or one more that it could not
-        tell of any more."""
+        """Everyone finds the same frames: those that the recorder knew to be on disk, or one more that it
+        could not tell of any more."""
         on_disk = recordings.frames_on_disk(file, system)
         read = recordings.read_through_library(file, system)
         counts = [len(on_disk), len(read), self.verified(file, system), self.repaired(file, system, on_disk)]
-        tell(f"{file.name} {moment}: recorder's log {written}, whole on disk {counts[0]}, library {counts[1]}, "
+        tell(f"{file.name} {moment}: recorder's log {written}, on disk {counts[0]}, library {counts[1]}, "
              f"verify {counts[2]}, ffprobe after repair {counts[3]}")
         self.assertIn(len(on_disk) - written, (0, 1))
         self.assertEqual(on_disk, system.expected(len(on_disk)))
@@ -137,7 +140,8 @@ class Killed(unittest.TestCase):
         (first, size), (second, _) = recordings.Scan(measured).frames
         slot = second - first
         frame = first + 7 * slot
-        places = [frame - 8, frame - 5, frame, frame + self.random.randrange(1, size), frame + size - 1, frame + size,
+        places = [frame - 8, frame - 5, frame, frame + self.random.randrange(1, size), frame + size - 1,
+                  frame + size,
                   frame + size + 5, frame + slot - 9, first - 8 + 2044 * slot + self.random.randrange(16384)]
         for place in places[::1 if scripted_tests.TARGET == "win32" else 3]:
             with self.subTest(place=place):

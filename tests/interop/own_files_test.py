@@ -15,7 +15,8 @@ def all_frames_by_gstreamer(file, system):
 def frame_by_ffmpeg(file, system, number):
     # A quarter of a frame more, so that rounding does not end at the frame before.
     at = (number + 0.25) / system.rate
-    return frames_from(system, *FFMPEG, "-ss", f"{at:.6f}", "-i", file, "-map", "0:v", "-c", "copy", "-frames:v", "1",
+    return frames_from(system, *FFMPEG, "-ss", f"{at:.6f}", "-i", file, "-map", "0:v", "-c", "copy",
+                       "-frames:v", "1",
                        "-f", "rawvideo", "-")
 
 

@@ -1,5 +1,5 @@
-"""What the tests here share: the streams, our recording probe, other software, and a reader of AVI files that owes
-nothing to the library's."""
+"""What the tests here share: the streams, our recording probe, other software, and a reader of AVI files that
+owes nothing to the library's."""
 import functools
 import os
 import pathlib
@@ -75,18 +75,19 @@ def faults(file):
 
 
 def linux(*command, talks=False, timeout=120, **options):
-    """The output of a program of the build machine, which must succeed and (unless it `talks` anyway) complain of
-    nothing."""
+    """The output of a program of the build machine, which must succeed and (unless it `talks` anyway)
+    complain of nothing."""
     done = subprocess.run([str(word) for word in command], stdin=options.pop("stdin", subprocess.DEVNULL),
                           capture_output=True, timeout=timeout, check=False, **options)
     if done.returncode != 0 or (done.stderr and not talks):
-        raise AssertionError(f"{command[0]} ended with {done.returncode}: {done.stderr.decode(errors='replace')}")
+        said = done.stderr.decode(errors="replace")
+        raise AssertionError(f"{command[0]} ended with {done.returncode}: {said}")
     return done.stdout
 
 
 def frames_from(system, *command):
-    """Which frames of the stream a program of the build machine writes to its standard output; its words when it fails
-    or complains."""
+    """Which frames of the stream a program of the build machine writes to its standard output; its words when
+    it fails or complains."""
     with subprocess.Popen([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE) as program:
         found = system.find_all(program.stdout)
@@ -109,8 +110,9 @@ def ffprobe_frames(file):
 
 
 class Scan:
-    """An AVI file's whole video frames, found by stepping from chunk to chunk through all lists that hold frames.
-    What headers and indexes say plays no part, nor do the sizes of these lists, which are late in a growing file."""
+    """An AVI file's whole video frames, found by stepping from chunk to chunk through all lists that hold
+    frames. What headers and indexes say plays no part, nor do the sizes of these lists, which are late in a
+    growing file."""
 
     def __init__(self, file):
         self.frames = []  # (offset of the data, bytes)
@@ -156,7 +158,8 @@ def frames_on_disk(file, system):
         return Scan(file).stream_frames(system)
     data = file.read_bytes()
     record = record_size(system)
-    return [system.find(data[at + 8:at + 8 + system.frame_size]) for at in range(0, len(data) - record + 1, record)]
+    places = range(8, len(data) - record + 9, record)
+    return [system.find(data[at:at + system.frame_size]) for at in places]
 
 
 def place_behind(file, system, count):

@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned filesPerKind = 3000;
 constexpr unsigned long frames = 4;
 
-/// What the search behind damage takes for the begin of a frame.
+/// What the search behind damage takes for the start of a frame.
 void beginAsDv(char* frame) {
     std::memcpy(frame, "\x1F\x07\x00", 3);
 }

@@ -1,6 +1,7 @@
-"""Whether the results that scripted tests leave say what happened."""
+"""Whether the results of scripted tests say what happened, and whether a run is counted as it went."""
 import json
 import os
+import pathlib
 import subprocess
 import sys
 import tempfile
@@ -52,12 +53,54 @@ class ScriptedTests(unittest.TestCase):
         self.assertEqual([states.pop(name) for name in broken], ["failed"])
         self.assertEqual(states, {
             "Sample.test_passes": "COMPLETED", "Sample.test_fails": "failed", "Sample.test_raises": "failed",
-            "Sample.test_skipped": "SKIPPED", "Sample.test_part_fails": "failed", "Sample.test_surprises": "failed"})
+            "Sample.test_skipped": "SKIPPED", "Sample.test_part_fails": "failed",
+            "Sample.test_surprises": "failed"})
         self.assertEqual(done.returncode, 1)
 
     def test_the_exit_status_is_0_only_when_tests_ran_and_passed(self):
         self.assertEqual(self.run_script(SCRIPT, "-k", "test_passes")[0].returncode, 0)
         self.assertEqual(self.run_script("import scripted_tests; scripted_tests.main()")[0].returncode, 1)
+
+
+class CountedRuns(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = pathlib.Path(holder.name)
+
+    def leave(self, folder, **parts):
+        """Leaves of each part what ctest says and its tests: + passed, - failed, s skipped."""
+        folder.mkdir(exist_ok=True)
+        cases = [f'<testcase name="{name}" status="{said}"/>' for name, (said, _) in parts.items()]
+        (folder / "ctest.xml").write_text(f"<testsuite>{''.join(cases)}</testsuite>")
+        for name, (_, tests) in parts.items():
+            (folder / f"{name}.json").write_text("{" if tests is None else json.dumps({"testsuites": [{
+                "name": name, "testsuite": [
+                    {"name": str(k), "status": "RUN", "result": "SKIPPED" if sign == "s" else "COMPLETED",
+                     **({"failures": [{}]} if sign == "-" else {})} for k, sign in enumerate(tests)]}]}))
+
+    def count(self):
+        counter = scripted_tests.ROOT / "scripts" / "test_results.py"
+        done = subprocess.run([sys.executable, counter, self.folder], capture_output=True, text=True,
+                              check=True)
+        return done.stdout.splitlines(), done.stderr
+
+    def test_what_a_part_does_not_tell_is_a_failure(self):
+        self.leave(self.folder, good=("run", "++s"), bad=("fail", "+-"), crashed=("fail", None),
+                   silent=("run", None),
+                   empty=("run", ""), late=("fail", "++"), absent=("notrun", None))
+        counts, said = self.count()
+        self.assertEqual(counts, ["5 6 1"])
+        for text in ("bad.1 (in bad)", "crashed left no", "silent left no", "empty ran no test",
+                     "late ended badly",
+                     "absent left no"):
+            self.assertIn("failed: " + text, said)
+
+    def test_a_second_try_counts_and_is_named(self):
+        self.leave(self.folder / "first", good=("run", "++"), shaky=("fail", "+-"), bad=("fail", "-+"),
+                   gone=("fail", "-"))
+        self.leave(self.folder, shaky=("run", "++"), bad=("fail", "--"))
+        self.assertEqual(self.count()[0], ["4 3 0", "shaky.1 (in shaky)"])
 
 
 if __name__ == "__main__":

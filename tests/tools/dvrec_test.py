@@ -36,7 +36,8 @@ class Case(unittest.TestCase):
         return {path.name for path in self.folder.iterdir()} - {"marvo.log"}
 
     def dvrec(self, *arguments, status=FINE, **environment):
-        """Runs dvrec, which must end with `status`; its standard output, or its error output when it fails."""
+        """Runs dvrec, which must end with `status`; its standard output, or its error output when it
+        fails."""
         done = scripted_tests.run("dvrec", *arguments, cwd=self.folder, LC_ALL="C.UTF-8", **environment)
         output, errors = done.stdout.decode(), done.stderr.decode()
         self.assertEqual(done.returncode, status, f"dvrec {arguments}: {output}{errors}")
@@ -48,7 +49,8 @@ class Case(unittest.TestCase):
 
 class Info(Case):
     def test_what_the_camera_noted(self):
-        for name, start, last, rate in (("pal", "01:02:03:20", "01:02:05:19", 25), ("ntsc", "00:00:59;20", "00:01:01;11", 30)):
+        for name, start, last, rate in (("pal", "01:02:03:20", "01:02:05:19", 25),
+                                        ("ntsc", "00:00:59;20", "00:01:01;11", 30)):
             with self.subTest(name):
                 frames = stamped(name, 50, start, "2024-02-29T21:58:59", self.folder / "all.dv")
                 for made in (self.file("one.dv", frames), self.file("one.raw", raw(frames))):
@@ -56,7 +58,8 @@ class Info(Case):
                     self.assertEqual(info["system"], "625/50" if name == "pal" else "525/60")
                     self.assertEqual(info["frames"], 50)
                     self.assertAlmostEqual(info["duration"], 50 / (25 if name == "pal" else 30000 / 1001), 3)
-                    self.assertEqual(info["recorded"], {"first": "2024-02-29 21:58:59", "last": "2024-02-29 21:59:00"})
+                    self.assertEqual(info["recorded"],
+                                     {"first": "2024-02-29 21:58:59", "last": "2024-02-29 21:59:00"})
                     codes = info["timeCode"]
                     self.assertEqual((codes["first"], codes["last"], codes["gapCount"]), (start, last, 0))
 
@@ -87,7 +90,8 @@ class Info(Case):
                 ("cut.raw", whole[:-1000], ("raw", 2, 144384, "cut off")),
                 ("cut.dv", b"".join(frames)[:-1], ("stream", 2, None, "cut off"))):
             info = self.json("info", self.file(name, content))
-            self.assertEqual((info["kind"], info["frames"], info.get("recordSize"), info["state"]), expected, name)
+            self.assertEqual((info["kind"], info["frames"], info.get("recordSize"), info["state"]), expected,
+                             name)
         one = self.file("one.raw", raw(frames[:1], 4096))
         self.assertEqual(self.json("info", one, "--sector", "4096")["state"], "finished")
 
@@ -114,9 +118,11 @@ class Verify(Case):
                 result = self.json("verify", self.file("x.raw", content), status=FAULTS if offsets else FINE)
                 self.assertEqual(sorted(fault["offset"] for fault in result["faults"]), offsets)
                 self.assertEqual(result["faultCount"], len(offsets))
-        self.assertIn(f"at byte {6 * record}: the file is cut off", self.dvrec("verify", "x.raw", status=FAULTS))
+        self.assertIn(f"at byte {6 * record}: the file is cut off",
+                      self.dvrec("verify", "x.raw", status=FAULTS))
         self.file("x.dv", frames[:2] + [bytes(NTSC)] + frames[3:])
-        self.assertEqual([fault["offset"] for fault in self.json("verify", "x.dv", status=FAULTS)["faults"]], [2 * NTSC])
+        self.assertEqual([fault["offset"] for fault in self.json("verify", "x.dv", status=FAULTS)["faults"]],
+                         [2 * NTSC])
 
 
 class Conversion(Case):
@@ -136,7 +142,8 @@ class Conversion(Case):
         self.assertEqual(self.names(), {"a.dv", "b.raw", "c.dv"})
 
     def test_avi_files_hold_the_same_frames(self):
-        for name, frames in (("pal", stream("pal", 30)), ("ntsc", stream("ntsc", 30)), ("50 Mbit/s", recordings.stream50(4))):
+        for name, frames in (("pal", stream("pal", 30)), ("ntsc", stream("ntsc", 30)),
+                             ("50 Mbit/s", recordings.stream50(4))):
             with self.subTest(name):
                 count = len(frames)
                 self.dvrec("convert", self.file("a.dv", frames), "b.avi", "--force")
@@ -149,28 +156,33 @@ class Conversion(Case):
                 self.dvrec("export", "b.avi", "e.avi", "--from", "1", "--to", "2", "--force")
                 self.assertEqual(recordings.frames_of(self.folder / "e.avi"), b"".join(frames[1:3]))
                 info = self.json("info", "b.avi")
-                self.assertEqual((info["kind"], info["frames"], info["pieces"], info["standardIndexes"], info["legacyEntries"],
-                                  info["audioStreams"], info["state"]), ("avi", count, 1, 1, count, 0, "finished"))
+                self.assertEqual((info["kind"], info["frames"], info["pieces"], info["standardIndexes"],
+                                  info["legacyEntries"],
+                                  info["audioStreams"], info["state"]),
+                                 ("avi", count, 1, 1, count, 0, "finished"))
 
     def test_avi_files_of_other_programs(self):
         recordings.ffmpeg("-i", scripted_tests.STREAMS / "ntsc.dv", "-c", "copy", self.folder / "other.avi")
         info = self.json("info", "other.avi")
-        self.assertEqual((info["frames"], info["system"], info["audioStreams"], info["state"]), (240, "525/60", 1, "finished"))
+        self.assertEqual((info["frames"], info["system"], info["audioStreams"], info["state"]),
+                         (240, "525/60", 1, "finished"))
         self.assertEqual(self.json("verify", "other.avi")["faults"], [])
         self.dvrec("export", "other.avi", "out.dv")
         self.assertEqual(self.read("out.dv"), b"".join(stream("ntsc", 240)))
 
     def test_names_may_be_in_any_script(self):
         self.file("игра 試合.dv", stream("pal", 2))
-        self.assertIn("'второй тайм.raw': raw recording, 2 frames", self.dvrec("convert", "игра 試合.dv", "второй тайм.raw"))
+        self.assertIn("'второй тайм.raw': raw recording, 2 frames",
+                      self.dvrec("convert", "игра 試合.dv", "второй тайм.raw"))
         self.assertIn("'нет.raw'", self.dvrec("info", "нет.raw", status=CANNOT_READ))
 
     def test_an_interruption_leaves_nothing_behind(self):
         with open(self.folder / "long.raw", "wb") as file:
-            # One sound record is enough to begin with; the rest is a hole of 20 GB, which takes its time to copy.
+            # One sound record is enough to begin with; the rest is a hole of 20 GB, slow to copy.
             file.write(raw(stream("pal", 1)) * 2)
             file.truncate(20 << 30)
-        with subprocess.Popen(scripted_tests.command("dvrec", "convert", "long.raw", "out.raw", "--progress"), cwd=self.folder,
+        with subprocess.Popen(scripted_tests.command("dvrec", "convert", "long.raw", "out.raw", "--progress"),
+                              cwd=self.folder,
                               env=scripted_tests.environment(), stderr=subprocess.PIPE) as process:
             self.assertIn(b"out.raw", process.stderr.readline())
             self.assertEqual(self.json("info", "out.raw.part")["state"], "recording")
@@ -190,8 +202,10 @@ class Repair(Case):
                 ("cut off", sound[:-record // 2], range(7), 1),
                 ("first header gone", bytes(700) + sound[700:], range(1, 8), 1),
                 ("header gone", sound[:2 * record] + bytes(8) + sound[2 * record + 8:], range(8), 0),
-                ("two overwritten", sound[:2 * record + 99] + bytes(record) + sound[3 * record + 99:], (0, 1, 4, 5, 6, 7), 2),
-                ("bytes missing", sound[:3 * record + 5000] + sound[3 * record + 5777:], (0, 1, 2, 4, 5, 6, 7), 1),
+                ("two overwritten", sound[:2 * record + 99] + bytes(record) + sound[3 * record + 99:],
+                 (0, 1, 4, 5, 6, 7), 2),
+                ("bytes missing", sound[:3 * record + 5000] + sound[3 * record + 5777:],
+                 (0, 1, 2, 4, 5, 6, 7), 1),
                 ("last unwritten", sound[:-record] + bytes(record), range(7), 1),
                 ("other data in front", b"x" * 5000 + sound, range(8), 0)):
             with self.subTest(name):
@@ -215,9 +229,12 @@ class Repair(Case):
         for name, content, saved, faulty in (
                 ("cut off in a frame", whole[:place[9] + 5000], range(9), True),
                 ("header gone", overwritten(0, place[0] - 8), range(12), None),
-                ("header of a frame gone", overwritten(place[5] - 8, place[5] + 3), [*range(5), *range(6, 12)], True),
-                ("a frame damaged inside", overwritten(place[5] + 40000, place[5] + 50000), [*range(5), *range(6, 12)], True),
-                ("across frames", overwritten(place[3] + 70000, place[6] + 10), [*range(3), *range(7, 12)], True),
+                ("header of a frame gone", overwritten(place[5] - 8, place[5] + 3),
+                 [*range(5), *range(6, 12)], True),
+                ("a frame damaged inside", overwritten(place[5] + 40000, place[5] + 50000),
+                 [*range(5), *range(6, 12)], True),
+                ("across frames", overwritten(place[3] + 70000, place[6] + 10), [*range(3), *range(7, 12)],
+                 True),
                 ("sound and picture interleaved", whole.replace(b"vids", b"iavs", 1), range(12), None),
                 ("indexes gone", overwritten(place[11] + NTSC, len(whole)), range(12), True)):
             with self.subTest(name):
@@ -226,15 +243,18 @@ class Repair(Case):
                     self.assertGreater(self.json("verify", "damaged.avi", status=FAULTS)["faultCount"], 0)
                 result = self.json("repair", "damaged.avi", "sound.avi", "--force")
                 self.assertEqual((result["frames"], result["lost"]), (len(saved), 12 - len(saved)))
-                self.assertEqual(recordings.frames_of(self.folder / "sound.avi"), b"".join(frames[i] for i in saved))
+                self.assertEqual(recordings.frames_of(self.folder / "sound.avi"),
+                                 b"".join(frames[i] for i in saved))
                 self.assertEqual(self.json("verify", "sound.avi")["faults"], [])
                 self.assertEqual(self.read("damaged.avi"), content)
-        self.assertIn("give OUT the extension .avi", self.dvrec("repair", "whole.avi", "out.raw", status=USAGE))
+        self.assertIn("give OUT the extension .avi",
+                      self.dvrec("repair", "whole.avi", "out.raw", status=USAGE))
 
     def test_streams_and_files_without_frames(self):
         frames = stream("ntsc", 5)
         self.file("damaged.dv", b"".join(frames[:2])[:-5000] + b"".join(frames[2:]))
-        self.assertIn("saved: 4 frames\nlost: about 1 frame, 1 of them", self.dvrec("repair", "damaged.dv", "sound.dv").replace("\r", ""))
+        self.assertIn("saved: 4 frames\nlost: about 1 frame, 1 of them",
+                      self.dvrec("repair", "damaged.dv", "sound.dv").replace("\r", ""))
         self.assertEqual(self.read("sound.dv"), b"".join(frames[:1] + frames[2:]))
         self.file("noise.avi", bytes(300000))
         self.assertIn("No DV frame", self.dvrec("repair", "noise.avi", "out.avi", status=CANNOT_READ))
@@ -305,7 +325,8 @@ class Refusals(Case):
         # The limit on a file's size stands for the end of the disk: half of what is to be written.
         limit = ["sh", "-c", "trap '' XFSZ; ulimit -f 1400; exec \"$@\"", "sh"]
         for out in ("b.raw", "b.avi"):
-            done = subprocess.run(limit + scripted_tests.command("dvrec", "convert", "a.dv", out), cwd=self.folder,
+            done = subprocess.run(limit + scripted_tests.command("dvrec", "convert", "a.dv", out),
+                                  cwd=self.folder,
                                   env=scripted_tests.environment(), capture_output=True, check=False)
             self.assertEqual(done.returncode, CANNOT_WRITE, done.stderr)
             self.assertIn(f"'{out}' cannot be written: ", done.stderr.decode())
