@@ -142,14 +142,14 @@ private:
     void takeApart();
 
     com_<IGraphBuilder> builder_;
-    com_<IMediaFilter> media_filter_;
-    com_<IMediaControl> media_control_;
+    com_<IMediaFilter> mediaFilter_;
+    com_<IMediaControl> mediaControl_;
     com_<IMediaSeeking> seeking_;
     com_<IMediaPosition> position_;
     com_<IMediaEventEx> events_;
-    unsigned long rot_cookie_ = 0;
+    unsigned long rotCookie_ = 0;
     com_<IReferenceClock> clock_;
-    bool run_requested_ = false;
+    bool runRequested_ = false;
 };
 
 } // namespace vwin
