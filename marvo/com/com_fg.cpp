@@ -16,6 +16,16 @@ constexpr double unitsPerSecond = 10000000.0;
 constexpr unsigned long stopWait_ms = 500;
 constexpr unsigned long settleWait_ms = 2000;
 
+/// A count of units as the graph takes it. False when it is no number or 64 bits do not hold it.
+bool toUnits(double count, LONGLONG& units) {
+    constexpr double limit = 9223372036854775808.0;
+    if (!(count >= -limit && count < limit)) {
+        return false;
+    }
+    units = static_cast<LONGLONG>(count);
+    return true;
+}
+
 com_<IPin> sourcePin(IBaseFilter* filter) {
     for (const wchar_t* name : {L"Output", L"Stream 2"}) {
         if (com_<IPin> pin = findPin(filter, name, PINDIR_OUTPUT)) {
@@ -234,9 +244,11 @@ bool com_fg::renderCaptureSource(com_filter& filter, IBaseFilter* sink) {
 }
 
 bool com_fg::run(double seconds) {
+    REFERENCE_TIME start = 0;
+    if (!toUnits(seconds > 0.0 ? seconds * unitsPerSecond : pos(), start)) {
+        return false;
+    }
     if (mediaFilter_) {
-        const REFERENCE_TIME start =
-            static_cast<REFERENCE_TIME>(seconds > 0.0 ? seconds * unitsPerSecond : pos());
         const HRESULT result = mediaFilter_->Run(start);
         runRequested_ = true;
         if (SUCCEEDED(result)) {
@@ -266,12 +278,10 @@ bool com_fg::pause() {
 }
 
 bool com_fg::seek(double seconds) {
-    if (!seeking_) {
-        return false;
-    }
-    LONGLONG current = static_cast<LONGLONG>(seconds * unitsPerSecond);
-    return SUCCEEDED(
-        seeking_->SetPositions(&current, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning));
+    LONGLONG current = 0;
+    return seeking_ && toUnits(seconds * unitsPerSecond, current) &&
+           SUCCEEDED(seeking_->SetPositions(&current, AM_SEEKING_AbsolutePositioning, nullptr,
+                                            AM_SEEKING_NoPositioning));
 }
 
 double com_fg::len() {
