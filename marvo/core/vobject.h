@@ -6,6 +6,7 @@
 #include "marvo/core/mutex2.h"
 #include "marvo/core/platform.h"
 #include "marvo/core/str.h"
+#include "marvo/core/thread_annotations.h"
 
 #include <algorithm>
 #include <array>
@@ -159,7 +160,7 @@ private:
     int emitBytes(const wchar_t* signal, const unsigned char* args, int argBytes);
 
     mutable mutex2 lock_;
-    vObjectLinks links_;
+    vObjectLinks links_ MARVO_GUARDED_BY(lock_);
     mutable std::atomic<vObject*> sender_{nullptr};
 };
 

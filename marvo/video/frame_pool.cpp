@@ -11,9 +11,10 @@ namespace vvideo {
 namespace {
 
 /// The ring's lock waits without limit: nothing is called while it is held.
-class ring_guard : public vcore::timed_guard {
+class MARVO_SCOPED_CAPABILITY ring_guard : vcore::timed_guard {
 public:
-    explicit ring_guard(const vcore::semaphore& lock) : timed_guard(lock, INFINITE) {}
+    explicit ring_guard(const vcore::semaphore& lock) MARVO_ACQUIRE(lock) : timed_guard(lock, INFINITE) {}
+    ~ring_guard() MARVO_RELEASE() = default;
 };
 
 } // namespace
@@ -133,12 +134,31 @@ bool dvFramePool::underrun() const {
 void dvFramePool::set(unsigned long long pos) {
     ring_guard guard(lock_);
     inPos_ = outPos_ = pos;
-    for (const auto& frame : *this) {
-        frame->setId(noFrame);
+    std::for_each(begin(), end(), [](const auto& frame) { frame->setId(noFrame); });
+}
+
+dvFrame* dvFramePool::claim() {
+    ring_guard guard(lock_);
+    if (!count_) {
+        return nullptr;
     }
+    dvFrame* const claimed = frames_[inPos_ % count_].get();
+    claimed->setId(noFrame);
+    return claimed;
+}
+
+void dvFramePool::publish(unsigned long long number) {
+    ring_guard guard(lock_);
+    if (count_) {
+        frames_[inPos_ % count_]->setId(number);
+    }
+    ++inPos_;
 }
 
 dvFrame* dvFramePool::findFrame(unsigned long long id) {
+    if (id == noFrame) {
+        return nullptr;
+    }
     ring_guard guard(lock_);
     const auto found = std::find_if(begin(), end(), [id](const auto& frame) { return frame->id() == id; });
     return found == end() ? nullptr : found->get();
@@ -146,16 +166,12 @@ dvFrame* dvFramePool::findFrame(unsigned long long id) {
 
 void dvFramePool::resetAccess() {
     ring_guard guard(lock_);
-    for (const auto& frame : *this) {
-        frame->access() = -1;
-    }
+    std::for_each(begin(), end(), [](const auto& frame) { frame->access() = -1; });
 }
 
 void dvFramePool::lowerAccess() {
     ring_guard guard(lock_);
-    for (const auto& frame : *this) {
-        --frame->access();
-    }
+    std::for_each(begin(), end(), [](const auto& frame) { --frame->access(); });
 }
 
 dvFrame* dvFramePool::findOldest() {
