@@ -93,7 +93,7 @@ private:
     vcore::semaphore sinkLock_;
     IMemAllocator* allocator_ = nullptr;
     bool allocatorReferenced_ = false;
-    std::atomic<dvSink*> sink_{nullptr};
+    std::atomic<dvSink*> sink_{nullptr}; // changed under the sink lock, read at any time
     dvEnumMediaTypes types_;
 };
 

@@ -155,8 +155,8 @@ HRESULT STDMETHODCALLTYPE dvOutputPin::Connect(IPin* receiver, const AM_MEDIA_TY
     if (!houseRules) {
         Release();
     }
-    if (transport_) {
-        transport_->NotifyAllocator(allocator_.get(), FALSE);
+    if (const Transport to = useTransport(); to.pin) {
+        to.pin->NotifyAllocator(allocator_.get(), FALSE);
     }
     return S_OK;
 }

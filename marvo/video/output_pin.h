@@ -4,6 +4,7 @@
 
 #include "marvo/core/mutex2.h"
 #include "marvo/core/platform.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/video/media_type.h"
 #include "marvo/video/pin_base.h"
 #include "marvo/video/reference.h"
@@ -81,8 +82,8 @@ private:
 
     dvMediaType type2_;
     mutable vcore::mutex2 transportLock_;
-    Reference<IMemInputPin> transport_;
-    bool transportIsOwn_ = false;
+    Reference<IMemInputPin> transport_ MARVO_GUARDED_BY(transportLock_);
+    bool transportIsOwn_ MARVO_GUARDED_BY(transportLock_) = false;
     Reference<IMemAllocator> allocator_;
 };
 
