@@ -15,10 +15,10 @@ namespace vwin {
 void initialiseCom();
 
 /// The capture devices in the system's order. Lives on the thread that made it.
-class capture_devices {
+class CaptureDevices {
 public:
     /// Lists the devices; an empty list without any or without COM on this thread.
-    capture_devices();
+    CaptureDevices();
 
     /// The number of devices.
     size_t count() const { return devices_.size(); }

@@ -48,7 +48,7 @@ public:
 private:
     bool createAllocator();
 
-    reference<IMemAllocator> allocator_;
+    Reference<IMemAllocator> allocator_;
     unsigned long count_ = 0;
     unsigned long threadID_;
 };

@@ -52,7 +52,7 @@ protected:
     IReferenceClock* clock() const { return clock_.get(); }
 
 private:
-    reference<IReferenceClock> clock_;
+    Reference<IReferenceClock> clock_;
     FILTER_STATE state_ = State_Stopped;
     FILTER_INFO info_{};
 };

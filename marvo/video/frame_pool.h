@@ -77,14 +77,14 @@ public:
     unsigned long count() const;
 
 private:
-    using frames = std::unique_ptr<std::unique_ptr<dvFrame>[]>;
+    using Frames = std::unique_ptr<std::unique_ptr<dvFrame>[]>;
 
-    static bool makeFrames(unsigned long frameSize, unsigned long count, frames& made);
+    static bool makeFrames(unsigned long frameSize, unsigned long count, Frames& made);
     std::unique_ptr<dvFrame>* begin() const MARVO_REQUIRES(lock_) { return frames_.get(); }
     std::unique_ptr<dvFrame>* end() const MARVO_REQUIRES(lock_) { return frames_.get() + count_; }
 
     vcore::semaphore lock_;
-    frames frames_ MARVO_GUARDED_BY(lock_);
+    Frames frames_ MARVO_GUARDED_BY(lock_);
     unsigned long frameSize_ MARVO_GUARDED_BY(lock_) = 0;
     unsigned long count_ MARVO_GUARDED_BY(lock_) = 0;
     unsigned long long inPos_ MARVO_GUARDED_BY(lock_) = 0;
