@@ -1,19 +1,18 @@
+/// @file
+/// The front end `dvFE`: what a host calls.
 #pragma once
 
-#include "marvo/com/com_fg.h"
-#include "marvo/com/com_filter.h"
-#include "marvo/com/video_window.h"
-#include "marvo/core/file.h"
-#include "marvo/core/inifile.h"
 #include "marvo/core/semaphore.h"
-#include "marvo/core/str.h"
+#include "marvo/frontend/build_step.h"
+#include "marvo/frontend/capture_graph.h"
+#include "marvo/frontend/elements.h"
+#include "marvo/frontend/log.h"
+#include "marvo/frontend/marker_clock.h"
+#include "marvo/frontend/play_graph.h"
+#include "marvo/frontend/settings.h"
+#include "marvo/frontend/settings_files.h"
 #include "marvo/gui/widget.h"
-#include "marvo/replay/play_filter.h"
 #include "marvo/replay/play_info.h"
-#include "marvo/replay/record_filter.h"
-
-#include <array>
-#include <atomic>
 
 /// The one object that a host drives: the exported global `dvFE`. It owns the capture graph (capture device,
 /// DV splitter, record filter with the frame store), the play graph (play filter, DV decoder, renderer), the
@@ -24,17 +23,7 @@
 /// replaying, `done` and a failing `init` to not built, from where `init` may be called again.
 ///
 /// Settings are read once, at construction, from "dv.ini" and "video.ini" in the current directory:
-///
-/// | key                 | default   | meaning                                                                  |
-/// |---------------------|-----------|--------------------------------------------------------------------------|
-/// | "dv.control"        | true      | `call` interprets markers                                                |
-/// | "dv.logging"        | true      | suppressible log lines are written                                       |
-/// | "dv.maxfilesize"    | no limit  | see `setMaxFilesize`                                                     |
-/// | "dv.playdelay"      | 100       | see `setPlayDelay`                                                       |
-/// | "dv.input"          | 0         | see `setInput`                                                           |
-/// | "dv.file"           | "temp.dv" | file for recording and replay; "temp.dv" means: on the drive with most space |
-/// | "video.deinterlace" | false     | see `setDeinterlace`                                                     |
-/// | "video.filter"      | -1        | 1: every stream's deinterlacing is switched off once the renderer is made |
+/// docs/settings.md has the keys. Nothing is written to these files.
 ///
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
@@ -252,56 +241,27 @@ public:
     void onPlayTime();
 
 private:
-    class LogScope;
-
-    static constexpr int elementCount = 128;
-
-    void readSettings();
-    void setElementPoint(const wchar_t* text);
-    int buildCapture();
-    void awaitFirstFrames();
-    int buildPlay();
-    int connectPlay();
-    bool giveUp(int failedStep);
-    void switchOffDeinterlacing();
+    bool build(HWND window);
+    bool buildPlayOnly(HWND window, int from, int to, const char* name);
+    bool giveUp(frontend::BuildStep failed);
+    bool refuse(const wchar_t* text);
+    void takeApart();
     void runPlay(HWND window);
+    bool present(HWND window);
+    void takeOut();
     void placeVideo();
-    void takeBack();
-    void releaseVideoWindow();
 
     bool initialised_ = false;
-    vcore::iniFile settings_;
-    vcore::iniFile dvSettings_;
-    vcore::iniFile videoSettings_;
-    vwin::com_fg captureGraph_;
-    vwin::com_filter source_;
-    vwin::com_filter splitter_;
-    dvRecFilter recFilter_;
-    vwin::com_fg playGraph_;
-    dvPlayFilter playFilter_;
-    vwin::com_filter decoder_;
-    vwin::com_filter renderer_;
-    dvVideoWindow videoWindow_;
+    frontend::SettingsFiles settingsFiles_;
+    frontend::Settings settings_;
+    frontend::Log log_;
+    frontend::CaptureGraph capture_;
+    frontend::PlayGraph play_;
     vwin::vWidget videoWidget_;
-    vcore::str recFile_;
-    vcore::str playFile_;
-    int input_ = 0;
-    int playDelay_ms_ = 100;
-    bool logging_ = true;
-    bool control_ = true;
-    int videoFilter_ = -1;
-    bool deinterlace_ = false;
-    unsigned long maxPlayFrames_ = 50;
-    unsigned long maxRecFrames_ = 50;
     vcore::semaphore recInfoLock_;
-    /// First and last frame of each element; negative: unset.
-    std::array<long long, elementCount> elementIn_;
-    std::array<long long, elementCount> elementOut_;
+    frontend::Elements elements_;
     HWND hostWindow_ = nullptr;
-    vcore::file logFile_;
-    std::atomic<int> logDepth_ = 0;
-    unsigned long timeOffset_ms_ = 0;
-    unsigned long timeBase_ms_ = 0;
+    frontend::MarkerClock markerClock_;
 };
 
 /// The front end of this process, made when the library is loaded.

@@ -1,5 +1,6 @@
 #include "marvo.h"
 
+#include "marvo/frontend/setting_table.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
@@ -66,6 +67,41 @@ TEST_F(FrontEnd, ReadsItsSettings) {
     frontEnd.log("always", false);
     frontEnd.log("sometimes", true);
     EXPECT_EQ(logLines(), std::vector<std::string>{"always"});
+}
+
+/// Type and default of a setting as the documentation words them.
+struct Described {
+    const frontend::Settings defaults;
+
+    std::string operator()(bool frontend::Settings::*value) const {
+        return std::string("yes or no | ") + (defaults.*value ? "yes" : "no");
+    }
+    std::string operator()(int frontend::Settings::*value) const {
+        return "number | " + std::to_string(defaults.*value);
+    }
+    std::string operator()(std::optional<unsigned long> frontend::Settings::*value) const {
+        return std::string("number | ") + (defaults.*value ? "a limit" : "no limit");
+    }
+    std::string operator()(vcore::str frontend::Settings::*value) const {
+        return std::string("text | ") + vcore::str(defaults.*value).getStr();
+    }
+};
+
+TEST_F(FrontEnd, ItsSettingsAreThoseOfTheDocumentation) {
+    std::vector<std::string> documented;
+    std::ifstream page("R:\\docs\\settings.md");
+    for (std::string line; std::getline(page, line);) {
+        if (line.starts_with("| ") && !line.starts_with("| key ")) {
+            documented.push_back(line);
+        }
+    }
+    std::vector<std::string> actual;
+    for (const frontend::SettingRow& row : frontend::settingTable) {
+        const std::string key = vcore::str(row.key).getStr();
+        actual.push_back("| " + key + " | " + key.substr(0, key.find('.')) + ".ini | " +
+                         std::visit(Described(), row.target) + " | " + row.meaning + " |");
+    }
+    EXPECT_EQ(documented, actual);
 }
 
 TEST_F(FrontEnd, MarkersSetElementsOnlyWhenControlled) {
