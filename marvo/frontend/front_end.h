@@ -221,8 +221,8 @@ public:
     /// @{
 
     /// Writes a line to the log: local time, thread, depth, and `text` without line ends and tabs.
-    /// Suppressible lines are left out when "dv.logging" is off. Not locked: of lines that two threads write
-    /// at once one may be lost.
+    /// Suppressible lines are left out when "dv.logging" is off. From any thread; lines of several threads
+    /// stand one behind the other.
     void log(const char* text, bool suppressible);
     /// Raises the depth shown in log lines.
     void logBegin();

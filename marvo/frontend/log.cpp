@@ -1,11 +1,15 @@
 #include "marvo/frontend/log.h"
 
+#include "marvo/core/timed_guard.h"
+
 #include <cstdio>
 #include <string>
 
 namespace frontend {
 
 namespace {
+
+constexpr unsigned long lockWait_ms = 500;
 
 SYSTEMTIME localTime() {
     SYSTEMTIME utc{};
@@ -24,7 +28,7 @@ std::string prefix(int depth) {
 
 } // namespace
 
-Log::Log() : file_(L"marvo.log", CREATE_ALWAYS) {}
+Log::Log() : file_(L"marvo.log", CREATE_ALWAYS), lock_(1, 1) {}
 
 bool Log::open() {
     return file_.open(nullptr);
@@ -37,6 +41,7 @@ void Log::write(const char* text, bool suppressible) {
     std::string line(text);
     std::erase_if(line, [](char c) { return c == '\r' || c == '\n' || c == '\t'; });
     line = prefix(depth_) + line + "\r\n";
+    const vcore::timed_guard guard(lock_, lockWait_ms);
     file_.write(line.data(), static_cast<unsigned long>(line.size()), nullptr);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "marvo/core/file.h"
+#include "marvo/core/semaphore.h"
 
 #include <atomic>
 
@@ -11,7 +12,8 @@ namespace frontend {
 /// "marvo.log" in the current directory, begun anew for each front end. A line is local time, thread, depth
 /// and text.
 ///
-/// Not locked: of lines that two threads write at once one may be lost.
+/// Threads: any. A lock keeps the lines of several threads apart and complete; it is waited for at most 500
+/// ms, so that a disk that stands still does not hold up a command: a line may then be lost.
 class Log {
 public:
     /// A closed log, in which nothing is written.
@@ -44,6 +46,7 @@ public:
 
 private:
     vcore::file file_;
+    vcore::semaphore lock_;
     std::atomic<bool> suppressible_{true};
     std::atomic<int> depth_{0};
 };

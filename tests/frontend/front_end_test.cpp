@@ -7,7 +7,9 @@
 
 #include <fstream>
 #include <regex>
+#include <set>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -154,6 +156,31 @@ TEST_F(FrontEnd, LogsOnOneLineWithItsDepth) {
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines[lines.size() - 2], "ab");
     EXPECT_EQ(lines.back(), "1 nested");
+}
+
+TEST_F(FrontEnd, EveryLineOfSeveralThreadsIsLogged) {
+    constexpr size_t threads = 4;
+    constexpr size_t lines = 2500;
+    dvFrontEnd frontEnd;
+    std::vector<std::thread> writers;
+    for (size_t writer = 0; writer < threads; ++writer) {
+        writers.emplace_back([&frontEnd, writer] {
+            for (size_t i = 0; i < lines; ++i) {
+                frontEnd.log(("writer " + std::to_string(writer * lines + i)).c_str(), false);
+            }
+        });
+    }
+    for (auto& writer : writers) {
+        writer.join();
+    }
+    std::ifstream file("marvo.log", std::ios::binary);
+    std::set<std::string> found;
+    for (std::string line; std::getline(file, line);) {
+        if (const size_t at = line.find("writer "); at != std::string::npos) {
+            found.insert(line.substr(at));
+        }
+    }
+    EXPECT_EQ(found.size(), threads * lines);
 }
 
 TEST_F(FrontEnd, CommandsOnAnUnbuiltEngineAreHarmless) {
