@@ -34,7 +34,8 @@ BuildStep CaptureGraph::build(int input, unsigned long frames) {
         return BuildStep::addRecordFilter;
     }
     graph_.renderSource(source_);
-    if (!filter_.init(frames)) {
+    // A ring without a slot could be made, but every frame would be lost.
+    if (frames == 0 || !filter_.init(frames)) {
         return BuildStep::frameStore;
     }
     graph_.run(0.0);

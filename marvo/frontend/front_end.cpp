@@ -179,18 +179,30 @@ bool dvFrontEnd::initRecord() {
 bool dvFrontEnd::present(HWND window) {
     log("show", false);
     const frontend::Log::Scope scope(log_);
-    RECT area{};
-    if (window && GetClientRect(window, &area)) {
-        resize(area.right, area.bottom);
+    if (!moveInto(window)) {
+        return false;
     }
-    reparent(window);
-    show(true);
     // A play graph alone is shown as it is; building the capture graph would end its replay.
     if (!capture_.built() && !play_.built()) {
         return build(window);
     }
     placeVideo();
     return true;
+}
+
+/// Puts the widget into `window` and shows it there; null: takes it out. A widget outside of any host would
+/// be a bare popup on the desktop, so there it is hidden.
+bool dvFrontEnd::moveInto(HWND window) {
+    if (!window) {
+        takeOut();
+        return true;
+    }
+    RECT area{};
+    if (!GetClientRect(window, &area)) {
+        return false;
+    }
+    resize(area.right, area.bottom);
+    return reparent(window) && show(true);
 }
 
 void dvFrontEnd::placeVideo() {
@@ -215,6 +227,7 @@ bool dvFrontEnd::hideWindow() {
 }
 
 void dvFrontEnd::takeOut() {
+    hide(true);
     reparent(nullptr);
     if (play_.window()) {
         play_.window()->put_MessageDrain(reinterpret_cast<OAHWND>(hostWindow_));

@@ -46,10 +46,12 @@ public:
     /// @{
 
     /// Builds and runs both graphs and shows the live picture in `window`. Waits up to 5 s for the first
-    /// captured frames; none is no failure. When the capture graph is built already, only shows the video in
-    /// `window`. The flag is reserved. False when a step fails: everything is released, and `onError` is
-    /// called once with "no video - init - <step>", or, without a capture device, the log says so and
-    /// `onError` is not called.
+    /// captured frames; none is no failure. A null window, or one that the picture cannot be put into, is
+    /// none either: capture runs, and the picture is hidden until `showWindow`. When the capture graph is
+    /// built already, as `showWindow`. The flag is reserved. False when a step fails: everything is released,
+    /// and `onError` is called once with "no video - init - <step>" (the numbers are those of
+    /// `frontend::BuildStep`; 7 also for a ring of 0 frames), or, without a capture device, the log says so
+    /// and `onError` is not called.
     bool init(HWND window, bool flag);
 
     /// Builds a play graph alone, which replays frames `from` to `to` of the recording `name` in `window`;
@@ -67,7 +69,8 @@ public:
     /// for the user.
     bool initRecord();
 
-    /// Ends the filters' threads, frees their rings and releases both graphs. Harmless when nothing is built.
+    /// Ends the filters' threads, the recording and the replay, frees the rings, releases both graphs and
+    /// hides the video. Harmless when nothing is built.
     void done();
 
     /// Logs "error" and takes everything apart. Always false.
@@ -84,11 +87,12 @@ public:
     /// @name The video's window
     /// @{
 
-    /// Fits the video into `window` and shows it there (null: in the video's own window). Builds the graphs
-    /// when none is built. False when that fails.
+    /// Fits the video into `window` and shows it there. Null takes it out of the host's window, as
+    /// `hideWindow`. Builds the graphs when none is built. False when that fails, and, with nothing changed,
+    /// when the video cannot be put into the window.
     bool showWindow(HWND window);
 
-    /// Takes the video out of the host's window. Always true.
+    /// Takes the video out of the host's window and hides it. Always true.
     bool hideWindow();
 
     /// Sets the size of the video in pixels. False when there is no video window.
@@ -128,7 +132,8 @@ public:
     /// Frames per tick: fractions slow down, negative values go backward, 0 holds.
     bool setSpeed(double factor);
 
-    /// Shows `frame` next, in a replay wrapped into its range. Always true.
+    /// Shows `frame` next, in a replay wrapped into its range. Live, a frame that was not captured yet holds
+    /// the picture until `live`, or until it is captured. Always true.
     bool seekPosition(unsigned long long frame);
 
     /// Records into `file` or, when null or empty, the recording file. Frame numbers begin again at 0, play
@@ -166,7 +171,7 @@ public:
     void setPlayFile(const wchar_t* name);
     /// Stored in the frame store; the engine does not use it.
     void setRemoteFile(const wchar_t* name);
-    /// Frames the record filter's ring holds, for the next `init`.
+    /// Frames the record filter's ring holds, for the next `init`, which fails with 0.
     void setMaxRecFrames(unsigned long frames);
     /// Frames a replay may hold in memory, for the next `replay`.
     void setMaxPlayFrames(unsigned long frames);
@@ -197,11 +202,11 @@ public:
     bool playing();
     /// Frames per tick.
     double speed();
-    /// One past the newest captured frame.
+    /// One past the newest captured frame; 0 before the first `init`, all ones (2^64 - 1) after `done`.
     unsigned long long lastFrame();
     /// The frame being shown, all ones before the first.
     unsigned long long playedFrame();
-    /// The frame the writer takes next.
+    /// The frame the writer takes next; 0 before the first `init`, all ones (2^64 - 1) after `done`.
     unsigned long long writtenFrame();
     /// Bytes of one DV frame; 0 before `init`.
     unsigned long frameSize();
@@ -248,6 +253,7 @@ private:
     void takeApart();
     void runPlay(HWND window);
     bool present(HWND window);
+    bool moveInto(HWND window);
     void takeOut();
     void placeVideo();
 

@@ -128,6 +128,7 @@ void PlayGraph::switchOffDeinterlacing() {
 }
 
 void PlayGraph::endFilter() {
+    filter_.setRecording(false);
     filter_.done();
 }
 

@@ -47,7 +47,7 @@ public:
 
     /// Takes the graph out of the running object table.
     void revoke() { graph_.unregisterFG(); }
-    /// Ends the play filter.
+    /// Ends the play filter; it reports no recording any more.
     void endFilter();
     /// Lets the decoder, the renderer and its window go.
     void closeFilters();

@@ -194,6 +194,8 @@ TEST_F(FrontEnd, CommandsOnAnUnbuiltEngineAreHarmless) {
     EXPECT_TRUE(frontEnd.live() && frontEnd.pause() && frontEnd.resume() && frontEnd.seekPosition(7));
     EXPECT_TRUE(frontEnd.setSpeed(2.0));
     EXPECT_TRUE(frontEnd.hideWindow());
+    EXPECT_FALSE(frontEnd.showWindow(reinterpret_cast<HWND>(0x7ffe))) << "no window";
+    EXPECT_FALSE(logged("1 init")) << "nothing is built for it";
     frontEnd.done();
     frontEnd.done();
     EXPECT_TRUE(logged("done"));
