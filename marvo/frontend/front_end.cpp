@@ -46,11 +46,11 @@ dvFrontEnd::~dvFrontEnd() {
 }
 
 bool dvFrontEnd::init(HWND window, bool) {
-    return build(window);
+    return settle(build(window));
 }
 
 bool dvFrontEnd::playinit(HWND window, int from, int to, const char* name) {
-    return buildPlayOnly(window, from, to, name);
+    return settle(buildPlayOnly(window, from, to, name));
 }
 
 bool dvFrontEnd::reinit(HWND window) {
@@ -58,15 +58,24 @@ bool dvFrontEnd::reinit(HWND window) {
 }
 
 bool dvFrontEnd::showWindow(HWND window) {
-    return present(window);
+    return settle(present(window));
 }
 
 bool dvFrontEnd::onError(const wchar_t* text) {
-    return refuse(text);
+    return settle(refuse(text));
 }
 
 void dvFrontEnd::done() {
     takeApart();
+    hold_.letGo();
+}
+
+/// The last act of every command that may have taken the engine apart.
+bool dvFrontEnd::settle(bool result) {
+    if (!capture_.built() && !play_.built()) {
+        hold_.letGo();
+    }
+    return result;
 }
 
 bool dvFrontEnd::build(HWND window) {
@@ -78,6 +87,7 @@ bool dvFrontEnd::build(HWND window) {
     if (play_.built()) {
         takeApart();
     }
+    hold_.take();
     setWindow(window);
     initRecord();
     frontend::BuildStep failed = capture_.build(settings_.input, settings_.maxRecFrames);
@@ -112,6 +122,7 @@ bool dvFrontEnd::buildPlayOnly(HWND window, int from, int to, const char* name) 
     if (capture_.built() || play_.built()) {
         takeApart();
     }
+    hold_.take();
     setWindow(window);
     if (!play_.buildAlone(from, to, name)) {
         play_.release(true);

@@ -6,6 +6,7 @@
 #include "marvo/frontend/build_step.h"
 #include "marvo/frontend/capture_graph.h"
 #include "marvo/frontend/elements.h"
+#include "marvo/frontend/library_hold.h"
 #include "marvo/frontend/log.h"
 #include "marvo/frontend/marker_clock.h"
 #include "marvo/frontend/play_graph.h"
@@ -24,6 +25,9 @@
 ///
 /// Settings are read once, at construction, from "dv.ini" and "video.ini" in the current directory:
 /// docs/settings.md has the keys. Nothing is written to these files.
+///
+/// While an engine is built, the library holds itself loaded: a `FreeLibrary` of the host's then takes effect
+/// with `done`, which returns safely all the same. A process that ends without `done` still ends.
 ///
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
@@ -70,7 +74,8 @@ public:
     bool initRecord();
 
     /// Ends the filters' threads, the recording and the replay, frees the rings, releases both graphs and
-    /// hides the video. Harmless when nothing is built.
+    /// hides the video. Harmless when nothing is built. When the host has given up the library before, it is
+    /// unloaded as soon as this call has returned; the object must then not be touched any more.
     void done();
 
     /// Logs "error" and takes everything apart. Always false.
@@ -250,6 +255,7 @@ private:
     bool buildPlayOnly(HWND window, int from, int to, const char* name);
     bool giveUp(frontend::BuildStep failed);
     bool refuse(const wchar_t* text);
+    bool settle(bool result);
     void takeApart();
     void runPlay(HWND window);
     bool present(HWND window);
@@ -257,6 +263,7 @@ private:
     void takeOut();
     void placeVideo();
 
+    frontend::LibraryHold hold_;
     bool initialised_ = false;
     frontend::SettingsFiles settingsFiles_;
     frontend::Settings settings_;
