@@ -1,12 +1,15 @@
 #include "marvo.h"
 
+#include "marvo/frontend/setting_table.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <regex>
+#include <set>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -68,6 +71,41 @@ TEST_F(FrontEnd, ReadsItsSettings) {
     EXPECT_EQ(logLines(), std::vector<std::string>{"always"});
 }
 
+/// Type and default of a setting as the documentation words them.
+struct Described {
+    const frontend::Settings defaults;
+
+    std::string operator()(bool frontend::Settings::*value) const {
+        return std::string("yes or no | ") + (defaults.*value ? "yes" : "no");
+    }
+    std::string operator()(int frontend::Settings::*value) const {
+        return "number | " + std::to_string(defaults.*value);
+    }
+    std::string operator()(std::optional<unsigned long> frontend::Settings::*value) const {
+        return std::string("number | ") + (defaults.*value ? "a limit" : "no limit");
+    }
+    std::string operator()(vcore::str frontend::Settings::*value) const {
+        return std::string("text | ") + vcore::str(defaults.*value).getStr();
+    }
+};
+
+TEST_F(FrontEnd, ItsSettingsAreThoseOfTheDocumentation) {
+    std::vector<std::string> documented;
+    std::ifstream page("R:\\docs\\settings.md");
+    for (std::string line; std::getline(page, line);) {
+        if (line.starts_with("| ") && !line.starts_with("| key ")) {
+            documented.push_back(line);
+        }
+    }
+    std::vector<std::string> actual;
+    for (const frontend::SettingRow& row : frontend::settingTable) {
+        const std::string key = vcore::str(row.key).getStr();
+        actual.push_back("| " + key + " | " + key.substr(0, key.find('.')) + ".ini | " +
+                         std::visit(Described(), row.target) + " | " + row.meaning + " |");
+    }
+    EXPECT_EQ(documented, actual);
+}
+
 TEST_F(FrontEnd, MarkersSetElementsOnlyWhenControlled) {
     dvFrontEnd frontEnd;
     for (const char* marker :
@@ -120,6 +158,31 @@ TEST_F(FrontEnd, LogsOnOneLineWithItsDepth) {
     EXPECT_EQ(lines.back(), "1 nested");
 }
 
+TEST_F(FrontEnd, EveryLineOfSeveralThreadsIsLogged) {
+    constexpr size_t threads = 4;
+    constexpr size_t lines = 2500;
+    dvFrontEnd frontEnd;
+    std::vector<std::thread> writers;
+    for (size_t writer = 0; writer < threads; ++writer) {
+        writers.emplace_back([&frontEnd, writer] {
+            for (size_t i = 0; i < lines; ++i) {
+                frontEnd.log(("writer " + std::to_string(writer * lines + i)).c_str(), false);
+            }
+        });
+    }
+    for (auto& writer : writers) {
+        writer.join();
+    }
+    std::ifstream file("marvo.log", std::ios::binary);
+    std::set<std::string> found;
+    for (std::string line; std::getline(file, line);) {
+        if (const size_t at = line.find("writer "); at != std::string::npos) {
+            found.insert(line.substr(at));
+        }
+    }
+    EXPECT_EQ(found.size(), threads * lines);
+}
+
 TEST_F(FrontEnd, CommandsOnAnUnbuiltEngineAreHarmless) {
     dvFrontEnd frontEnd;
     EXPECT_FALSE(frontEnd.replay(0, 9, L"x.dv"));
@@ -131,6 +194,8 @@ TEST_F(FrontEnd, CommandsOnAnUnbuiltEngineAreHarmless) {
     EXPECT_TRUE(frontEnd.live() && frontEnd.pause() && frontEnd.resume() && frontEnd.seekPosition(7));
     EXPECT_TRUE(frontEnd.setSpeed(2.0));
     EXPECT_TRUE(frontEnd.hideWindow());
+    EXPECT_FALSE(frontEnd.showWindow(reinterpret_cast<HWND>(0x7ffe))) << "no window";
+    EXPECT_FALSE(logged("1 init")) << "nothing is built for it";
     frontEnd.done();
     frontEnd.done();
     EXPECT_TRUE(logged("done"));

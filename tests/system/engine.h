@@ -1,3 +1,5 @@
+/// @file
+/// The fixture of the whole engine on the simulated camera.
 #pragma once
 
 #include "marvo.h"
