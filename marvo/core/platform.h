@@ -10,9 +10,12 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Marks a class or function as part of the library's exported interface.
+/// Marks a class or function as part of the library's exported interface. Programs that link rooms of the
+/// library into themselves instead of using the DLL define MARVO_STATIC.
 #if defined(MARVO_BUILD)
 #define MARVO_API __declspec(dllexport)
+#elif defined(MARVO_STATIC)
+#define MARVO_API
 #else
 #define MARVO_API __declspec(dllimport)
 #endif

@@ -1,3 +1,5 @@
+/// @file
+/// The whole engine on the simulated camera, as a test drives it.
 #pragma once
 
 #include "marvo.h"
