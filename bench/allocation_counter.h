@@ -1,6 +1,8 @@
+/// @file
+/// Counts what the engine allocates while frames flow.
 #pragma once
 
-#include "bench/import_patch.h"
+#include "tests/support/import_patch.h"
 
 #include <memory>
 #include <string>

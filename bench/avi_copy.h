@@ -1,3 +1,5 @@
+/// @file
+/// Copying a stream into an AVI file, timed.
 #pragma once
 
 /// Copies a raw DV stream of PAL frames frame by frame into a new AVI file, as a converter does: reads a

@@ -1,6 +1,8 @@
+/// @file
+/// The engine's system calls without the engine, to compare with.
 #pragma once
 
-#include "bench/foreign_pin.h"
+#include "bench/counting_pin.h"
 #include "bench/recording.h"
 #include "bench/sample_pool.h"
 
@@ -34,7 +36,7 @@ private:
     vwin::com_<IReferenceClock> clock_;
     vcore::semaphore tick_{1, nullptr};
     DWORD_PTR advice_ = 0;
-    ForeignPin sink_{PINDIR_INPUT};
+    CountingPin sink_;
     std::atomic<bool> stop_ = false;
     std::thread writer_;
     std::thread player_;

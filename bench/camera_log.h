@@ -1,3 +1,5 @@
+/// @file
+/// What the simulated camera notes about its frames.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "bench/bare_pipeline.h"
+#include "bench/counting_pin.h"
 #include "bench/cpu_time.h"
-#include "bench/foreign_pin.h"
 #include "bench/groups.h"
 #include "bench/paced_feed.h"
 #include "bench/recording.h"
@@ -29,8 +29,8 @@ public:
         vvideo::dvMediaType type;
         type.initDVType(frameSize, true);
         type.setTimePerFrame(period_100ns);
-        recordPin_ = pinOf(record_, 0);
-        playPin_ = pinOf(play_, 0);
+        recordPin_.attach(pinOf(record_, 0));
+        playPin_.attach(pinOf(play_, 0));
         if (recordPin_->ReceiveConnection(&source_, type) != S_OK || !input_.ref(recordPin_.ptr()) ||
             FAILED(input_->NotifyAllocator(feed.allocator(), FALSE)) || !record_.init(ringFrames) ||
             !play_.init(record_.store(), type) || playPin_->Connect(&sink_, nullptr) != S_OK ||
@@ -62,7 +62,7 @@ public:
 private:
     TemporaryFile file_;
     ForeignPin source_{PINDIR_OUTPUT};
-    ForeignPin sink_{PINDIR_INPUT};
+    CountingPin sink_;
     dvRecFilter record_;
     dvPlayFilter play_;
     vwin::com_<IReferenceClock> clock_;
@@ -89,7 +89,7 @@ struct Rounds {
 };
 
 void addRound(Rounds& rounds, const PacedFeed& feed, int frames) {
-    ForeignPin sink(PINDIR_INPUT);
+    CountingPin sink;
     const double feed_us = feedCpu_us(feed, &sink, frames);
     rounds.feed_us.push_back(feed_us);
     {

@@ -1,3 +1,5 @@
+/// @file
+/// The process's processor time.
 #pragma once
 
 /// Seconds of processor time, user and kernel, that all threads of this process have used.

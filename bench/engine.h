@@ -1,3 +1,5 @@
+/// @file
+/// The whole engine on the simulated camera, as a measurement drives it.
 #pragma once
 
 #include "bench/recording.h"

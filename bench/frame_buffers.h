@@ -1,3 +1,5 @@
+/// @file
+/// Memory for frames, aligned as unbuffered files want it.
 #pragma once
 
 #include <memory>

@@ -1,3 +1,5 @@
+/// @file
+/// The groups of measurements and what each is given.
 #pragma once
 
 #include "bench/options.h"

@@ -1,3 +1,5 @@
+/// @file
+/// Where and when figures are measured.
 #pragma once
 
 #include <string>

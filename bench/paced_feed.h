@@ -1,3 +1,5 @@
+/// @file
+/// Feeds frames to a pin at the pace of a camera.
 #pragma once
 
 #include "bench/frame_buffers.h"

@@ -1,3 +1,5 @@
+/// @file
+/// One line on the terminal that tells how far the measurements are.
 #pragma once
 
 #include "bench/stopwatch.h"

@@ -1,3 +1,5 @@
+/// @file
+/// Recordings to measure with, and files that go when they are done with.
 #pragma once
 
 #include <functional>

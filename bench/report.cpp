@@ -2,6 +2,8 @@
 
 #include "bench/machine.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -14,23 +16,13 @@ std::string number(double value) {
     return text;
 }
 
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            result += '\\';
-        }
-        result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
-    }
-    return result + '"';
-}
-
 const char* word(std::optional<bool> met) {
     return !met ? "" : *met ? "yes" : "NO";
 }
 
-const char* literal(std::optional<bool> met) {
-    return !met ? "null" : *met ? "true" : "false";
+template <class T>
+nlohmann::ordered_json orNull(const std::optional<T>& value) {
+    return value ? nlohmann::ordered_json(*value) : nullptr;
 }
 
 } // namespace
@@ -92,22 +84,27 @@ void Report::print() const {
 bool Report::write(const std::string& file, bool quick) const {
     std::error_code ignored;
     std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
-    std::ofstream out(file, std::ios::binary);
     const Machine machine;
-    out << "{\n  \"machine\": {\"cores\": " << machine.cores
-        << ", \"processor\": " << quoted(machine.processor) << ", \"system\": " << quoted(machine.system)
-        << ", \"target\": " << quoted(machine.target) << ", \"date\": " << quoted(machine.date)
-        << "},\n  \"quick\": " << (quick ? "true" : "false") << ",\n  \"rows\": [";
-    const char* separator = "\n";
+    nlohmann::ordered_json report = {{"machine",
+                                      {{"cores", machine.cores},
+                                       {"processor", machine.processor},
+                                       {"system", machine.system},
+                                       {"target", machine.target},
+                                       {"date", machine.date}}},
+                                     {"quick", quick},
+                                     {"rows", nlohmann::ordered_json::array()}};
     for (const Row& row : rows_) {
-        out << separator << "    {\"group\": " << quoted(row.group) << ", \"name\": " << quoted(row.name)
-            << ", \"value\": " << (row.value ? number(*row.value) : "null")
-            << ", \"unit\": " << quoted(row.unit)
-            << ", \"target\": " << (row.target ? quoted(row.target->text()) : "null")
-            << ", \"met\": " << literal(row.met()) << ", \"note\": " << quoted(row.note) << "}";
-        separator = ",\n";
+        report["rows"].push_back(
+            {{"group", row.group},
+             {"name", row.name},
+             {"value", orNull(row.value)},
+             {"unit", row.unit},
+             {"target", row.target ? nlohmann::ordered_json(row.target->text()) : nullptr},
+             {"met", orNull(row.met())},
+             {"note", row.note}});
     }
-    out << "\n  ]\n}\n";
+    std::ofstream out(file, std::ios::binary);
+    out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
     out.close();
     return !out.fail();
 }

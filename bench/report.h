@@ -1,3 +1,5 @@
+/// @file
+/// The figures, as a table and as JSON.
 #pragma once
 
 #include <optional>

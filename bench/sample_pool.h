@@ -1,3 +1,5 @@
+/// @file
+/// Media samples of the system's allocator, to be filled with frames.
 #pragma once
 
 #include "bench/frame_buffers.h"

@@ -1,3 +1,5 @@
+/// @file
+/// What is made of the times of many rounds.
 #pragma once
 
 #include "bench/stopwatch.h"

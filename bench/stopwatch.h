@@ -1,3 +1,5 @@
+/// @file
+/// Time as it passes, in seconds.
 #pragma once
 
 #include "marvo.h"

@@ -1,3 +1,5 @@
+/// @file
+/// AVI files of any length that take next to no room on the disk.
 #pragma once
 
 #include "marvo.h"

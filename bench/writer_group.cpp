@@ -1,6 +1,6 @@
 #include "bench/frame_buffers.h"
 #include "bench/groups.h"
-#include "bench/import_patch.h"
+#include "tests/support/import_patch.h"
 #include "bench/recording.h"
 #include "bench/sample_pool.h"
 #include "bench/statistics.h"

@@ -2,7 +2,7 @@
 /// A filter that counts its references and notes what a graph does to it.
 #pragma once
 
-#include "tests/support/sink_filter.h"
+#include "tests/support/foreign_pin.h"
 
 #include <memory>
 #include <string>

@@ -1,3 +1,5 @@
+/// @file
+/// A file that holds one content after the other.
 #pragma once
 
 #include "marvo.h"

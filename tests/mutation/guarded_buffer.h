@@ -1,3 +1,5 @@
+/// @file
+/// Memory that ends at an inaccessible page.
 #pragma once
 
 #include "marvo.h"

@@ -1,3 +1,5 @@
+/// @file
+/// Damages files in memory.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,8 @@
+/// @file
+/// Runs a test with many numbers and names the one that faults or hangs.
 #pragma once
 
-#include "bench/import_patch.h"
+#include "tests/support/import_patch.h"
 
 #include <gtest/gtest.h>
 #include <psapi.h>

@@ -1,7 +1,7 @@
 #include "marvo.h"
 
 #include "tests/support/samples.h"
-#include "tests/support/sink_filter.h"
+#include "tests/support/foreign_pin.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "tests/support/recording.h"
 #include "tests/support/samples.h"
-#include "tests/support/sink_filter.h"
+#include "tests/support/foreign_pin.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 #include "marvo.h"
 
 #include "tests/support/samples.h"
+#include "tests/support/foreign_pin.h"
 #include "tests/video/fakes.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+/// @file
+/// AVI files as programs of all kinds write them.
 #pragma once
 
 #include "marvo/avi/riff.h"

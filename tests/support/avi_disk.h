@@ -1,3 +1,5 @@
+/// @file
+/// A disk in memory for the writer of AVI files, and a strict look at what is on it.
 #pragma once
 
 #include "marvo/avi/avi_output.h"

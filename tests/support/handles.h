@@ -1,3 +1,5 @@
+/// @file
+/// Counts the process's open handles.
 #pragma once
 
 #include "marvo.h"

@@ -1,3 +1,5 @@
+/// @file
+/// Raw recordings for tests.
 #pragma once
 
 #include "tests/support/samples.h"

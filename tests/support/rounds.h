@@ -1,3 +1,5 @@
+/// @file
+/// How often a test of random input is repeated.
 #pragma once
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+/// @file
+/// Frames with known bytes, media samples of them, and waiting.
 #pragma once
 
 #include "marvo.h"

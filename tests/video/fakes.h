@@ -2,7 +2,7 @@
 /// Foreign objects that count their references.
 #pragma once
 
-#include "tests/support/sink_filter.h"
+#include "tests/support/foreign_pin.h"
 
 #include <functional>
 #include <optional>

@@ -1,3 +1,5 @@
+/// @file
+/// Functions that a loaded module imports, replaced.
 #pragma once
 
 #include "marvo.h"
