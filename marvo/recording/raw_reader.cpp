@@ -60,11 +60,6 @@ unsigned long RawReader::findSector() const {
     return std::max(bytesPerSector(name().c_str()), 1ul);
 }
 
-bool RawReader::place(unsigned long long frame, Place& place) const {
-    place = {offset(frame) + headerBytes, frameSize()};
-    return frame < frames();
-}
-
 bool RawReader::read(unsigned long long frame, RecordBuffer& buffer) {
     const unsigned long bytes = file_.bufferSize();
     if (bytes == 0 || buffer.bytes() < bytes || !buffer.setFrameBytes(frameSize())) {
@@ -97,16 +92,11 @@ RecordHeader RawReader::header(unsigned long long frame) const {
     return header;
 }
 
-std::string RawReader::whatIsMissing() const {
-    const unsigned long long tail = fileBytes() - std::min(fileBytes(), offset(frames()));
-    return tail > 0 ? vcore::counted(tail, "byte") + " behind the last whole frame" : std::string();
-}
-
 std::vector<Reader::Fact> RawReader::facts() const {
     return {{"recordSize", "record size", file_.bufferSize()}, {"sector", "sector size", file_.alignment()}};
 }
 
-unsigned long long RawReader::check(const FaultCall& fault, const ProgressCall&,
+unsigned long long RawReader::check(const FaultCall& fault, const ProgressCall& progress,
                                     unsigned long mostFaults) const {
     unsigned long long found = 0;
     const auto tell = [&](unsigned long long at, const std::string& text) {
@@ -127,7 +117,8 @@ unsigned long long RawReader::check(const FaultCall& fault, const ProgressCall&,
                  vcore::format("record %llu has another time per frame than the first", frame));
         }
     }
-    return found - std::min<unsigned long long>(found, mostFaults);
+    const auto told = static_cast<unsigned long>(std::min<unsigned long long>(found, mostFaults));
+    return found - told + PlainReader::check(fault, progress, mostFaults - told);
 }
 
 } // namespace recording

@@ -3,12 +3,13 @@
 #pragma once
 
 #include "marvo/recording/kinds.h"
+#include "marvo/recording/plain_reader.h"
 #include "marvo/recording/play_file.h"
 
 namespace recording {
 
 /// The frames of a raw recording, by way of `dvPlayFile`.
-class RawReader final : public Reader {
+class RawReader final : public PlainReader {
 public:
     /// As `KindRow::open`.
     static std::unique_ptr<Reader> open(const wchar_t* name, const OpenOptions& options, std::wstring& error);
@@ -23,7 +24,6 @@ public:
     unsigned long frameSize() const override { return file_.frameSize(); }
     unsigned long bufferBytes() const override { return file_.bufferSize(); }
     void describe(vvideo::dvMediaType& type) const override { type = file_.type(); }
-    bool place(unsigned long long frame, Place& place) const override;
     bool read(unsigned long long frame, RecordBuffer& buffer) override;
     std::wstring error() const override;
     std::vector<Fact> facts() const override;
@@ -32,13 +32,13 @@ public:
     void abandon() override { file_.close(); }
 
 protected:
-    std::string whatIsMissing() const override;
+    unsigned long partBytes() const override { return file_.bufferSize(); }
+    unsigned long bytesInFront() const override { return headerBytes; }
 
 private:
-    explicit RawReader(const wchar_t* name) : Reader(name) {}
+    explicit RawReader(const wchar_t* name) : PlainReader(name) {}
 
     unsigned long findSector() const;
-    unsigned long long offset(unsigned long long frame) const { return frame * file_.bufferSize(); }
     RecordHeader header(unsigned long long frame) const;
 
     dvPlayFile file_;

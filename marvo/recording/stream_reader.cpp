@@ -3,8 +3,6 @@
 #include "marvo/core/text.h"
 #include "marvo/dv/layout.h"
 
-#include <algorithm>
-
 namespace recording {
 
 std::unique_ptr<Reader> StreamReader::open(const wchar_t* name, const OpenOptions&, std::wstring& error) {
@@ -40,26 +38,16 @@ void StreamReader::refresh() {
     frames_ = input_.size() / frameSize_;
 }
 
-bool StreamReader::place(unsigned long long frame, Place& place) const {
-    place = {frame * frameSize_, frameSize_};
-    return frame < frames_;
-}
-
 bool StreamReader::read(unsigned long long frame, RecordBuffer& buffer) {
     if (!buffer.setFrameBytes(frameSize_)) {
         error_ = L"the buffer is smaller than the frame";
         return false;
     }
-    if (frame >= frames_ || input_.read(frame * frameSize_, buffer.frame(), frameSize_) != frameSize_) {
+    if (frame >= frames_ || input_.read(offset(frame), buffer.frame(), frameSize_) != frameSize_) {
         error_ = L"it is not there as a whole";
         return false;
     }
     return true;
-}
-
-std::string StreamReader::whatIsMissing() const {
-    const unsigned long long tail = fileBytes() - std::min(fileBytes(), frames_ * frameSize_);
-    return tail > 0 ? vcore::counted(tail, "byte") + " behind the last whole frame" : std::string();
 }
 
 } // namespace recording

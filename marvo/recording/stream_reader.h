@@ -3,11 +3,12 @@
 #pragma once
 
 #include "marvo/recording/kinds.h"
+#include "marvo/recording/plain_reader.h"
 
 namespace recording {
 
 /// DV frames of one size, one behind the other. The size is taken from the first frame.
-class StreamReader final : public Reader {
+class StreamReader final : public PlainReader {
 public:
     /// As `KindRow::open`.
     static std::unique_ptr<Reader> open(const wchar_t* name, const OpenOptions& options, std::wstring& error);
@@ -22,19 +23,16 @@ public:
     void refresh() override;
     unsigned long frameSize() const override { return frameSize_; }
     unsigned long bufferBytes() const override { return headerBytes + frameSize_; }
-    bool place(unsigned long long frame, Place& place) const override;
     bool read(unsigned long long frame, RecordBuffer& buffer) override;
     std::wstring error() const override { return error_; }
-    unsigned long long check(const FaultCall&, const ProgressCall&, unsigned long) const override {
-        return 0;
-    }
     void abandon() override { input_.close(); }
 
 protected:
-    std::string whatIsMissing() const override;
+    unsigned long partBytes() const override { return frameSize_; }
+    unsigned long bytesInFront() const override { return 0; }
 
 private:
-    explicit StreamReader(const wchar_t* name) : Reader(name) {}
+    explicit StreamReader(const wchar_t* name) : PlainReader(name) {}
 
     InputFile input_;
     unsigned long frameSize_ = 0;
