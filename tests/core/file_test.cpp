@@ -1,4 +1,4 @@
-#include "bench/import_patch.h"
+#include "tests/support/import_patch.h"
 
 #include <gtest/gtest.h>
 
