@@ -95,6 +95,18 @@
 #include "marvo/recording/rec_file.h"
 #include "marvo/replay/record_filter.h"
 
+// The library's own macros.
 #undef MARVO_API
+#undef MARVO_THREAD_ATTRIBUTE
+#undef MARVO_CAPABILITY
+#undef MARVO_SCOPED_CAPABILITY
+#undef MARVO_GUARDED_BY
+#undef MARVO_PT_GUARDED_BY
+#undef MARVO_REQUIRES
+#undef MARVO_EXCLUDES
+#undef MARVO_ACQUIRE
+#undef MARVO_RELEASE
+#undef MARVO_RETURN_CAPABILITY
+#undef MARVO_ACQUIRED_AFTER
 #pragma pop_macro("max")
 #pragma pop_macro("min")
