@@ -37,7 +37,8 @@
 class MARVO_API dvFrontEnd : public vwin::vWidget {
 public:
     /// Reads the settings, opens the log and chooses the recording drive. Runs while the library is being
-    /// loaded, so it makes no filter graph.
+    /// loaded, so it makes no filter graph and waits for no thread; but the message box of `initRecord`, when
+    /// no drive has room, holds up the loading until the user has answered.
     dvFrontEnd();
 
     /// As `hideWindow` and `done`. In a process that ends without `done` everything is left to the system.

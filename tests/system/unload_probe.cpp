@@ -4,7 +4,6 @@
 #include <windows.h>
 
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -39,8 +38,11 @@ struct Library {
     }
     bool init(int input) const {
         member<void(METHOD*)(void*, int)>("_ZN10dvFrontEnd8setInputEi")(frontEnd, input);
-        return member<bool(METHOD*)(void*, HWND, bool)>("_ZN10dvFrontEnd4initEP6HWND__b")(frontEnd, nullptr,
-                                                                                          false);
+        const bool built = member<bool(METHOD*)(void*, HWND, bool)>("_ZN10dvFrontEnd4initEP6HWND__b")(
+            frontEnd, nullptr, false);
+        // Some systems' clocks hang when they are released before their thread has come to its first sleep.
+        Sleep(200);
+        return built;
     }
     void(METHOD* done)(void*) = member<void(METHOD*)(void*)>("_ZN10dvFrontEnd4doneEv");
 
