@@ -171,8 +171,8 @@ class Program(unittest.TestCase):
                     if found.is_file():
                         shutil.copy(found, build)
         clang = FOLDER / POSIX / "consumer-clang.exe"
-        output(*COMPILERS["clang++"], "-O2", f"-I{SDK}/include", "-c", source / "main.cpp", "-o",
-               FOLDER / "clang.o")
+        output(*COMPILERS["clang++"], "-std=c++17", "-O2", f"-I{SDK}/include", "-c", source / "main.cpp",
+               "-o", FOLDER / "clang.o")
         output(POSIX, FOLDER / "clang.o", f"-L{SDK}/lib", "-lmarvo", "-static", "-o", clang)
         programs = sorted(FOLDER.glob("*/consumer-*.exe"))
         self.assertEqual(9, len(programs))
