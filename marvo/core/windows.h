@@ -2,7 +2,10 @@
 /// The Windows headers in the order they need, and the two words that every room has for its own faults.
 #pragma once
 
+// Here for hosts that want it behind us; behind a host's `windows.h`, which has its older version, it warns.
+#ifndef _WINSOCKAPI_
 #include <winsock2.h>
+#endif
 #include <windows.h>
 #include <objbase.h>
 #include <oleauto.h>
