@@ -1,12 +1,23 @@
 /// @file
 /// The one header a host includes: every public class of marvo, and the Windows and DirectShow headers they
-/// need. Link with libmarvo.dll.a (marvo.lib); define NO_DSHOW_STRSAFE and NOMINMAX if your own code needs
-/// what the DirectShow and Windows headers would otherwise redefine.
+/// need. It may stand before or behind any other header, in C++17 and later, and leaves no macro behind but
+/// those of the system's headers. Link with libmarvo.a (marvo.lib).
+///
+/// `dshow.h` is read without the string functions of `strsafe.h`; a host that wants these includes that
+/// header itself. They make a macro of `sprintf`, also of the member of `str` (see there).
 #pragma once
+
+// A host's macros of these names would break the standard headers. They are put back at the end.
+#pragma push_macro("min")
+#pragma push_macro("max")
+#undef min
+#undef max
+
+#include "marvo/version.h"
 
 #include "marvo/core/platform.h"
 
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 // The toolkit: strings, values, settings, time, files, threads, signals.
 #include "marvo/core/alist.h"
@@ -83,3 +94,7 @@
 #include "marvo/replay/play_info.h"
 #include "marvo/recording/rec_file.h"
 #include "marvo/replay/record_filter.h"
+
+#undef MARVO_API
+#pragma pop_macro("max")
+#pragma pop_macro("min")

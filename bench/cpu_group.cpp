@@ -16,10 +16,10 @@ constexpr unsigned long ringFrames = 50;
 constexpr int pace = 4;
 constexpr long long period_100ns = 400000 / pace;
 
-/// What the engine may need besides copying a frame four times: into the ring, for the file, for the display,
-/// into the sample.
+/// What the engine may need: a little more than the system calls that its design prescribes, measured bare in
+/// the same run, and the copies of a frame: into the ring, for the file, for the display, into the sample.
 constexpr int allowedCopies = 4;
-constexpr double allowance_us = 200;
+constexpr double allowedOverBare = 1.3;
 
 /// The engine's whole pipeline between a foreign source and a foreign sink: record filter, store, writer and
 /// file; play filter on the same store, paced by the system's clock at the rate of the source.
@@ -125,18 +125,18 @@ void measureCpu(Bench& bench) {
     }
 
     const double shownShare = static_cast<double>(rounds.shown) / rounds.fed;
-    bench.report.add(
-        "engine's processor time per live frame", mean(rounds.engine_us), "us",
-        Target::atMost(allowedCopies * copy_us + allowance_us),
-        "PAL, recorded and shown at 4 times real time, less the same feed without the engine; limit: 4 "
-        "copies + 200 us");
+    const double bare_us = mean(rounds.bare_us);
+    bench.report.add("engine's processor time per live frame", mean(rounds.engine_us), "us",
+                     Target::atMost(allowedOverBare * bare_us + allowedCopies * copy_us),
+                     "PAL, recorded and shown at 4 times real time, less the same feed without the engine; "
+                     "limit: 1.3 times the same system calls alone, and 4 copies");
     bench.report.add("frames shown per frame captured", shownShare, "ratio", Target::atLeast(0.95),
                      "without it the figure above would leave out the play side");
     bench.report.add("one copy of a frame, out of the caches", copy_us, "us");
-    bench.report.add("processor time per frame of the same system calls alone", mean(rounds.bare_us), "us",
-                     {}, "waits, samples and writes as the engine has them, but no engine and no copies");
-    bench.report.add("the engine's own: what is left of it without these",
-                     mean(rounds.engine_us) - mean(rounds.bare_us), "us", {}, "its copies and its code");
+    bench.report.add("processor time per frame of the same system calls alone", bare_us, "us", {},
+                     "waits, samples and writes as the engine has them, but no engine and no copies");
+    bench.report.add("the engine's own: what is left of it without these", mean(rounds.engine_us) - bare_us,
+                     "us", {}, "its copies and its code");
     bench.report.add("processor time per frame of the feed alone", mean(rounds.feed_us), "us");
     bench.report.add("step of the processor time, per frame of a round", processCpuStep_s() * 1e6 / frames,
                      "us", {}, "how fine the figures above can be");

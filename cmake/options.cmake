@@ -1,18 +1,21 @@
-# Compile and link options that everything of ours shares.
+# Compile and link options that everything of ours shares; private to our own targets. Who uses the library
+# needs none of them.
 add_library(marvo_options INTERFACE)
 target_compile_definitions(marvo_options INTERFACE
     UNICODE _UNICODE NOMINMAX NO_DSHOW_STRSAFE _WIN32_WINNT=0x0602 WINVER=0x0602)
 
 if(MSVC)
     # 4251: the DLL and its hosts are built with the same compiler, so private members need not be exported.
-    target_compile_options(marvo_options INTERFACE /W4 /WX /wd4251 /permissive- /EHsc)
+    target_compile_options(marvo_options INTERFACE
+        /W4 $<$<BOOL:${MARVO_WERROR}>:/WX> /wd4251 /permissive- /EHsc)
     target_compile_definitions(marvo_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
-    target_compile_options(marvo_options INTERFACE
-        -Wall -Wextra -Werror
+    # Not for the resource compiler, which knows none of them.
+    target_compile_options(marvo_options INTERFACE "$<$<COMPILE_LANGUAGE:C,CXX>:-Wall;-Wextra>"
+        "$<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<BOOL:${MARVO_WERROR}>>:-Werror>"
         # Addresses resolve to lines with Wine's debugger only from DWARF 4 and with frame pointers.
-        -gdwarf-4 -fno-omit-frame-pointer
+        "$<$<COMPILE_LANGUAGE:C,CXX>:-gdwarf-4;-fno-omit-frame-pointer>"
         # Many members answer on a null object; without this the compiler drops the test.
-        -fno-delete-null-pointer-checks)
+        "$<$<COMPILE_LANGUAGE:C,CXX>:-fno-delete-null-pointer-checks>")
     target_link_options(marvo_options INTERFACE -static)
 endif()

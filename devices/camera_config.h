@@ -10,7 +10,7 @@
 
 namespace devices {
 
-/// The camera's stream and its faults, from a text file of `key = value` lines; a `#` at a line's beginning
+/// The camera's stream and its faults, from a text file of `key = value` lines; a `#` at a line's start
 /// or after a blank begins a comment.
 ///
 /// Frames are counted by the camera's deliveries: 0 is the first frame period after the start, and a period

@@ -23,7 +23,7 @@ public:
     /// Null when no file is open.
     const dv_system* system() const { return system_; }
     uint64_t frames() const { return frames_; }
-    /// Copies a frame's bytes (the system's frame size) to `out`; counting goes on from the file's beginning
+    /// Copies a frame's bytes (the system's frame size) to `out`; counting goes on from the file's start
     /// again after its last frame. False when it cannot be read.
     bool read(uint64_t frame, uint8_t* out) const;
 

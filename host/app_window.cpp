@@ -8,15 +8,15 @@ namespace host {
 
 namespace {
 
-constexpr wchar_t class_name[] = L"MarvoHost";
-constexpr wchar_t video_class_name[] = L"MarvoHostVideo";
-constexpr int button_height = 28;
-constexpr int status_height = 22;
-constexpr int controls_height = 2 * button_height + status_height;
-constexpr int first_button_id = 100;
-constexpr UINT_PTR status_timer = 1;
-constexpr UINT status_period_ms = 200;
-constexpr unsigned long long message_time_ms = 6000;
+constexpr wchar_t className[] = L"MarvoHost";
+constexpr wchar_t videoClassName[] = L"MarvoHostVideo";
+constexpr int buttonHeight = 28;
+constexpr int statusHeight = 22;
+constexpr int controlsHeight = 2 * buttonHeight + statusHeight;
+constexpr int firstButtonId = 100;
+constexpr UINT_PTR statusTimer = 1;
+constexpr UINT statusPeriod_ms = 200;
+constexpr unsigned long long messageTime_ms = 6000;
 constexpr double fastest = 8.0;
 constexpr double slowest = 0.125;
 
@@ -51,7 +51,7 @@ const Control controls[] = {
     {L"P  Play marks", 'P', [](Transport& t) { return t.playElement(1); }},
     {L"V  Video", 'V', [](Transport& t) { return t.status().initialised ? t.done() : t.init(std::nullopt); }},
 };
-constexpr size_t buttons_per_row = std::size(controls) / 2;
+constexpr size_t buttonsPerRow = std::size(controls) / 2;
 
 /// The video area: black where there is no video.
 void registerVideoClass() {
@@ -60,7 +60,7 @@ void registerVideoClass() {
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));
     windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
-    windowClass.lpszClassName = video_class_name;
+    windowClass.lpszClassName = videoClassName;
     RegisterClassW(&windowClass);
 }
 
@@ -87,27 +87,27 @@ bool AppWindow::create(int videoWidth, int videoHeight) {
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));
     windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-    windowClass.lpszClassName = class_name;
+    windowClass.lpszClassName = className;
     RegisterClassW(&windowClass);
     registerVideoClass();
-    RECT area = {0, 0, videoWidth, videoHeight + controls_height};
+    RECT area = {0, 0, videoWidth, videoHeight + controlsHeight};
     AdjustWindowRect(&area, WS_OVERLAPPEDWINDOW, FALSE);
-    HWND window = CreateWindowExW(0, class_name, L"Marvo replay", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+    HWND window = CreateWindowExW(0, className, L"Marvo replay", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                                   CW_USEDEFAULT, CW_USEDEFAULT, area.right - area.left,
                                   area.bottom - area.top, nullptr, nullptr, windowClass.hInstance, this);
     if (window == nullptr) {
         return false;
     }
     createControls();
-    layOut(videoWidth, videoHeight + controls_height);
-    SetTimer(window, status_timer, status_period_ms, nullptr);
+    layOut(videoWidth, videoHeight + controlsHeight);
+    SetTimer(window, statusTimer, statusPeriod_ms, nullptr);
     ShowWindow(window, SW_SHOW);
     return true;
 }
 
 void AppWindow::showMessage(const std::string& text) {
     SetWindowTextW(status_, wide(text).c_str());
-    message_until_ = GetTickCount64() + message_time_ms;
+    messageUntil_ = GetTickCount64() + messageTime_ms;
 }
 
 bool AppWindow::dispatch(double ms) {
@@ -147,21 +147,21 @@ LRESULT CALLBACK AppWindow::windowProc(HWND window, UINT message, WPARAM wParam,
 LRESULT AppWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     HWND window = window_;
     switch (message) {
-    case play_info_message:
+    case playInfoMessage:
         if (observer_) {
             observer_(static_cast<unsigned long>(wParam));
         }
         return 0;
     case WM_COMMAND:
-        if (LOWORD(wParam) >= first_button_id && HIWORD(wParam) == BN_CLICKED) {
-            act(LOWORD(wParam) - first_button_id);
+        if (LOWORD(wParam) >= firstButtonId && HIWORD(wParam) == BN_CLICKED) {
+            act(LOWORD(wParam) - firstButtonId);
         }
         return 0;
     case WM_TIMER:
         showStatus();
         return 0;
     case WM_SIZE:
-        if (wParam != SIZE_MINIMIZED && video_area_ != nullptr) {
+        if (wParam != SIZE_MINIMIZED && videoArea_ != nullptr) {
             layOut(LOWORD(lParam), HIWORD(lParam));
         }
         return 0;
@@ -173,7 +173,7 @@ LRESULT AppWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_DESTROY:
         SetWindowLongPtrW(window, GWLP_USERDATA, 0);
-        window_ = video_area_ = status_ = nullptr;
+        window_ = videoArea_ = status_ = nullptr;
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -181,29 +181,29 @@ LRESULT AppWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void AppWindow::createControls() {
     const HINSTANCE module = GetModuleHandleW(nullptr);
-    video_area_ = CreateWindowExW(0, video_class_name, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 0,
-                                  0, window_, nullptr, module, nullptr);
+    videoArea_ = CreateWindowExW(0, videoClassName, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 0, 0,
+                                 window_, nullptr, module, nullptr);
     status_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_LEFT, 0, 0, 0, 0, window_,
                               nullptr, module, nullptr);
     for (size_t i = 0; i < std::size(controls); ++i) {
         CreateWindowExW(0, L"BUTTON", controls[i].label, WS_CHILD | WS_VISIBLE | BS_PUSHBUTTON, 0, 0, 0, 0,
-                        window_, reinterpret_cast<HMENU>(first_button_id + i), module, nullptr);
+                        window_, reinterpret_cast<HMENU>(firstButtonId + i), module, nullptr);
     }
 }
 
 void AppWindow::layOut(int width, int height) {
-    const int videoHeight = height > controls_height ? height - controls_height : 0;
-    SetWindowPos(video_area_, nullptr, 0, 0, width, videoHeight, SWP_NOZORDER | SWP_NOACTIVATE);
+    const int videoHeight = height > controlsHeight ? height - controlsHeight : 0;
+    SetWindowPos(videoArea_, nullptr, 0, 0, width, videoHeight, SWP_NOZORDER | SWP_NOACTIVATE);
     for (size_t i = 0; i < std::size(controls); ++i) {
-        const int column = static_cast<int>(i % buttons_per_row);
-        const int row = static_cast<int>(i / buttons_per_row);
-        const int columns = static_cast<int>(buttons_per_row);
+        const int column = static_cast<int>(i % buttonsPerRow);
+        const int row = static_cast<int>(i / buttonsPerRow);
+        const int columns = static_cast<int>(buttonsPerRow);
         const int left = width * column / columns;
-        SetWindowPos(GetDlgItem(window_, first_button_id + static_cast<int>(i)), nullptr, left,
-                     videoHeight + row * button_height, width * (column + 1) / columns - left, button_height,
+        SetWindowPos(GetDlgItem(window_, firstButtonId + static_cast<int>(i)), nullptr, left,
+                     videoHeight + row * buttonHeight, width * (column + 1) / columns - left, buttonHeight,
                      SWP_NOZORDER | SWP_NOACTIVATE);
     }
-    SetWindowPos(status_, nullptr, 4, height - status_height + 2, width - 4, status_height - 2,
+    SetWindowPos(status_, nullptr, 4, height - statusHeight + 2, width - 4, statusHeight - 2,
                  SWP_NOZORDER | SWP_NOACTIVATE);
     if (transport_ != nullptr) {
         transport_->setSize(width, videoHeight);
@@ -211,7 +211,7 @@ void AppWindow::layOut(int width, int height) {
 }
 
 void AppWindow::showStatus() {
-    if (transport_ != nullptr && GetTickCount64() >= message_until_) {
+    if (transport_ != nullptr && GetTickCount64() >= messageUntil_) {
         SetWindowTextW(status_, wide(transport_->status().line()).c_str());
     }
 }

@@ -13,7 +13,7 @@ namespace host {
 class AppWindow {
 public:
     /// The message that brings play progress; wParam holds the low 32 bits of the frame number.
-    static constexpr unsigned play_info_message = WM_APP + 1;
+    static constexpr unsigned playInfoMessage = WM_APP + 1;
 
     AppWindow() = default;
     AppWindow(const AppWindow&) = delete;
@@ -31,7 +31,7 @@ public:
     }
     /// The main window and the part of it that shows the video; null when closed.
     HWND handle() const { return window_; }
-    HWND videoArea() const { return video_area_; }
+    HWND videoArea() const { return videoArea_; }
     /// Shows a message in the status line for some seconds.
     void showMessage(const std::string& text);
     /// Dispatches messages for `ms` milliseconds (negative: until the window is closed). False when it was
@@ -48,11 +48,11 @@ private:
     bool actOnKey(WPARAM key);
 
     HWND window_ = nullptr;
-    HWND video_area_ = nullptr;
+    HWND videoArea_ = nullptr;
     HWND status_ = nullptr;
     Transport* transport_ = nullptr;
     std::function<void(unsigned long)> observer_;
-    unsigned long long message_until_ = 0;
+    unsigned long long messageUntil_ = 0;
 };
 
 } // namespace host

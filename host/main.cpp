@@ -13,7 +13,7 @@
 
 namespace {
 
-enum exit_status { all_well = 0, expectation_failed = 1, wrong_usage = 2, no_window = 3 };
+enum ExitStatus { allWell = 0, expectationFailed = 1, wrongUsage = 2, noWindow = 3 };
 
 std::vector<std::wstring> commandLine() {
     int count = 0;
@@ -40,7 +40,7 @@ int runByHand(host::AppWindow& window, host::Transport& transport) {
     }
     window.dispatch(-1.0);
     window.setTransport(nullptr);
-    return all_well;
+    return allWell;
 }
 
 int runScript(host::AppWindow& window, host::Transport& transport, const host::Script& script,
@@ -56,9 +56,9 @@ int runScript(host::AppWindow& window, host::Transport& transport, const host::S
         !host::writeFile(options.report, runner.report(host::utf8(options.script)))) {
         std::fprintf(stderr, "marvo-host: the report %s could not be written\n",
                      host::utf8(options.report).c_str());
-        return expectation_failed;
+        return expectationFailed;
     }
-    return held ? all_well : expectation_failed;
+    return held ? allWell : expectationFailed;
 }
 
 /// Says on the standard error output what is wrong with a script. True when nothing is.
@@ -73,28 +73,32 @@ bool isSound(const host::Script& script, const std::string& name) {
 
 int main() {
     host::Options options;
-    std::string error;
-    if (!options.read(commandLine(), error)) {
-        std::fprintf(stderr, "marvo-host: %s\n%s\nscript commands:\n%s", error.c_str(),
-                     host::Options::usage(), host::Script::help().c_str());
-        return wrong_usage;
-    }
     std::string text;
+    switch (options.read(commandLine(), text)) {
+    case host::Options::Outcome::help:
+        std::printf("%s", text.c_str());
+        return allWell;
+    case host::Options::Outcome::wrong:
+        std::fprintf(stderr, "marvo-host: %s\nmarvo-host --help tells more.\n", text.c_str());
+        return wrongUsage;
+    case host::Options::Outcome::run:
+        break;
+    }
     if (!options.script.empty() && !host::readFile(options.script, text)) {
         std::fprintf(stderr, "marvo-host: the script %s cannot be read\n",
                      host::utf8(options.script).c_str());
-        return wrong_usage;
+        return wrongUsage;
     }
     const host::Script script(text);
     if (!isSound(script, host::utf8(options.script))) {
-        return wrong_usage;
+        return wrongUsage;
     }
     host::AppWindow window;
     if (!window.create(options.width, options.height)) {
         std::fprintf(stderr, "marvo-host: no window can be made; is there a display?\n");
-        return no_window;
+        return noWindow;
     }
-    host::Transport transport(window.videoArea(), window.handle(), host::AppWindow::play_info_message);
+    host::Transport transport(window.videoArea(), window.handle(), host::AppWindow::playInfoMessage);
     return options.script.empty() ? runByHand(window, transport)
                                   : runScript(window, transport, script, options);
 }

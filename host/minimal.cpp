@@ -1,7 +1,6 @@
 /// @file
 /// The smallest host: a window with the live picture, recorded; the space bar shows the last five seconds
 /// again in slow motion, any other key goes back to live. The camera is the first capture device.
-
 #include "marvo.h"
 
 namespace {

@@ -14,11 +14,15 @@ struct Options {
     int width = 720;     ///< the video area's size in pixels
     int height = 576;
 
-    /// How the program is called.
-    static const char* usage();
-    /// Reads the arguments behind the program's name. False, with the reason in `error`, when they make no
-    /// sense.
-    bool read(const std::vector<std::wstring>& arguments, std::string& error);
+    /// What the program shall do.
+    enum class Outcome {
+        run,  ///< what the options say
+        help, ///< show the help and end
+        wrong ///< refuse the command line
+    };
+
+    /// Reads the arguments behind the program's name. `text` is the help, or the reason for refusing them.
+    Outcome read(const std::vector<std::wstring>& arguments, std::string& text);
 };
 
 } // namespace host

@@ -76,10 +76,10 @@ void ScriptRunner::notePost(unsigned long frame) {
     const play_info info = transport_.info();
     // A slow host reads a record that is newer than the message; what it says then belongs to a later post.
     if (static_cast<unsigned long>(info.frame & 0xFFFFFFFFu) == frame) {
-        was_replaying_ = info.replaying;
+        wasReplaying_ = info.replaying;
     }
     for (const std::string& name : watching_) {
-        watches_[name].add({elapsed_ms(), static_cast<long long>(frame), was_replaying_});
+        watches_[name].add({elapsed_ms(), static_cast<long long>(frame), wasReplaying_});
     }
 }
 

@@ -86,7 +86,7 @@ private:
     std::map<std::string, double> values_;
     std::map<std::string, PlayWatch> watches_;
     std::set<std::string> watching_;
-    bool was_replaying_ = false;
+    bool wasReplaying_ = false;
     bool quit_ = false;
     long long start_ = 0;
 };

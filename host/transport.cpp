@@ -10,8 +10,8 @@ namespace host {
 
 namespace {
 
-constexpr double longest_replay_s = 100000.0;
-const char* const not_built = "The video is not running; start it first.";
+constexpr double longestReplay_s = 100000.0;
+const char* const notBuilt = "The video is not running; start it first.";
 
 std::optional<long> wholeNumber(const std::string& text) {
     long value = 0;
@@ -28,7 +28,7 @@ const wchar_t* orNull(const std::wstring& text) {
 
 } // namespace
 
-Transport::Transport(HWND videoArea, HWND drain, unsigned message) : video_area_(videoArea) {
+Transport::Transport(HWND videoArea, HWND drain, unsigned message) : videoArea_(videoArea) {
     dvFE.setInfoDrain(drain, message, &info_);
 }
 
@@ -42,7 +42,7 @@ bool Transport::init(std::optional<int> input) {
         input_ = *input;
         dvFE.setInput(input_);
     }
-    initialised_ = dvFE.init(video_area_, false);
+    initialised_ = dvFE.init(videoArea_, false);
     return report(initialised_, initialised_ ? "" : whyNoVideo());
 }
 
@@ -51,7 +51,7 @@ bool Transport::playInit(int from, int to, const std::wstring& file) {
     std::string name(WideCharToMultiByte(CP_ACP, 0, file.c_str(), -1, nullptr, 0, nullptr, nullptr), '\0');
     WideCharToMultiByte(CP_ACP, 0, file.c_str(), -1, name.data(), static_cast<int>(name.size()), nullptr,
                         nullptr);
-    initialised_ = dvFE.playinit(video_area_, from, to, name.c_str());
+    initialised_ = dvFE.playinit(videoArea_, from, to, name.c_str());
     if (initialised_) {
         dvFE.setPlayFile(file.c_str());
     }
@@ -68,12 +68,12 @@ bool Transport::done() {
 }
 
 bool Transport::live() {
-    return report(initialised_ && dvFE.live(), not_built);
+    return report(initialised_ && dvFE.live(), notBuilt);
 }
 
 bool Transport::record(const std::wstring& file) {
     if (!initialised_) {
-        return report(false, not_built);
+        return report(false, notBuilt);
     }
     recording_ = dvFE.startRecord(orNull(file));
     if (recording_ && !file.empty()) {
@@ -90,7 +90,7 @@ bool Transport::stop() {
 }
 
 bool Transport::setPaused(bool paused) {
-    return report(initialised_ && (paused ? dvFE.pause() : dvFE.resume()), not_built);
+    return report(initialised_ && (paused ? dvFE.pause() : dvFE.resume()), notBuilt);
 }
 
 bool Transport::replay(long long from, long long to, const std::wstring& file) {
@@ -99,11 +99,11 @@ bool Transport::replay(long long from, long long to, const std::wstring& file) {
     }
     return report(
         dvFE.replay(static_cast<unsigned long long>(from), static_cast<unsigned long long>(to), orNull(file)),
-        initialised_ ? "Nothing could be replayed; is there a recording?" : not_built);
+        initialised_ ? "Nothing could be replayed; is there a recording?" : notBuilt);
 }
 
 bool Transport::replayLast(double seconds) {
-    if (!(seconds > 0.0 && seconds <= longest_replay_s)) {
+    if (!(seconds > 0.0 && seconds <= longestReplay_s)) {
         return report(false, "A replay is longer than 0 and at most 100000 seconds.");
     }
     const long long newest = status().newest();
@@ -115,14 +115,14 @@ bool Transport::replayLast(double seconds) {
 }
 
 bool Transport::setSpeed(double factor) {
-    return report(initialised_ && dvFE.setSpeed(factor), not_built);
+    return report(initialised_ && dvFE.setSpeed(factor), notBuilt);
 }
 
 bool Transport::seek(long long frame) {
     if (frame < 0) {
         return report(false, "There is no frame with a negative number.");
     }
-    return report(initialised_ && dvFE.seekPosition(static_cast<unsigned long long>(frame)), not_built);
+    return report(initialised_ && dvFE.seekPosition(static_cast<unsigned long long>(frame)), notBuilt);
 }
 
 bool Transport::mark(bool in, long long frame, int element) {
@@ -136,11 +136,11 @@ bool Transport::mark(bool in, long long frame, int element) {
 
 bool Transport::playElement(int element) {
     return report(dvFE.playElement(element),
-                  initialised_ ? "The element has no in and out point, or nothing is recorded." : not_built);
+                  initialised_ ? "The element has no in and out point, or nothing is recorded." : notBuilt);
 }
 
 bool Transport::show() {
-    initialised_ = dvFE.showWindow(video_area_);
+    initialised_ = dvFE.showWindow(videoArea_);
     return report(initialised_, initialised_ ? "" : whyNoVideo());
 }
 
@@ -149,11 +149,11 @@ bool Transport::hide() {
 }
 
 bool Transport::setSize(int width, int height) {
-    return report(dvFE.setSize(width, height), not_built);
+    return report(dvFE.setSize(width, height), notBuilt);
 }
 
 bool Transport::setPosition(int x, int y) {
-    return report(dvFE.setPos(x, y), not_built);
+    return report(dvFE.setPos(x, y), notBuilt);
 }
 
 bool Transport::set(const std::string& key, const std::string& value) {

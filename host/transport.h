@@ -74,7 +74,7 @@ private:
     bool report(bool worked, const std::string& explanation);
     std::string whyNoVideo() const;
 
-    HWND video_area_;
+    HWND videoArea_;
     play_info info_;
     int input_ = -1;
     bool initialised_ = false;

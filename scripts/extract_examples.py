@@ -33,13 +33,13 @@ void assert(bool holds, std::source_location where = std::source_location::curre
 """
 
 
-def examples(lines):
-    """Yields (heading, first line of the code, code) of each block."""
+def examples(lines, language="cpp"):
+    """Yields (heading, first line of the code, code) of each block that is marked with the language."""
     heading, code, first = "", None, 0
     for number, line in enumerate(lines, 1):
         if code is None and line.startswith("#"):
             heading = line.lstrip("#").strip()
-        if code is None and line == "```cpp":
+        if code is None and line == "```" + language:
             code, first = [], number + 1
         elif code is not None and line == "```":
             yield heading, first, code
@@ -70,4 +70,5 @@ def main():
         program.write("\n".join(text))
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -8,8 +8,12 @@ packages=(
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 cmake ninja-build googletest
     # For the programs around the library; header-only.
     nlohmann-json3-dev libcli11-dev
+    # For the analysis of locks.
+    clang
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
     ffmpeg imagemagick python3 doxygen
+    # The second compiler: marvo.h must suit it, too.
+    clang
     # For the checks of form.
     git clang-format-16 shellcheck
     # Other software that reads and writes AVI files, for the tests.

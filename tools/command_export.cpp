@@ -10,7 +10,7 @@ namespace dvrec {
 namespace {
 
 /// Says on the standard output what was made of which frames.
-void report(const Written& written, unsigned long first, const Arguments& arguments) {
+void report(const Written& written, unsigned long long first, const Arguments& arguments) {
     if (!arguments.json) {
         std::printf("%s\n", describe(written, arguments).c_str());
         return;
@@ -19,7 +19,7 @@ void report(const Written& written, unsigned long first, const Arguments& argume
     json.beginObject();
     json.add("file", utf8(arguments.files[0]));
     json.add("out", utf8(arguments.files[1]));
-    json.add("kind", identifier(written.kind));
+    json.add("kind", rowOf(written.kind).identifier);
     json.add("from", first);
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
@@ -30,22 +30,27 @@ void report(const Written& written, unsigned long first, const Arguments& argume
 } // namespace
 
 ExitStatus exportRange(const Arguments& arguments) {
-    const bool avi = hasExtension(arguments.files[1], L".avi");
-    if (!avi && !hasExtension(arguments.files[1], L".dv")) {
-        throw Failure{ExitStatus::usage,
-                      quoted(arguments.files[1]) +
-                          " ends neither with .dv nor with .avi, so what it should become is not clear."};
+    const recording::KindRow* const row = recording::rowOfExtension(arguments.files[1].c_str());
+    if (!row) {
+        std::string extensions;
+        for (const recording::KindRow& other : recording::kinds()) {
+            const bool first = extensions.empty() || *other.extension == '\0';
+            extensions += (first ? "" : " and ") + std::string(other.extension);
+        }
+        throw Failure{ExitStatus::usage, quoted(arguments.files[1]) + " ends with none of " + extensions +
+                                             ", so what it should become is not clear."};
     }
-    const std::unique_ptr<Recording> from = openRecording(arguments.files[0], arguments.sector);
-    const unsigned long first = arguments.from.value_or(0);
-    const unsigned long last = arguments.to.value_or(from->frames() > 0 ? from->frames() - 1 : 0);
-    report(copyFrames(*from, first, last, avi ? Kind::avi : Kind::stream, arguments), first, arguments);
+    const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
+    const unsigned long long first = arguments.from.value_or(0);
+    const unsigned long long last =
+        arguments.to ? *arguments.to : from->frames() - (from->frames() > 0 ? 1 : 0);
+    report(copyFrames(*from, first, last, row->kind, arguments), first, arguments);
     return ExitStatus::fine;
 }
 
 ExitStatus convert(const Arguments& arguments) {
-    const Kind kind = hasExtension(arguments.files[1], L".avi") ? Kind::avi : Kind::raw;
-    const std::unique_ptr<Recording> from = openRecording(arguments.files[0], arguments.sector);
+    const recording::Kind kind = recording::rowOfName(arguments.files[1].c_str()).kind;
+    const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
     report(copyAll(*from, kind, arguments), 0, arguments);
     return ExitStatus::fine;
 }

@@ -39,21 +39,22 @@ ExitStatus grab(const Arguments& arguments) {
         throw Failure{ExitStatus::usage,
                       quoted(arguments.files[1]) + " ends with none of .bmp, .png and .jpg."};
     }
-    const std::unique_ptr<Recording> from = openRecording(arguments.files[0], arguments.sector);
+    const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
     const std::string frameName =
         "Frame " + std::to_string(*arguments.frame) + " of " + quoted(arguments.files[0]) + " ";
     if (*arguments.frame >= from->frames()) {
         throw Failure{ExitStatus::usage,
                       frameName + "is not there; it has " + counted(from->frames(), "frame") + " from 0."};
     }
-    OutputFile output(arguments.files[1], arguments.force, from->file());
-    Slot slot;
+    OutputFile output(arguments.files[1], arguments.force, from->name());
+    recording::RecordBuffer buffer;
+    allocate(buffer, from->bufferBytes());
     std::string fault;
-    if (!from->read(*arguments.frame, slot, fault)) {
+    if (!readFrame(*from, *arguments.frame, buffer, fault)) {
         throw Failure{ExitStatus::cannotRead, frameName + fault + "."};
     }
     Picture picture;
-    if (!decodePicture(slot.frame(), picture, fault)) {
+    if (!decodePicture({buffer.frame(), buffer.frameBytes()}, picture, fault)) {
         throw Failure{ExitStatus::noPicture, frameName + "gives no picture: " + fault + "."};
     }
     if (!saveImage(picture, output.name(), output.temporaryName(), fault)) {

@@ -1,11 +1,11 @@
-#include "tools/avi_recording.h"
 #include "tools/commands.h"
 #include "tools/json_writer.h"
 #include "tools/progress.h"
-#include "tools/raw_recording.h"
-#include "tools/stream_recording.h"
+#include "tools/recording.h"
 #include "tools/text.h"
 #include "tools/time_code_gaps.h"
+
+#include "marvo/dv/recorded_at.h"
 
 #include <algorithm>
 #include <array>
@@ -26,100 +26,51 @@ struct CameraNotes {
     std::string lastRecorded;
 };
 
-/// Frames in whose begin there is no time code are read further, if the first one has it further behind.
-size_t bytesToTimeCode(const Recording& recording, std::vector<unsigned char>& memory) {
-    const FrameBytes first = recording.readHead(0, memory);
-    const bool atBegin = readTimeCode(first.first(std::min(first.size(), frameHeadBytes))).has_value();
-    return atBegin || !readTimeCode(first) ? frameHeadBytes : memory.size();
+vdv::FrameBytes readHead(const recording::Reader& from, unsigned long long frame,
+                         std::span<unsigned char> to) {
+    return to.first(from.readHead(frame, to.data(), to.size()));
 }
 
-CameraNotes readNotes(const Recording& recording, Progress& progress) {
-    CameraNotes notes{TimeCodeGaps(is625Size(recording.frameSize()) ? 25 : 30, mostGaps), {}, {}};
-    const unsigned long frames = recording.frames();
+/// Frames in whose start there is no time code are read further, if the first one has it further behind.
+size_t bytesToTimeCode(const recording::Reader& from, std::span<unsigned char> memory) {
+    const vdv::FrameBytes first = readHead(from, 0, memory);
+    const size_t start = std::min<size_t>(first.size(), vdv::frameHeadBytes);
+    return TimeCode::read(first.first(start)) || !TimeCode::read(first) ? start : memory.size();
+}
+
+const vdv::System& systemOf(const recording::Reader& from) {
+    const vdv::System* const system = vdv::systemOf(from.frameSize());
+    return system ? *system : vdv::system525;
+}
+
+CameraNotes readNotes(const recording::Reader& from, Progress& progress) {
+    CameraNotes notes{TimeCodeGaps(systemOf(from).countedRate, mostGaps), {}, {}};
+    const unsigned long long frames = from.frames();
     if (frames == 0) {
         return notes;
     }
-    std::vector<unsigned char> memory(recording.frameSize());
-    const size_t needed = bytesToTimeCode(recording, memory);
-    const unsigned long long bytes = recording.file().size();
-    for (unsigned long frame = 0; frame < frames; ++frame) {
-        notes.timeCode.add(readTimeCode(
-            recording.readHead(frame, std::span(memory).first(std::min(needed, memory.size())))));
-        progress.update(recording.place(frame).offset, bytes);
+    std::vector<unsigned char> memory(from.frameSize());
+    const size_t needed = bytesToTimeCode(from, memory);
+    const unsigned long long bytes = from.fileBytes();
+    for (unsigned long long frame = 0; frame < frames; ++frame) {
+        notes.timeCode.add(TimeCode::read(readHead(from, frame, std::span(memory).first(needed))));
+        recording::Reader::Place place;
+        from.place(frame, place);
+        progress.update(place.offset, bytes);
     }
-    notes.firstRecorded = readRecordedAt(recording.readHead(0, memory)).text();
-    notes.lastRecorded = readRecordedAt(recording.readHead(frames - 1, memory)).text();
+    notes.firstRecorded = vdv::RecordedAt::read(readHead(from, 0, memory)).text();
+    notes.lastRecorded = vdv::RecordedAt::read(readHead(from, frames - 1, memory)).text();
     return notes;
 }
 
-/// Whether the recording came to its proper end.
-struct State {
-    const char* name;
-    std::string details;
-};
-
-State stateOf(const Recording& recording) {
-    if (recording.file().isBeingWritten()) {
-        return {"recording", "it is being written at this moment"};
-    }
-    unsigned long long tail = 0;
-    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording)) {
-        tail = raw->tail();
-    } else if (const auto* stream = dynamic_cast<const StreamRecording*>(&recording)) {
-        tail = stream->tail();
-    }
-    if (tail > 0) {
-        return {"cut off", counted(tail, "byte") + " behind the last whole frame"};
-    }
-    if (const auto* avi = dynamic_cast<const AviRecording*>(&recording)) {
-        const AVI_ODMLFileInfo& info = avi->avi().info();
-        if (info.walkedFrames > 0) {
-            return {"cut off", counted(info.walkedFrames, "frame") + " in no index"};
-        }
-        if (info.headerTotalFrames > info.totalFrames) {
-            return {"cut off", format("its header promises %lu frames", info.headerTotalFrames)};
-        }
-    }
-    return {"finished", ""};
+/// In which way the recording ended, in the words that programs rely on.
+const char* stateName(recording::Reader::End::State state) {
+    using State = recording::Reader::End::State;
+    return state == State::finished ? "finished" : state == State::beingWritten ? "recording" : "cut off";
 }
 
-/// The facts of the file's structure, with a name for programs and one for people.
-struct Fact {
-    const char* identifier;
-    const char* title;
-    unsigned long long value;
-};
-
-std::vector<Fact> structureOf(const Recording& recording) {
-    if (const auto* raw = dynamic_cast<const RawRecording*>(&recording)) {
-        return {{"recordSize", "record size", raw->recordSize()}, {"sector", "sector size", raw->sector()}};
-    }
-    const auto* avi = dynamic_cast<const AviRecording*>(&recording);
-    if (!avi) {
-        return {};
-    }
-    const AVI_ODMLFileInfo& info = avi->avi().info();
-    const unsigned long long slot = recording.frames() > 1
-                                        ? recording.place(1).offset - recording.place(0).offset
-                                        : avi->avi().slotSize();
-    return {{"slotSize", "from frame to frame", slot},
-            {"pieces", "RIFF pieces", info.pieces},
-            {"standardIndexes", "standard indexes", info.indexPositions.size()},
-            {"legacyEntries", "legacy index entries", info.legacyEntries},
-            {"unindexedFrames", "frames in no index", info.walkedFrames},
-            {"streams", "streams", info.streams},
-            {"audioStreams", "sound streams", info.audioStreams}};
-}
-
-const char* systemOf(const Recording& recording) {
-    if (recording.frames() == 0) {
-        return "unknown";
-    }
-    return is625Size(recording.frameSize()) ? "625/50 (PAL)" : "525/60 (NTSC)";
-}
-
-double durationOf(const Recording& recording) {
-    return recording.frames() / frameRate(recording.frameSize());
+double durationOf(const recording::Reader& from) {
+    return static_cast<double>(from.frames()) / systemOf(from).rate;
 }
 
 void reportGaps(const TimeCodeGaps& notes, JsonWriter& json) {
@@ -142,21 +93,21 @@ void reportGaps(const TimeCodeGaps& notes, JsonWriter& json) {
     json.end();
 }
 
-void reportJson(const Recording& recording, const CameraNotes& notes, const Arguments& arguments) {
-    const State state = stateOf(recording);
+void reportJson(const recording::Reader& from, const CameraNotes& notes, const Arguments& arguments) {
+    const recording::Reader::End end = from.end();
     JsonWriter json;
     json.beginObject();
     json.add("file", utf8(arguments.files[0]));
-    json.add("kind", identifier(recording.kind()));
-    json.add("system", recording.frames() == 0 ? "" : is625Size(recording.frameSize()) ? "625/50" : "525/60");
-    json.add("frames", recording.frames());
-    json.add("frameSize", recording.frameSize());
-    json.add("frameRate", frameRate(recording.frameSize()));
-    json.add("duration", durationOf(recording));
-    json.add("size", recording.file().size());
-    json.add("state", state.name);
-    json.add("stateDetails", state.details);
-    for (const Fact& fact : structureOf(recording)) {
+    json.add("kind", rowOf(from.kind()).identifier);
+    json.add("system", from.frames() == 0 ? "" : systemOf(from).name);
+    json.add("frames", from.frames());
+    json.add("frameSize", from.frameSize());
+    json.add("frameRate", systemOf(from).rate);
+    json.add("duration", durationOf(from));
+    json.add("size", from.fileBytes());
+    json.add("state", stateName(end.state));
+    json.add("stateDetails", end.text);
+    for (const recording::Reader::Fact& fact : from.facts()) {
         json.add(fact.identifier, fact.value);
     }
     json.beginObject("recorded");
@@ -199,31 +150,32 @@ void printGaps(const TimeCodeGaps& notes) {
     }
 }
 
-void reportText(const Recording& recording, const CameraNotes& notes, const Arguments& arguments) {
-    const State state = stateOf(recording);
+void reportText(const recording::Reader& from, const CameraNotes& notes, const Arguments& arguments) {
+    const recording::Reader::End end = from.end();
     std::printf("'%s'\n", utf8(arguments.files[0]).c_str());
-    printLine("kind", describe(recording.kind()));
-    printLine("system", systemOf(recording));
-    printLine("frames", format("%lu of %lu bytes", recording.frames(), recording.frameSize()));
-    printLine("duration", durationText(durationOf(recording)));
+    printLine("kind", describe(from.kind()));
+    const vdv::System& system = systemOf(from);
+    printLine("system", from.frames() == 0 ? "unknown" : format("%s (%s)", system.name, system.broadcast));
+    printLine("frames", format("%llu of %lu bytes", from.frames(), from.frameSize()));
+    printLine("duration", durationText(durationOf(from)));
     printRange("recorded", notes.firstRecorded, notes.lastRecorded);
     printGaps(notes.timeCode);
-    printLine("file size", counted(recording.file().size(), "byte"));
-    for (const Fact& fact : structureOf(recording)) {
+    printLine("file size", counted(from.fileBytes(), "byte"));
+    for (const recording::Reader::Fact& fact : from.facts()) {
         printLine(fact.title, std::to_string(fact.value));
     }
-    printLine("state", state.name + (state.details.empty() ? "" : ": " + state.details));
+    printLine("state", stateName(end.state) + (end.text.empty() ? "" : ": " + end.text));
 }
 
 } // namespace
 
 ExitStatus showInfo(const Arguments& arguments) {
-    const std::unique_ptr<Recording> recording = openRecording(arguments.files[0], arguments.sector);
+    const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
     const CameraNotes notes = [&] {
         Progress progress("reading " + quoted(arguments.files[0]), arguments.progress);
-        return readNotes(*recording, progress);
+        return readNotes(*from, progress);
     }();
-    arguments.json ? reportJson(*recording, notes, arguments) : reportText(*recording, notes, arguments);
+    arguments.json ? reportJson(*from, notes, arguments) : reportText(*from, notes, arguments);
     return ExitStatus::fine;
 }
 

@@ -2,7 +2,6 @@
 #include "tools/copy.h"
 #include "tools/json_writer.h"
 #include "tools/progress.h"
-#include "tools/searched_recording.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -15,19 +14,19 @@ namespace {
 
 /// What a repair could not save.
 struct Losses {
-    std::vector<SearchedRecording::Hole> holes;
-    unsigned long damaged = 0; ///< frames that begin as such and are not whole
-    unsigned long lost = 0;    ///< frames, about
+    std::vector<recording::SearchedReader::Hole> holes;
+    unsigned long damaged = 0;   ///< frames that begin as such and are not whole
+    unsigned long long lost = 0; ///< frames, about
 };
 
-Losses lossesOf(const SearchedRecording& found) {
+Losses lossesOf(const recording::SearchedReader& found) {
     Losses losses{found.holes(), found.damaged(), 0};
-    const unsigned long inHoles = std::accumulate(
-        losses.holes.begin(), losses.holes.end(), 0ul,
-        [](unsigned long sum, const SearchedRecording::Hole& hole) { return sum + hole.lost; });
-    const unsigned long unkept = found.promised() > found.frames() ? found.promised() - found.frames() : 0;
+    const auto inHoles = std::accumulate(
+        losses.holes.begin(), losses.holes.end(), 0ull,
+        [](unsigned long long sum, const recording::SearchedReader::Hole& hole) { return sum + hole.lost; });
+    const auto unkept = found.promised() > found.frames() ? found.promised() - found.frames() : 0;
     // A damaged frame leaves a hole, and both are missing from what the headers promise.
-    losses.lost = std::max({inHoles, losses.damaged, unkept});
+    losses.lost = std::max<unsigned long long>({inHoles, losses.damaged, unkept});
     return losses;
 }
 
@@ -36,13 +35,13 @@ void reportJson(const Written& written, const Losses& losses, const Arguments& a
     json.beginObject();
     json.add("file", utf8(arguments.files[0]));
     json.add("out", utf8(arguments.files[1]));
-    json.add("kind", identifier(written.kind));
+    json.add("kind", rowOf(written.kind).identifier);
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
     json.add("lost", losses.lost);
     json.add("damaged", losses.damaged);
     json.beginList("holes");
-    for (const SearchedRecording::Hole& hole : losses.holes) {
+    for (const recording::SearchedReader::Hole& hole : losses.holes) {
         json.beginObject();
         json.add("frame", hole.frame);
         json.add("offset", hole.offset);
@@ -78,19 +77,23 @@ void reportText(const Written& written, const Losses& losses, const Arguments& a
 } // namespace
 
 ExitStatus repair(const Arguments& arguments) {
-    const bool toAvi = hasExtension(arguments.files[1], L".avi");
-    std::unique_ptr<SearchedRecording> found;
+    std::unique_ptr<recording::SearchedReader> found;
     {
         Progress progress("searching " + quoted(arguments.files[0]), arguments.progress);
         found = openDamaged(arguments.files[0], [&](unsigned long long done, unsigned long long all) {
             progress.update(done, all);
+            return true;
         });
     }
-    if (found->kind() == Kind::avi && !toAvi) {
-        throw Failure{ExitStatus::usage,
-                      quoted(arguments.files[0]) + " is an AVI file; give OUT the extension .avi."};
+    const wchar_t* const out = arguments.files[1].c_str();
+    const recording::KindRow& named = recording::rowOfName(out);
+    const recording::KindRow& own = rowOf(found->kind());
+    const bool sameKind = own.isMeantBy(out);
+    if (!sameKind && *named.extension == '\0') {
+        throw Failure{ExitStatus::usage, quoted(arguments.files[0]) + " is of the kind '" + own.description +
+                                             "'; give OUT the extension " + own.extension + "."};
     }
-    const Written written = copyAll(*found, toAvi ? Kind::avi : found->kind(), arguments);
+    const Written written = copyAll(*found, sameKind ? own.kind : named.kind, arguments);
     const Losses losses = lossesOf(*found);
     arguments.json ? reportJson(written, losses, arguments) : reportText(written, losses, arguments);
     return ExitStatus::fine;

@@ -111,8 +111,8 @@ std::string helpForAll() {
     for (const Command& command : commands()) {
         help += format("  dvrec %-7s %-19s %s\n", command.name, command.files, command.summary);
     }
-    return help + "\n'dvrec COMMAND --help' has the details and options. FILE is a raw recording, an AVI "
-                  "file with DV video,\n"
+    return help + "\n'dvrec COMMAND --help' has the details and options, 'dvrec --version' the version.\n"
+                  "FILE is a raw recording, an AVI file with DV video,\n"
                   "or a plain DV stream; what it is, is seen from its content. Frames are numbered from 0. "
                   "Output files are\n"
                   "written as OUT.part and renamed when they are whole; an existing OUT is kept unless "

@@ -2,61 +2,85 @@
 
 #include "tools/output_file.h"
 #include "tools/progress.h"
-#include "tools/sink.h"
 #include "tools/text.h"
+
+#include <algorithm>
 
 namespace dvrec {
 
 namespace {
 
-Failure cannotRead(const Recording& from, unsigned long frame, const std::string& fault) {
-    return {ExitStatus::cannotRead, "Frame " + std::to_string(frame) + " of " + quoted(from.file().name()) +
-                                        " " + fault + ". 'dvrec repair' saves the others."};
+Failure cannotRead(const recording::Reader& from, unsigned long long frame, const std::string& fault) {
+    return {ExitStatus::cannotRead, "Frame " + std::to_string(frame) + " of " + quoted(from.name()) + " " +
+                                        fault + ". 'dvrec repair' saves the others."};
+}
+
+unsigned long sizeOf(const recording::Reader& from, unsigned long long frame) {
+    recording::Reader::Place place;
+    from.place(frame, place);
+    return place.size;
+}
+
+unsigned long long writtenBytes(const std::wstring& name) {
+    recording::InputFile file;
+    file.open(name.c_str());
+    return file.size();
 }
 
 } // namespace
 
-Written copyFrames(Recording& from, unsigned long first, unsigned long last, Kind kind,
-                   const Arguments& arguments) {
-    const InputFile& source = from.file();
+Written copyFrames(recording::Reader& from, unsigned long long first, unsigned long long last,
+                   recording::Kind kind, const Arguments& arguments) {
     if (from.frames() == 0) {
-        throw Failure{ExitStatus::cannotRead, quoted(source.name()) + " holds no whole frame."};
+        throw Failure{ExitStatus::cannotRead, quoted(from.name()) + " holds no whole frame."};
     }
     if (first > last || last >= from.frames()) {
         throw Failure{ExitStatus::usage,
-                      format("There is no range from frame %lu to %lu: the last frame is %lu.", first, last,
-                             from.frames() - 1)};
+                      format("There is no range from frame %llu to %llu: the last frame is %llu.", first,
+                             last, from.frames() - 1)};
     }
-    OutputFile output(arguments.files[1], arguments.force, source);
-    const unsigned long size = from.place(first).size;
+    OutputFile output(arguments.files[1], arguments.force, from.name());
+    const unsigned long size = sizeOf(from, first);
     Written written{kind, last - first + 1, 0};
     {
-        const std::unique_ptr<Sink> sink = createSink(kind, output, size);
+        const vdv::System* const system = vdv::systemOf(size);
+        const long time_100ns = (system ? *system : vdv::system625).timePerFrame_100ns;
+        std::wstring error;
+        const std::unique_ptr<recording::Writer> writer =
+            rowOf(kind).create(output.temporaryName().c_str(), size, time_100ns, error);
+        if (!writer) {
+            throw cannotWrite(output.name(), utf8(error));
+        }
+        const auto check = [&](bool good) {
+            if (!good) {
+                throw cannotWrite(output.name(), utf8(writer->error()));
+            }
+        };
         Progress progress("writing " + quoted(output.name()), arguments.progress);
-        Slot slot;
-        for (unsigned long frame = first; frame <= last; ++frame) {
+        recording::RecordBuffer buffer;
+        allocate(buffer, std::max(from.bufferBytes(), writer->bufferBytes()));
+        for (unsigned long long frame = first; frame <= last; ++frame) {
             std::string fault;
-            if (!from.read(frame, slot, fault)) {
+            if (!readFrame(from, frame, buffer, fault)) {
                 throw cannotRead(from, frame, fault);
             }
-            if (slot.frame().size() != size) {
+            if (buffer.frameBytes() != size) {
                 throw cannotRead(
                     from, frame,
-                    format("has %u bytes and those before have %lu, which do not go into one file",
-                           static_cast<unsigned>(slot.frame().size()), size));
+                    format("has %lu bytes and those before have %lu, which do not go into one file",
+                           buffer.frameBytes(), size));
             }
-            sink->write(slot);
-            progress.update((frame - first + 1ull) * size,
-                            static_cast<unsigned long long>(written.frames) * size);
+            check(writer->write(buffer));
+            progress.update((frame - first + 1) * size, written.frames * size);
         }
-        sink->finish();
+        check(writer->flush() && writer->finish());
     }
-    written.bytes = InputFile(output.temporaryName()).size();
+    written.bytes = writtenBytes(output.temporaryName());
     output.publish();
     return written;
 }
 
-Written copyAll(Recording& from, Kind kind, const Arguments& arguments) {
+Written copyAll(recording::Reader& from, recording::Kind kind, const Arguments& arguments) {
     return copyFrames(from, 0, from.frames() > 0 ? from.frames() - 1 : 0, kind, arguments);
 }
 

@@ -9,19 +9,19 @@ namespace dvrec {
 
 /// What a command made.
 struct Written {
-    Kind kind = Kind::stream;
-    unsigned long frames = 0;
+    recording::Kind kind;
+    unsigned long long frames = 0;
     unsigned long long bytes = 0;
 };
 
 /// Writes the frames `first` to `last`, both included, to the second file of the arguments, as a recording of
 /// `kind`. Throws the `Failure` when there is no such range, a frame cannot be read, or the file cannot be
 /// written; then there is no file.
-Written copyFrames(Recording& from, unsigned long first, unsigned long last, Kind kind,
-                   const Arguments& arguments);
+Written copyFrames(recording::Reader& from, unsigned long long first, unsigned long long last,
+                   recording::Kind kind, const Arguments& arguments);
 
 /// Writes all frames. Throws as `copyFrames`, also for a recording without frames.
-Written copyAll(Recording& from, Kind kind, const Arguments& arguments);
+Written copyAll(recording::Reader& from, recording::Kind kind, const Arguments& arguments);
 
 /// What the result says of the file that was made, as text.
 std::string describe(const Written& written, const Arguments& arguments);

@@ -1,6 +1,15 @@
 #include "tools/decoded_picture.h"
 
-#include "marvo.h"
+#include "marvo/com/com_fg.h"
+#include "marvo/com/com_filter.h"
+#include "marvo/com/com_ptr.h"
+#include "marvo/core/handle.h"
+#include "marvo/video/alloc.h"
+#include "marvo/video/base_filter.h"
+#include "marvo/video/enum_pins.h"
+#include "marvo/video/input_pin.h"
+#include "marvo/video/output_pin.h"
+#include "marvo/video/sink.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,7 +33,7 @@ public:
     FrameSource() : output_(std::make_unique<vvideo::dvOutputPin>(this, L"Output")) {}
 
     /// Prepares the pin for a frame; before the pin is connected.
-    bool prepare(FrameBytes frame) {
+    bool prepare(vdv::FrameBytes frame) {
         const auto size = static_cast<unsigned long>(frame.size());
         vvideo::dvMediaType type;
         type.initVideoType(size, 0xFFFFFFFFul);
@@ -34,7 +43,7 @@ public:
     }
 
     /// Hands the frame to the decoder, of which it comes back decoded or refused.
-    bool send(FrameBytes frame) {
+    bool send(vdv::FrameBytes frame) {
         vwin::com_<IMediaSample> sample;
         BYTE* data = nullptr;
         if (!allocator_.getSample(sample.put(), -1, -1) || FAILED(sample->GetPointer(&data))) {
@@ -138,7 +147,7 @@ void askForFullSize(IBaseFilter* decoder) {
 
 } // namespace
 
-bool decodePicture(FrameBytes frame, Picture& picture, std::string& fault) {
+bool decodePicture(vdv::FrameBytes frame, Picture& picture, std::string& fault) {
     vwin::com_fg graph;
     if (!graph.init(true)) {
         fault = "the system cannot make a filter graph";

@@ -2,8 +2,9 @@
 /// The picture in a DV frame.
 #pragma once
 
-#include "tools/dv_frame.h"
 #include "tools/picture.h"
+
+#include "marvo/dv/layout.h"
 
 #include <string>
 
@@ -12,6 +13,6 @@ namespace dvrec {
 /// Has the system's DV video decoder make a picture of the frame, in full size, in a small graph of its own:
 /// a source with this one frame, the decoder, and a sink that keeps what comes. False, with the reason in
 /// `fault`, when there is no decoder or it does not take the frame. Initialises COM on the calling thread.
-bool decodePicture(FrameBytes frame, Picture& picture, std::string& fault);
+bool decodePicture(vdv::FrameBytes frame, Picture& picture, std::string& fault);
 
 } // namespace dvrec

@@ -2,8 +2,6 @@
 /// Why a command ends early.
 #pragma once
 
-#include "marvo.h"
-
 #include <string>
 
 namespace dvrec {
@@ -27,6 +25,6 @@ struct Failure {
 };
 
 /// The system's words for an error code, without the full stop; the number when it has none.
-std::string systemMessage(DWORD error);
+std::string systemMessage(unsigned long error);
 
 } // namespace dvrec

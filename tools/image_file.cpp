@@ -3,6 +3,8 @@
 #include "tools/failure.h"
 #include "tools/text.h"
 
+#include "marvo/com/com_ptr.h"
+
 #include <wincodec.h>
 
 namespace dvrec {

@@ -2,6 +2,8 @@
 
 #include "tools/failure.h"
 
+#include "marvo/core/platform.h"
+
 #include <atomic>
 
 namespace dvrec {

@@ -1,28 +1,17 @@
 /// @file
 /// dvrec: the command line for recordings.
+#include "marvo/version.h"
 #include "tools/commands.h"
 #include "tools/interruption.h"
 #include "tools/text.h"
 
-#include <shellapi.h>
+#include "marvo/core/platform.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
 
 namespace {
-
-/// The command line without the program's name; the system's own, since only that holds every file name.
-std::vector<std::wstring> commandLine() {
-    int count = 0;
-    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::wstring> list;
-    for (int i = 1; words != nullptr && i < count; ++i) {
-        list.emplace_back(words[i]);
-    }
-    LocalFree(words);
-    return list;
-}
 
 bool asksForHelp(const std::wstring& word) {
     return word == L"--help" || word == L"-h" || word == L"help";
@@ -33,6 +22,10 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
     if (words.empty() || asksForHelp(words.front())) {
         std::fputs(dvrec::helpForAll().c_str(), words.empty() ? stderr : stdout);
         return words.empty() ? dvrec::ExitStatus::usage : dvrec::ExitStatus::fine;
+    }
+    if (words.front() == L"--version") {
+        std::printf("dvrec %d.%d.%d\n", marvo::versionMajor, marvo::versionMinor, marvo::versionPatch);
+        return dvrec::ExitStatus::fine;
     }
     const std::string name = dvrec::utf8(words.front());
     words.erase(words.begin());
@@ -60,11 +53,16 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
 
 } // namespace
 
-int main() {
+/// File names are taken as they are given: the runtime does not look for files that fit a pattern.
+extern "C" {
+int _dowildcard = 0;
+}
+
+int wmain(int count, wchar_t** words) {
     SetConsoleOutputCP(CP_UTF8);
     dvrec::catchInterruptions();
     try {
-        return static_cast<int>(run(commandLine()));
+        return static_cast<int>(run({words + 1, words + std::max(count, 1)}));
     } catch (const dvrec::Failure& failure) {
         std::fprintf(stderr, "dvrec: %s\n", failure.sentence.c_str());
         return static_cast<int>(failure.status);

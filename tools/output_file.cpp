@@ -2,6 +2,8 @@
 
 #include "tools/text.h"
 
+#include "marvo/recording/input_file.h"
+
 namespace dvrec {
 
 namespace {
@@ -24,9 +26,9 @@ Failure cannotWrite(const std::wstring& name, const std::string& reason) {
     return {ExitStatus::cannotWrite, quoted(name) + " cannot be written: " + reason + "."};
 }
 
-OutputFile::OutputFile(const std::wstring& name, bool replace, const InputFile& source)
+OutputFile::OutputFile(const std::wstring& name, bool replace, const std::wstring& source)
     : name_(name), replace_(replace) {
-    if (source.isSameFile(name)) {
+    if (recording::InputFile::areSame(source.c_str(), name.c_str())) {
         throw cannotWrite(name, "it is the recording that is read; name another file");
     }
     if (exists(name) && (GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0) {

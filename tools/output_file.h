@@ -3,7 +3,6 @@
 #pragma once
 
 #include "tools/failure.h"
-#include "tools/input_file.h"
 
 #include <string>
 
@@ -13,8 +12,8 @@ namespace dvrec {
 class OutputFile {
 public:
     /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace`
-    /// is not set) or is the one that is read.
-    OutputFile(const std::wstring& name, bool replace, const InputFile& source);
+    /// is not set) or is `source`, the one that is read.
+    OutputFile(const std::wstring& name, bool replace, const std::wstring& source);
     /// Removes the temporary file, unless it was published.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;

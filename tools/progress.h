@@ -2,7 +2,7 @@
 /// The line of progress.
 #pragma once
 
-#include "marvo.h"
+#include "marvo/core/platform.h"
 
 #include <string>
 

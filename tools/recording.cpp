@@ -1,120 +1,96 @@
 #include "tools/recording.h"
 
-#include "tools/avi_recording.h"
 #include "tools/failure.h"
-#include "tools/raw_recording.h"
-#include "tools/searched_recording.h"
-#include "tools/stream_recording.h"
 #include "tools/text.h"
-
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <optional>
 
 namespace dvrec {
 
 namespace {
 
-/// The kind of a file that begins with `head`; nothing when it begins as none of them.
-std::optional<Kind> kindOf(FrameBytes head) {
-    if (head.size() >= 12 && std::memcmp(head.data(), "RIFF", 4) == 0 &&
-        std::memcmp(head.data() + 8, "AVI ", 4) == 0) {
-        return Kind::avi;
-    }
-    if (isFrameStart(head)) {
-        return Kind::stream;
-    }
-    return RawRecording::isRecordStart(head) ? std::optional(Kind::raw) : std::nullopt;
-}
+using recording::InputFile;
 
-std::optional<Kind> kindOf(const InputFile& file) {
-    std::array<unsigned char, 16> head;
-    return kindOf(FrameBytes(head).first(file.read(0, head)));
-}
-
-void refuseEmpty(const InputFile& file) {
-    if (file.size() == 0) {
+/// Opens the file and refuses one in which there is nothing.
+InputFile openFile(const std::wstring& name) {
+    InputFile file;
+    if (!file.open(name.c_str())) {
+        const DWORD error = GetLastError();
+        const DWORD attributes = GetFileAttributesW(name.c_str());
+        const bool folder =
+            attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         throw Failure{ExitStatus::cannotRead,
-                      quoted(file.name()) + " is empty: nothing was recorded into it."};
+                      quoted(name) + " cannot be opened: " +
+                          (folder
+                               ? std::string("it is a folder; name the recording in it.")
+                               : systemMessage(error) + ". Is the name right, and may you read the file?")};
     }
+    if (file.size() == 0) {
+        throw Failure{ExitStatus::cannotRead, quoted(name) + " is empty: nothing was recorded into it."};
+    }
+    return file;
 }
 
-[[noreturn]] void refuseUnknown(const InputFile& file, const char* hint) {
+[[noreturn]] void refuseUnknown(const std::wstring& name, const char* hint) {
+    std::string kinds;
+    for (const recording::KindRow& row : recording::kinds()) {
+        kinds += std::string(kinds.empty() ? "" : ", ") + row.description;
+    }
     throw Failure{ExitStatus::cannotRead,
-                  quoted(file.name()) +
-                      " is no recording: it begins neither as an AVI file nor as a raw recording nor as "
-                      "a DV stream. " +
-                      hint};
+                  quoted(name) + " is no recording: it begins as none of these: " + kinds + ". " + hint};
 }
 
 } // namespace
 
-const char* describe(Kind kind) {
-    constexpr const char* names[] = {"raw recording", "AVI file", "DV stream"};
-    return names[static_cast<size_t>(kind)];
+const char* describe(recording::Kind kind) {
+    return rowOf(kind).description;
 }
 
-const char* identifier(Kind kind) {
-    constexpr const char* names[] = {"raw", "avi", "stream"};
-    return names[static_cast<size_t>(kind)];
-}
-
-unsigned long frameSizeAt(const InputFile& file, unsigned long long offset) {
-    std::array<unsigned char, 4> id;
-    const unsigned long size = is625(FrameBytes(id).first(file.read(offset, id))) ? 144000 : 120000;
-    // At 50 Mbit/s a second channel follows, whose blocks have the bit for it set.
-    const bool twoChannels =
-        file.read(offset + size, id) == id.size() && id[0] == 0x1F && id[1] == 0x0F && id[2] == 0;
-    return twoChannels ? 2 * size : size;
-}
-
-bool Recording::read(unsigned long frame, Slot& slot, std::string& fault) {
-    const Place where = place(frame);
-    slot.prepare(where.size);
-    if (file_.read(where.offset, slot.frame()) == where.size) {
-        return true;
+std::unique_ptr<recording::Reader> openRecording(const std::wstring& name, unsigned long sector) {
+    const InputFile file = openFile(name);
+    const recording::KindRow* const row = rowOfContent(file);
+    if (!row) {
+        refuseUnknown(name, "If it is a damaged one, use 'dvrec repair'.");
     }
-    fault = "cannot be read";
-    return false;
+    std::wstring error;
+    std::unique_ptr<recording::Reader> reader = row->open(name.c_str(), {true, sector}, error);
+    if (!reader) {
+        throw Failure{ExitStatus::cannotRead, quoted(name) + ", by its start of the kind '" +
+                                                  row->description + "', cannot be read: " + utf8(error) +
+                                                  ". 'dvrec repair' saves the frames that are in it."};
+    }
+    return reader;
 }
 
-FrameBytes Recording::readHead(unsigned long frame, std::span<unsigned char> to) const {
-    const Place where = place(frame);
-    const std::span<unsigned char> part = to.first(std::min<size_t>(to.size(), where.size));
-    return part.first(file_.read(where.offset, part));
-}
-
-std::unique_ptr<Recording> openRecording(const std::wstring& name, unsigned long sector) {
-    InputFile file(name);
-    refuseEmpty(file);
-    const std::optional<Kind> kind = kindOf(file);
-    if (!kind) {
-        refuseUnknown(file, "If it is a damaged one, use 'dvrec repair'.");
+std::unique_ptr<recording::SearchedReader> openDamaged(const std::wstring& name,
+                                                       const recording::Reader::ProgressCall& progress) {
+    openFile(name);
+    std::wstring error;
+    std::unique_ptr<recording::SearchedReader> found =
+        recording::SearchedReader::open(name.c_str(), progress, error);
+    if (!found) {
+        throw Failure{ExitStatus::cannotRead, quoted(name) + " cannot be opened: " + utf8(error) + "."};
     }
-    if (*kind == Kind::avi) {
-        return std::make_unique<AviRecording>(std::move(file), FileIOAVI::Trust::Indexes);
-    }
-    if (*kind == Kind::stream) {
-        return std::make_unique<StreamRecording>(std::move(file));
-    }
-    return std::make_unique<RawRecording>(std::move(file), sector);
-}
-
-std::unique_ptr<SearchedRecording>
-openDamaged(const std::wstring& name,
-            const std::function<void(unsigned long long, unsigned long long)>& progress) {
-    InputFile file(name);
-    refuseEmpty(file);
-    std::optional<Kind> kind = kindOf(file);
-    if (!kind && hasExtension(name, L".avi")) {
-        kind = Kind::avi;
-    }
-    auto found = std::make_unique<SearchedRecording>(std::move(file), kind, progress);
     if (found->frames() == 0) {
-        refuseUnknown(found->file(), "No DV frame was found in it.");
+        refuseUnknown(name, "No DV frame was found in it.");
     }
     return found;
+}
+
+void allocate(recording::RecordBuffer& buffer, unsigned long bytes) {
+    if (!buffer.allocate(bytes)) {
+        throw Failure{ExitStatus::cannotRead, "There is not enough memory for a frame of " +
+                                                  counted(bytes, "byte") +
+                                                  "; the recording is probably damaged."};
+    }
+}
+
+bool readFrame(recording::Reader& from, unsigned long long frame, recording::RecordBuffer& buffer,
+               std::string& fault) {
+    if (from.read(frame, buffer)) {
+        return true;
+    }
+    const std::string reason = utf8(from.error());
+    fault = "cannot be read" + (reason.empty() ? reason : ": " + reason);
+    return false;
 }
 
 } // namespace dvrec

@@ -1,9 +1,7 @@
 #include "tools/text.h"
 
-#include "marvo.h"
+#include "marvo/core/platform.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <cwctype>
 
 namespace dvrec {
@@ -21,19 +19,6 @@ std::string quoted(std::wstring_view text) {
     result += utf8(text);
     result += '\'';
     return result;
-}
-
-std::string format(const char* pattern, ...) {
-    char text[1024];
-    va_list arguments;
-    va_start(arguments, pattern);
-    std::vsnprintf(text, sizeof text, pattern, arguments);
-    va_end(arguments);
-    return text;
-}
-
-std::string counted(unsigned long long count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string durationText(double seconds) {

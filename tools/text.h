@@ -2,6 +2,8 @@
 /// Text as the program takes and gives it: wide from the system, UTF-8 on its outputs.
 #pragma once
 
+#include "marvo/core/text.h"
+
 #include <string>
 #include <string_view>
 
@@ -13,11 +15,8 @@ std::string utf8(std::wstring_view text);
 /// The UTF-8 form in quotation marks, as file names stand in messages.
 std::string quoted(std::wstring_view text);
 
-/// How `printf` would write it.
-std::string format(const char* pattern, ...);
-
-/// "1 frame", "2 frames".
-std::string counted(unsigned long long count, const char* noun);
+using vcore::counted;
+using vcore::format;
 
 /// A duration in seconds as "h:mm:ss.hh".
 std::string durationText(double seconds);

@@ -2,11 +2,13 @@
 /// Jumps of the camera's time code.
 #pragma once
 
-#include "tools/dv_frame.h"
+#include "marvo/dv/time_code.h"
 
 #include <vector>
 
 namespace dvrec {
+
+using vdv::TimeCode;
 
 /// Follows the time code through a recording. A gap is where a frame's time code is not one more than that of
 /// the last frame before it that has one; frames without time code in between count as frames. At midnight

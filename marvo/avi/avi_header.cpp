@@ -1,7 +1,7 @@
 #include "marvo/avi/avi_header.h"
 
 #include "marvo/avi/dv_codec.h"
-#include "marvo/dv/dv_shape.h"
+#include "marvo/dv/layout.h"
 
 #include <algorithm>
 

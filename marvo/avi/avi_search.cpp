@@ -1,6 +1,6 @@
 #include "marvo/avi/avi_search.h"
 
-#include "marvo/dv/dv_shape.h"
+#include "marvo/dv/layout.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "marvo/avi/avi_structure_check.h"
 
 #include "marvo/avi/avi_search.h"
-#include "marvo/dv/dv_shape.h"
+#include "marvo/dv/layout.h"
 
 #include <cstring>
 

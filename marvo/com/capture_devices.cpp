@@ -15,7 +15,7 @@ void initialiseCom() {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
 }
 
-capture_devices::capture_devices() {
+CaptureDevices::CaptureDevices() {
     com_<ICreateDevEnum> system;
     com_<IEnumMoniker> monikers;
     // S_FALSE, without an enumerator, means that the category is empty.
@@ -30,11 +30,11 @@ capture_devices::capture_devices() {
     }
 }
 
-com_<IMoniker> capture_devices::byNumber(unsigned long number) const {
+com_<IMoniker> CaptureDevices::byNumber(unsigned long number) const {
     return number < devices_.size() ? devices_[number] : com_<IMoniker>();
 }
 
-com_<IMoniker> capture_devices::byName(const std::wstring& name) const {
+com_<IMoniker> CaptureDevices::byName(const std::wstring& name) const {
     const std::wstring wanted = lowered(name);
     com_<IMoniker> containing;
     for (const com_<IMoniker>& device : devices_) {
@@ -49,7 +49,7 @@ com_<IMoniker> capture_devices::byName(const std::wstring& name) const {
     return containing;
 }
 
-std::wstring capture_devices::friendlyName(IMoniker* device) {
+std::wstring CaptureDevices::friendlyName(IMoniker* device) {
     com_<IPropertyBag> properties;
     if (device == nullptr || FAILED(device->BindToStorage(nullptr, nullptr, __uuidof(IPropertyBag),
                                                           reinterpret_cast<void**>(properties.put())))) {

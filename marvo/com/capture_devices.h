@@ -3,8 +3,7 @@
 #pragma once
 
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 #include <string>
 #include <vector>
@@ -16,10 +15,10 @@ namespace vwin {
 void initialiseCom();
 
 /// The capture devices in the system's order. Lives on the thread that made it.
-class capture_devices {
+class CaptureDevices {
 public:
     /// Lists the devices; an empty list without any or without COM on this thread.
-    capture_devices();
+    CaptureDevices();
 
     /// The number of devices.
     size_t count() const { return devices_.size(); }

@@ -12,9 +12,19 @@ namespace vwin {
 
 namespace {
 
-constexpr double units_per_second = 10000000.0;
-constexpr unsigned long stop_wait_ms = 500;
-constexpr unsigned long settle_wait_ms = 2000;
+constexpr double unitsPerSecond = 10000000.0;
+constexpr unsigned long stopWait_ms = 500;
+constexpr unsigned long settleWait_ms = 2000;
+
+/// A count of units as the graph takes it. False when it is no number or 64 bits do not hold it.
+bool toUnits(double count, LONGLONG& units) {
+    constexpr double limit = 9223372036854775808.0;
+    if (!(count >= -limit && count < limit)) {
+        return false;
+    }
+    units = static_cast<LONGLONG>(count);
+    return true;
+}
 
 com_<IPin> sourcePin(IBaseFilter* filter) {
     for (const wchar_t* name : {L"Output", L"Stream 2"}) {
@@ -47,7 +57,7 @@ bool connectToAnyInput(IGraphBuilder* graph, IPin* out, IBaseFilter* sink) {
 
 /// The device that `selector`, the text after "input", stands for.
 com_<IMoniker> selectDevice(const wchar_t* selector) {
-    const capture_devices devices;
+    const CaptureDevices devices;
     if (*selector != 0 && std::wcschr(L":=?-_'#", *selector) != nullptr) {
         return devices.byName(selector + 1);
     }
@@ -75,17 +85,17 @@ com_fg::~com_fg() {
     static_cast<void>(events_.detach());
     static_cast<void>(position_.detach());
     static_cast<void>(seeking_.detach());
-    static_cast<void>(media_control_.detach());
-    static_cast<void>(media_filter_.detach());
+    static_cast<void>(mediaControl_.detach());
+    static_cast<void>(mediaFilter_.detach());
     static_cast<void>(builder_.detach());
     static_cast<void>(clock_.detach());
 }
 
 bool com_fg::init(bool plain) {
-    run_requested_ = false;
+    runRequested_ = false;
     initialiseCom();
     if (builder_) {
-        stopWithin(settle_wait_ms);
+        stopWithin(settleWait_ms);
         takeApart();
     }
     if (!builder_.create(CLSID_FilterGraph)) {
@@ -93,7 +103,7 @@ bool com_fg::init(bool plain) {
     }
     position_.ref(builder_.ptr());
     seeking_.ref(builder_.ptr());
-    media_filter_.ref(builder_.ptr());
+    mediaFilter_.ref(builder_.ptr());
     events_.ref(builder_.ptr());
     if (seeking_) {
         seeking_->SetTimeFormat(&TIME_FORMAT_FRAME);
@@ -108,7 +118,7 @@ bool com_fg::init(bool plain) {
 bool com_fg::done(bool wait) {
     bool stopped = true;
     if (builder_) {
-        stopped = stopWithin(wait ? settle_wait_ms : stop_wait_ms);
+        stopped = stopWithin(wait ? settleWait_ms : stopWait_ms);
         takeApart();
     }
     clock_.clear();
@@ -117,7 +127,7 @@ bool com_fg::done(bool wait) {
 
 bool com_fg::setSync(IReferenceClock* clock) {
     clock_ = com_<IReferenceClock>(clock);
-    return !built() || (media_filter_ && SUCCEEDED(media_filter_->SetSyncSource(clock)));
+    return !built() || (mediaFilter_ && SUCCEEDED(mediaFilter_->SetSyncSource(clock)));
 }
 
 bool com_fg::add(const wchar_t* clsidText, com_filter& filter, const wchar_t* name) {
@@ -207,13 +217,13 @@ bool com_fg::addSource(const wchar_t* source, com_filter& filter, const wchar_t*
     if (!built() || source == nullptr) {
         return false;
     }
-    constexpr wchar_t device_prefix[] = L"input";
-    constexpr size_t prefix_length = std::size(device_prefix) - 1;
-    if (std::wcsncmp(source, device_prefix, prefix_length) != 0) {
+    constexpr wchar_t devicePrefix[] = L"input";
+    constexpr size_t prefixLength = std::size(devicePrefix) - 1;
+    if (std::wcsncmp(source, devicePrefix, prefixLength) != 0) {
         com_<IBaseFilter> file;
         return SUCCEEDED(builder_->AddSourceFilter(source, name, file.put())) && filter.ref(file.ptr());
     }
-    if (bindDevice(selectDevice(source + prefix_length).ptr(), filter) && add(filter.filter(), name)) {
+    if (bindDevice(selectDevice(source + prefixLength).ptr(), filter) && add(filter.filter(), name)) {
         return true;
     }
     filter.clear();
@@ -234,11 +244,13 @@ bool com_fg::renderCaptureSource(com_filter& filter, IBaseFilter* sink) {
 }
 
 bool com_fg::run(double seconds) {
-    if (media_filter_) {
-        const REFERENCE_TIME start =
-            static_cast<REFERENCE_TIME>(seconds > 0.0 ? seconds * units_per_second : pos());
-        const HRESULT result = media_filter_->Run(start);
-        run_requested_ = true;
+    REFERENCE_TIME start = 0;
+    if (!toUnits(seconds > 0.0 ? seconds * unitsPerSecond : pos(), start)) {
+        return false;
+    }
+    if (mediaFilter_) {
+        const HRESULT result = mediaFilter_->Run(start);
+        runRequested_ = true;
         if (SUCCEEDED(result)) {
             return true;
         }
@@ -248,7 +260,7 @@ bool com_fg::run(double seconds) {
 }
 
 bool com_fg::stop() {
-    return stopWithin(stop_wait_ms);
+    return stopWithin(stopWait_ms);
 }
 
 bool com_fg::reset() {
@@ -258,7 +270,7 @@ bool com_fg::reset() {
 }
 
 bool com_fg::pause() {
-    if (media_filter_ && SUCCEEDED(media_filter_->Pause())) {
+    if (mediaFilter_ && SUCCEEDED(mediaFilter_->Pause())) {
         return true;
     }
     IMediaControl* control = mc();
@@ -266,18 +278,16 @@ bool com_fg::pause() {
 }
 
 bool com_fg::seek(double seconds) {
-    if (!seeking_) {
-        return false;
-    }
-    LONGLONG current = static_cast<LONGLONG>(seconds * units_per_second);
-    return SUCCEEDED(
-        seeking_->SetPositions(&current, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning));
+    LONGLONG current = 0;
+    return seeking_ && toUnits(seconds * unitsPerSecond, current) &&
+           SUCCEEDED(seeking_->SetPositions(&current, AM_SEEKING_AbsolutePositioning, nullptr,
+                                            AM_SEEKING_NoPositioning));
 }
 
 double com_fg::len() {
     if (seeking_) {
         LONGLONG duration = 0;
-        return SUCCEEDED(seeking_->GetDuration(&duration)) ? static_cast<double>(duration) / units_per_second
+        return SUCCEEDED(seeking_->GetDuration(&duration)) ? static_cast<double>(duration) / unitsPerSecond
                                                            : 0.0;
     }
     REFTIME duration = 0.0;
@@ -288,7 +298,7 @@ double com_fg::pos() {
     if (seeking_) {
         LONGLONG current = 0;
         return SUCCEEDED(seeking_->GetCurrentPosition(&current))
-                   ? static_cast<double>(current) / units_per_second
+                   ? static_cast<double>(current) / unitsPerSecond
                    : 0.0;
     }
     REFTIME current = 0.0;
@@ -297,11 +307,11 @@ double com_fg::pos() {
 
 bool com_fg::running() {
     FILTER_STATE state = State_Stopped;
-    return media_filter_ && SUCCEEDED(media_filter_->GetState(0, &state)) && state == State_Running;
+    return mediaFilter_ && SUCCEEDED(mediaFilter_->GetState(0, &state)) && state == State_Running;
 }
 
 bool com_fg::finished() {
-    return run_requested_ && completed(0);
+    return runRequested_ && completed(0);
 }
 
 bool com_fg::completed(int timeout_ms) {
@@ -337,16 +347,16 @@ bool com_fg::registerFG() {
         FAILED(table->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, builder_.ptr(), moniker.ptr(), &cookie))) {
         return false;
     }
-    rot_cookie_ = cookie;
+    rotCookie_ = cookie;
     return true;
 }
 
 bool com_fg::unregisterFG() {
     com_<IRunningObjectTable> table;
-    if (rot_cookie_ == 0 || FAILED(GetRunningObjectTable(0, table.put()))) {
+    if (rotCookie_ == 0 || FAILED(GetRunningObjectTable(0, table.put()))) {
         return false;
     }
-    return SUCCEEDED(table->Revoke(std::exchange(rot_cookie_, 0ul)));
+    return SUCCEEDED(table->Revoke(std::exchange(rotCookie_, 0ul)));
 }
 
 bool com_fg::addFriendly(const wchar_t* friendlyName, com_filter& filter) {
@@ -354,9 +364,9 @@ bool com_fg::addFriendly(const wchar_t* friendlyName, com_filter& filter) {
     if (!built() || friendlyName == nullptr) {
         return false;
     }
-    com_<IMoniker> device = capture_devices().byName(friendlyName);
+    com_<IMoniker> device = CaptureDevices().byName(friendlyName);
     if (bindDevice(device.ptr(), filter) &&
-        add(filter.filter(), capture_devices::friendlyName(device.ptr()).c_str())) {
+        add(filter.filter(), CaptureDevices::friendlyName(device.ptr()).c_str())) {
         return true;
     }
     filter.clear();
@@ -365,29 +375,29 @@ bool com_fg::addFriendly(const wchar_t* friendlyName, com_filter& filter) {
 
 int com_fg::sourceCount() {
     initialiseCom();
-    return static_cast<int>(capture_devices().count());
+    return static_cast<int>(CaptureDevices().count());
 }
 
 IMediaControl* com_fg::mc() {
-    if (!media_control_) {
-        media_control_.ref(builder_.ptr());
+    if (!mediaControl_) {
+        mediaControl_.ref(builder_.ptr());
     }
-    return media_control_.ptr();
+    return mediaControl_.ptr();
 }
 
 bool com_fg::complete(IPin* out) {
     if (!built() || out == nullptr) {
         return false;
     }
-    return graph_walk(builder_.ptr()).connect(out) || SUCCEEDED(builder_->Render(out));
+    return GraphWalk(builder_.ptr()).connect(out) || SUCCEEDED(builder_->Render(out));
 }
 
 bool com_fg::stopWithin(unsigned long timeout_ms) {
     if (!built()) {
         return false;
     }
-    run_requested_ = false;
-    if (!media_filter_ || FAILED(media_filter_->Stop())) {
+    runRequested_ = false;
+    if (!mediaFilter_ || FAILED(mediaFilter_->Stop())) {
         IMediaControl* control = mc();
         if (control == nullptr || FAILED(control->Stop())) {
             return false;
@@ -398,7 +408,7 @@ bool com_fg::stopWithin(unsigned long timeout_ms) {
 
 bool com_fg::waitStopped(unsigned long timeout_ms) {
     FILTER_STATE state = State_Running;
-    return media_filter_ && media_filter_->GetState(timeout_ms, &state) == S_OK && state == State_Stopped;
+    return mediaFilter_ && mediaFilter_->GetState(timeout_ms, &state) == S_OK && state == State_Stopped;
 }
 
 void com_fg::takeApart() {
@@ -413,8 +423,8 @@ void com_fg::takeApart() {
     events_.clear();
     position_.clear();
     seeking_.clear();
-    media_control_.clear();
-    media_filter_.clear();
+    mediaControl_.clear();
+    mediaFilter_.clear();
     builder_.clear();
 }
 

@@ -4,8 +4,7 @@
 
 #include "marvo/com/com_filter.h"
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 namespace vwin {
 
@@ -92,7 +91,7 @@ public:
     virtual bool renderCaptureSource(com_filter& filter, IBaseFilter* sink);
     /// Runs the graph with start time `seconds`; 0 or less starts at pos(), which is handed over as a bare
     /// count of 100 ns units (deliberate: it is not scaled as a positive time is). Falls back to the media
-    /// control when the media filter is missing or fails.
+    /// control when the media filter is missing or fails. False also for a time that 64 bits do not hold.
     virtual bool run(double seconds);
     /// Stops every filter and waits at most 500 ms until all report it. True when stopped.
     virtual bool stop();
@@ -101,7 +100,7 @@ public:
     /// Pauses the graph, through the media control when the media filter is missing or fails.
     virtual bool pause();
     /// Goes to a position of `seconds` x 10,000,000 in the graph's time format, leaving the stop position.
-    /// False when the graph cannot seek.
+    /// False when the graph cannot seek or there is no such position.
     virtual bool seek(double seconds);
     /// The length: in units of 10,000,000 of the graph's time format, else in seconds; 0 when unknown.
     virtual double len();
@@ -142,14 +141,14 @@ private:
     void takeApart();
 
     com_<IGraphBuilder> builder_;
-    com_<IMediaFilter> media_filter_;
-    com_<IMediaControl> media_control_;
+    com_<IMediaFilter> mediaFilter_;
+    com_<IMediaControl> mediaControl_;
     com_<IMediaSeeking> seeking_;
     com_<IMediaPosition> position_;
     com_<IMediaEventEx> events_;
-    unsigned long rot_cookie_ = 0;
+    unsigned long rotCookie_ = 0;
     com_<IReferenceClock> clock_;
-    bool run_requested_ = false;
+    bool runRequested_ = false;
 };
 
 } // namespace vwin

@@ -12,8 +12,8 @@ namespace vwin {
 namespace {
 
 /// A filter's name in its graph and the graph itself, whose reference it owns.
-struct filter_info {
-    explicit filter_info(IBaseFilter* filter) {
+struct FilterInfo {
+    explicit FilterInfo(IBaseFilter* filter) {
         FILTER_INFO info = {};
         if (filter == nullptr || FAILED(filter->QueryFilterInfo(&info))) {
             return;
@@ -56,7 +56,7 @@ void com_filter::close() {
 
 void com_filter::destroy() {
     disconnectPins();
-    filter_info info(filter_.ptr());
+    FilterInfo info(filter_.ptr());
     if (info.graph) {
         info.graph->RemoveFilter(filter_.ptr());
     }
@@ -76,18 +76,18 @@ com_<IPin> com_filter::findPin(const wchar_t* name, int direction) {
 }
 
 bool com_filter::compareName(const wchar_t* name) {
-    filter_info info(filter_.ptr());
+    FilterInfo info(filter_.ptr());
     return info.known && name != nullptr && std::wcscmp(info.name, name) == 0;
 }
 
 bool com_filter::getName(vcore::str& name) {
-    filter_info info(filter_.ptr());
+    FilterInfo info(filter_.ptr());
     name = info.name;
     return info.known;
 }
 
 bool com_filter::disconnectPins() {
-    filter_info info(filter_.ptr());
+    FilterInfo info(filter_.ptr());
     return info.known && disconnectAllPins(info.graph.ptr(), filter_.ptr());
 }
 

@@ -4,8 +4,7 @@
 
 #include "marvo/com/com_interface.h"
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 namespace vcore {
 class str;

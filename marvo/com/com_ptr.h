@@ -2,9 +2,8 @@
 /// Reference-counting smart pointers for COM interfaces.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
-
-#include <dshow.h>
 
 #include <utility>
 

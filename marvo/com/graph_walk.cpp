@@ -21,10 +21,10 @@ std::vector<com_<IBaseFilter>> filtersOf(IFilterGraph* graph) {
     return filters;
 }
 
-graph_walk::graph_walk(IGraphBuilder* graph)
+GraphWalk::GraphWalk(IGraphBuilder* graph)
     : graph_(graph), filters_(filtersOf(graph)), entered_(filters_.size(), false) {}
 
-bool graph_walk::connect(IPin* out) {
+bool GraphWalk::connect(IPin* out) {
     const size_t source = indexOf(ownerOf(out).ptr());
     if (source == filters_.size()) {
         return false;
@@ -39,7 +39,7 @@ bool graph_walk::connect(IPin* out) {
     return false;
 }
 
-size_t graph_walk::indexOf(IBaseFilter* filter) const {
+size_t GraphWalk::indexOf(IBaseFilter* filter) const {
     size_t index = 0;
     while (index < filters_.size() && !sameObject(filters_[index].ptr(), filter)) {
         ++index;
@@ -47,7 +47,7 @@ size_t graph_walk::indexOf(IBaseFilter* filter) const {
     return index;
 }
 
-bool graph_walk::connectTo(IPin* out, size_t filter) {
+bool GraphWalk::connectTo(IPin* out, size_t filter) {
     for (const com_<IPin>& in : freePins(filters_[filter].ptr(), PINDIR_INPUT)) {
         if (FAILED(graph_->ConnectDirect(out, in.ptr(), nullptr))) {
             continue;
@@ -58,7 +58,7 @@ bool graph_walk::connectTo(IPin* out, size_t filter) {
     return false;
 }
 
-void graph_walk::goOnFrom(size_t filter) {
+void GraphWalk::goOnFrom(size_t filter) {
     entered_[filter] = true;
     std::vector<com_<IPin>> outs = freePins(filters_[filter].ptr(), PINDIR_OUTPUT);
     std::erase_if(outs, [](const com_<IPin>& pin) { return !offersTypes(pin.ptr()); });

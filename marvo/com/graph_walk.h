@@ -3,8 +3,7 @@
 #pragma once
 
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 #include <vector>
 
@@ -15,10 +14,10 @@ std::vector<com_<IBaseFilter>> filtersOf(IFilterGraph* graph);
 
 /// Connects pins downstream of a pin, filter by filter. Each filter is entered once at most, so the walk
 /// ends.
-class graph_walk {
+class GraphWalk {
 public:
     /// A walk through the filters that `graph` has now; the graph must outlive it.
-    explicit graph_walk(IGraphBuilder* graph);
+    explicit GraphWalk(IGraphBuilder* graph);
 
     /// Connects `out` to a free input pin of another filter and goes on from that filter's free output pins
     /// that say what they offer, those offering DV video first. Filters next in the order of adding are tried

@@ -7,12 +7,12 @@ namespace vwin {
 namespace {
 
 /// One entry of a media type enumerator, owned by whoever asked for it.
-class offered_type {
+class OfferedType {
 public:
-    offered_type() = default;
-    offered_type(const offered_type&) = delete;
-    offered_type& operator=(const offered_type&) = delete;
-    ~offered_type() {
+    OfferedType() = default;
+    OfferedType(const OfferedType&) = delete;
+    OfferedType& operator=(const OfferedType&) = delete;
+    ~OfferedType() {
         if (type_ == nullptr) {
             return;
         }
@@ -128,7 +128,7 @@ bool offersDv(IPin* pin) {
         return false;
     }
     for (;;) {
-        offered_type type;
+        OfferedType type;
         if (!type.next(types.ptr())) {
             return false;
         }

@@ -3,8 +3,7 @@
 #pragma once
 
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 #include <vector>
 

@@ -3,8 +3,7 @@
 #pragma once
 
 #include "marvo/com/com_ptr.h"
-
-#include <dshow.h>
+#include "marvo/core/directshow.h"
 
 /// Holds the `IVideoWindow` interface of a renderer.
 using dvVideoWindow = vwin::com_<IVideoWindow>;

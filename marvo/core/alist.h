@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace vcore {
 
@@ -15,8 +16,8 @@ namespace vcore {
 template <class T>
 class alist {
 public:
-    /// A list with room for exactly `capacity` entries; none is allocated for 0. With `autoDelete` the list
-    /// deletes its elements on `del`, `clearAll` and destruction.
+    /// A list with room for exactly `capacity` entries; none is allocated for 0, and none when there is no
+    /// memory. With `autoDelete` the list deletes its elements on `del`, `clearAll` and destruction.
     explicit alist(unsigned long capacity = 0, bool autoDelete = true) : autoDelete_(autoDelete) {
         if (capacity) {
             reallocate(capacity);
@@ -26,8 +27,8 @@ public:
     alist(const alist&) = delete;
     alist& operator=(const alist&) = delete;
 
-    /// Makes room for `needed` entries in all. Capacity goes from 0 to 16 and doubles from there. False when
-    /// there is no memory; the list is then unchanged.
+    /// Makes room for `needed` entries in all. Capacity goes from 0 to 16 and doubles from there, up to 2 GB.
+    /// False when there is no memory; the list is then unchanged.
     bool allocArray(unsigned long needed) {
         if (needed <= capacity_) {
             return true;
@@ -49,7 +50,7 @@ public:
         if (!allocArray(count_ + 1)) {
             return false;
         }
-        at = std::min(at, count_);
+        at = (std::min)(at, count_);
         std::move_backward(begin() + at, end(), end() + 1);
         items_[at] = element;
         ++count_;
@@ -111,7 +112,7 @@ public:
         if (&source == this || source.count_ > maxCapacity - count_ || !allocArray(count_ + source.count_)) {
             return false;
         }
-        at = std::min(at, count_);
+        at = (std::min)(at, count_);
         std::move_backward(begin() + at, end(), end() + source.count_);
         std::copy(source.begin(), source.end(), begin() + at);
         count_ += source.count_;
@@ -137,9 +138,13 @@ public:
     T** end() const { return items_.get() + count_; }
 
 private:
-    static constexpr unsigned long maxCapacity = 0x7FFFFFFF;
+    // An array of more than 2 GB would throw rather than give null.
+    static constexpr unsigned long maxCapacity = 0x7FFFFFFF / sizeof(T*);
 
     bool reallocate(unsigned long capacity) {
+        if (capacity > maxCapacity) {
+            return false;
+        }
         std::unique_ptr<T*[]> items(new (std::nothrow) T*[capacity]());
         if (!items) {
             return false;

@@ -2,6 +2,7 @@
 
 #include "marvo/core/str.h"
 
+#include <climits>
 #include <cstring>
 
 namespace vcore {
@@ -29,17 +30,23 @@ bool fieldsToCount(const SYSTEMTIME& fields, FILETIME& count) {
     return std::memcmp(&back, &fields, sizeof back) == 0;
 }
 
-/// Reads numbers between separators into the given fields, in order, until the text or the fields end.
-void readNumbers(const str& text, const wchar_t* separators, WORD* const* fields, int count) {
+/// Reads numbers between separators into the given fields, in order, until the text or the fields end. False
+/// for a number that no field can hold.
+bool readNumbers(const str& text, const wchar_t* separators, WORD* const* fields, int count) {
     str rest(text);
     for (int i = 0; i < count; ++i) {
-        *fields[i] = static_cast<WORD>(rest.toLong());
+        const long number = rest.toLong();
+        if (number < 0 || number > USHRT_MAX) {
+            return false;
+        }
+        *fields[i] = static_cast<WORD>(number);
         const int separator = rest.findChar(separators);
         if (separator < 0) {
-            return;
+            break;
         }
         rest.remove(0, static_cast<unsigned long>(separator) + 1);
     }
+    return true;
 }
 
 } // namespace
@@ -62,11 +69,15 @@ daytime::daytime(unsigned short day, unsigned short month, unsigned short year) 
     if (month >= 1 && month <= 12) {
         fields_.wMonth = month;
     }
+    const WORD thisYear = fields_.wYear;
     if (year != 0) {
         fields_.wYear = year;
     }
     fields_.wHour = fields_.wMinute = fields_.wSecond = fields_.wMilliseconds = fields_.wDayOfWeek = 0;
-    updateFileTime();
+    if (!updateFileTime()) {
+        fields_.wYear = thisYear;
+        updateFileTime();
+    }
 }
 
 daytime::daytime(const wchar_t* text) {
@@ -107,21 +118,13 @@ bool daytime::updateFileTime() {
 }
 
 bool daytime::toLocal() {
-    FILETIME local;
-    if (!FileTimeToLocalFileTime(&count_, &local)) {
-        return false;
-    }
-    count_ = local;
-    return update();
+    daytime local(0, false);
+    return FileTimeToLocalFileTime(&count_, &local.count_) && local.update() && (*this = local, true);
 }
 
 bool daytime::toUTC() {
-    FILETIME utc;
-    if (!LocalFileTimeToFileTime(&count_, &utc)) {
-        return false;
-    }
-    count_ = utc;
-    return update();
+    daytime utc(0, false);
+    return LocalFileTimeToFileTime(&count_, &utc.count_) && utc.update() && (*this = utc, true);
 }
 
 daytime& daytime::getUTC() {
@@ -167,7 +170,8 @@ bool daytime::fromStr(const str& text, bool yearFirst, bool iso) {
     if (text.len() == 0) {
         return true;
     }
-    SYSTEMTIME& f = fields_;
+    daytime told(*this);
+    SYSTEMTIME& f = told.fields_;
     WORD* fields[] = {&f.wDay, &f.wMonth, &f.wYear, &f.wHour, &f.wMinute, &f.wSecond, &f.wMilliseconds};
     if (yearFirst || iso) {
         fields[0] = &f.wYear;
@@ -175,8 +179,8 @@ bool daytime::fromStr(const str& text, bool yearFirst, bool iso) {
     if (yearFirst) {
         fields[2] = &f.wDay;
     }
-    readNumbers(text, iso ? L"TZ:.,;- " : L":.,;- ", fields, 7);
-    return updateFileTime();
+    return readNumbers(text, iso ? L"TZ:.,;- " : L":.,;- ", fields, 7) && told.updateFileTime() &&
+           (*this = told, true);
 }
 
 bool daytime::timeFromStr(const str& text) {
@@ -184,11 +188,11 @@ bool daytime::timeFromStr(const str& text) {
     if (text.len() == 0) {
         return true;
     }
-    SYSTEMTIME& f = fields_;
+    daytime told(*this);
+    SYSTEMTIME& f = told.fields_;
     f.wHour = f.wMinute = f.wSecond = f.wMilliseconds = 0;
     WORD* const fields[] = {&f.wHour, &f.wMinute, &f.wSecond};
-    readNumbers(text, L":.,;- ", fields, 3);
-    return updateFileTime();
+    return readNumbers(text, L":.,;- ", fields, 3) && told.updateFileTime() && (*this = told, true);
 }
 
 long long daytime::timestamp() const {

@@ -10,7 +10,8 @@ class str;
 
 /// A time kept twice, as broken-down fields and as a count of 100 ns since 1601-01-01 00:00. Holds local time
 /// unless `getUTC` or `toUTC` made it UTC; it does not know which. A conversion that fails leaves the object
-/// as it was.
+/// as it was; a text that cannot be read makes it now. Fields and count tell the same time, unless the caller
+/// has changed one of them alone.
 class MARVO_API daytime {
 public:
     /// One second in units of the count.
@@ -22,8 +23,8 @@ public:
     daytime();
     /// The given count. The fields are computed from it only with `update`; else they are 0.
     daytime(unsigned long long count, bool update);
-    /// 00:00 of that day. A day outside 1 to 31, a month outside 1 to 12 and a year of 0 are replaced by
-    /// today's.
+    /// 00:00 of that day. A day outside 1 to 31, a month outside 1 to 12, a year of 0 and one that the count
+    /// cannot express are replaced by today's.
     daytime(unsigned short day, unsigned short month, unsigned short year);
     /// The time that the text tells, day first; see `fromStr`.
     daytime(const wchar_t* text);
@@ -69,9 +70,11 @@ public:
     /// and milliseconds; with `yearFirst` year, month and day come in that order; with `iso` "T" and "Z"
     /// separate, too. Fields that the text does not reach keep the present moment's values. Deliberately,
     /// `iso` alone takes the third number for the year again and keeps today's day: ISO order is asked for
-    /// with both flags.
+    /// with both flags. False when a number is negative or above 65535 or the system cannot express the time;
+    /// the object then holds the present moment, as for an empty text.
     bool fromStr(const str& text, bool yearFirst, bool iso);
-    /// Reads hour, minute and second; the date is today's. An empty text means now.
+    /// Reads hour, minute and second; the date is today's. An empty text means now. False, and now, as for
+    /// `fromStr`.
     bool timeFromStr(const str& text);
 
     /// Seconds from this time back to 1970-01-01 00:00: negative for any later time, which callers rely on.

@@ -1,14 +1,26 @@
 #include "marvo/core/inifile.h"
 
 #include "marvo/core/file.h"
+#include "marvo/core/handle.h"
+#include "marvo/core/small_letter.h"
 
-#include <cwchar>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <exception>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace vcore {
 
 namespace {
+
+constexpr wchar_t byteOrderMark = 0xFEFF;
+constexpr std::wstring_view blanks = L" \t\r\n";
 
 /// The path of the running program with the extension ".ini".
 str programSettings() {
@@ -24,40 +36,299 @@ str programSettings() {
     return path.append(L".ini");
 }
 
-bool isComment(const str& line) {
-    return line.startsWith(L"//") || line.compareI(L"rem", 3) == 0 || line.startsWith(L";");
+/// The system's reason for a failure just now; never 0.
+unsigned long failure() {
+    const unsigned long error = GetLastError();
+    return error ? error : ERROR_GEN_FAILURE;
 }
 
-void writeEntry(file& out, const str& name, const var& value) {
-    str text, line;
-    value.toStr(text, false);
-    line.append(L"  ").Append(name).append(L" = ").Append(text).append(L"\r\n");
-    out.writeLine(line);
-}
+// Reading.
 
-void makeWritable(const wchar_t* fileName) {
-    const DWORD attributes = GetFileAttributesW(fileName);
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
-        SetFileAttributesW(fileName, FILE_ATTRIBUTE_NORMAL);
+/// Reads a whole file. Returns the system's error, 0 for success.
+unsigned long readBytes(const wchar_t* name, std::string& bytes) {
+    SetLastError(ERROR_INVALID_NAME);
+    file in(name, OPEN_EXISTING, false, GENERIC_READ);
+    if (!in.open(nullptr) || !in.seek(0)) {
+        return failure();
     }
+    constexpr unsigned long long longest = 0x7FFFFFFF;
+    const unsigned long long size = in.size();
+    if (size > longest) {
+        return ERROR_FILE_TOO_LARGE;
+    }
+    bytes.resize(static_cast<std::size_t>(size));
+    unsigned long done = 0;
+    if (size > 0 && !in.read(bytes.data(), static_cast<unsigned long>(size), &done)) {
+        return failure();
+    }
+    bytes.resize(done);
+    return 0;
+}
+
+/// Adds one line of narrow text.
+void widenLine(std::wstring& text, std::string_view line, unsigned int codePage) {
+    if (std::all_of(line.begin(), line.end(), [](unsigned char c) { return c < 0x80; })) {
+        text.append(line.begin(), line.end());
+        return;
+    }
+    const std::size_t before = text.size();
+    const int n = static_cast<int>(line.size());
+    text.resize(before + line.size());
+    text.resize(before + static_cast<std::size_t>(
+                             MultiByteToWideChar(codePage, 0, line.data(), n, text.data() + before, n)));
+}
+
+/// Converts line by line, so that half a character at the end of one does not take the next one with it.
+std::wstring widenLines(std::string_view bytes, unsigned int codePage) {
+    std::wstring text;
+    text.reserve(bytes.size());
+    for (;;) {
+        const std::size_t end = bytes.find_first_of("\r\n");
+        widenLine(text, bytes.substr(0, end), codePage);
+        if (end == bytes.npos) {
+            return text;
+        }
+        text += static_cast<wchar_t>(bytes[end]);
+        bytes.remove_prefix(end + 1);
+    }
+}
+
+/// Half a character at the end of a damaged text is dropped.
+std::wstring wideText(std::string_view bytes, bool swapped) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), 0);
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    if (swapped) {
+        for (wchar_t& c : text) {
+            c = static_cast<wchar_t>(c << 8 | c >> 8);
+        }
+    }
+    return text;
+}
+
+/// The text of a file, without its byte-order mark.
+std::wstring decoded(std::string_view bytes) {
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+        return wideText(bytes.substr(2), bytes.starts_with("\xFE"));
+    }
+    const bool utf8 = bytes.starts_with("\xEF\xBB\xBF");
+    return widenLines(bytes.substr(utf8 ? 3 : 0), utf8 ? CP_UTF8 : CP_ACP);
+}
+
+std::wstring_view trimmed(std::wstring_view text) {
+    const std::size_t start = std::min(text.find_first_not_of(blanks), text.size());
+    text.remove_prefix(start);
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+/// The text without its first and its last character, whatever these are.
+std::wstring_view unwrapped(std::wstring_view text) {
+    text.remove_prefix(1);
+    return text.substr(0, text.empty() ? 0 : text.size() - 1);
+}
+
+bool isComment(std::wstring_view line) {
+    return line.starts_with(L"//") || line.starts_with(L';') ||
+           (line.size() >= 3 && smallLetter(line[0]) == L'r' && smallLetter(line[1]) == L'e' &&
+            smallLetter(line[2]) == L'm');
+}
+
+/// Calls `section` with each section's name and `entry` with each entry's name and value.
+template <class Section, class Entry>
+void parse(std::wstring_view text, Section section, Entry entry) {
+    const wchar_t lineEnd = text.find(L'\n') == text.npos ? L'\r' : L'\n';
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(lineEnd), text.size() - 1);
+        std::wstring_view line = text.substr(0, end + 1);
+        text.remove_prefix(end + 1);
+        // A line with a zero in it is cut there.
+        line = trimmed(line.substr(0, line.find(L'\0')));
+        const std::size_t equals = line.find(L'=');
+        if (line.empty() || isComment(line)) {
+            continue;
+        }
+        if (line[0] == L'[') {
+            section(unwrapped(line));
+        } else if (equals != line.npos && equals > 0) {
+            const std::wstring_view value = trimmed(line.substr(equals + 1));
+            entry(trimmed(line.substr(0, equals)), value.starts_with(L'"') ? unwrapped(value) : value);
+        }
+    }
+}
+
+// Writing.
+
+/// The value as text: with all digits where `toStr` would lose some of a number.
+str writtenValue(const var& value) {
+    str text;
+    value.toStr(text, false);
+    const int type = value.vt & VT_TYPEMASK;
+    const var readBack(text.oleStr());
+    if (value.isI() && readBack.getI64() != value.getI64()) {
+        return text.sprintf(type == VT_UI8 ? L"%I64u" : L"%I64d", value.getI64());
+    }
+    const double number = value.getF();
+    if (!value.isF() || !std::isfinite(number) || readBack.getF() == number) {
+        return text;
+    }
+    char digits[64];
+    char* end = digits + sizeof digits;
+    if (type != VT_R4) {
+        end = std::to_chars(digits, end, number).ptr;
+    } else if (static_cast<float>(readBack.getF()) != static_cast<float>(number)) {
+        end = std::to_chars(digits, end, static_cast<float>(number)).ptr;
+    } else {
+        return text;
+    }
+    return text.setStr(digits, static_cast<unsigned long>(end - digits));
+}
+
+/// Adds a line up to and including its first line feed, which may come from the value.
+void addEntry(std::wstring& text, std::wstring_view name, const var& value) {
+    const str written = writtenValue(value);
+    std::wstring line(L"  ");
+    line.append(name).append(L" = ").append(written.oleStr(), written.len()).append(L"\r\n");
+    text.append(line, 0, line.find(L'\n') + 1);
+}
+
+std::wstring writtenText(const iniEntries& entries) {
+    std::wstring text(1, byteOrderMark);
+    for (iniEntry* entry : entries) {
+        const std::wstring_view name(entry->name().oleStr(), entry->name().len());
+        if (name.find(L'.') == name.npos) {
+            addEntry(text, name, entry->val());
+        }
+    }
+    std::wstring_view section;
+    bool any = false;
+    for (iniEntry* entry : entries) {
+        const std::wstring_view name(entry->name().oleStr(), entry->name().len());
+        const std::size_t dot = name.find(L'.');
+        if (dot == name.npos) {
+            continue;
+        }
+        if (!any || section != name.substr(0, dot)) {
+            any = true;
+            section = name.substr(0, dot);
+            text.append(L"\r\n[").append(section).append(L"]\r\n");
+        }
+        addEntry(text, name.substr(dot + 1), entry->val());
+    }
+    return text;
+}
+
+/// Writes a new file and has the system keep it; one that cannot be completed is removed. Returns the
+/// system's error, 0 for success.
+unsigned long writeText(const wchar_t* name, const std::wstring& text) {
+    handle out(CreateFileW(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!out) {
+        return failure();
+    }
+    const auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    DWORD done = 0;
+    SetLastError(ERROR_DISK_FULL); // of which some systems only tell by the number of bytes
+    if (WriteFile(out.get(), text.data(), size, &done, nullptr) && done == size &&
+        FlushFileBuffers(out.get())) {
+        return 0;
+    }
+    const unsigned long error = failure();
+    out.reset();
+    DeleteFileW(name);
+    return error;
+}
+
+/// Lets a new file take the place of another, a read-only one, too; it is removed when it cannot. Returns the
+/// system's error, 0 for success.
+unsigned long replaceFile(const wchar_t* fresh, const wchar_t* old) {
+    const DWORD attributes = GetFileAttributesW(old);
+    const bool readOnly =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (readOnly) {
+        SetFileAttributesW(old, FILE_ATTRIBUTE_NORMAL);
+    }
+    if (MoveFileExW(fresh, old, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        return 0;
+    }
+    const unsigned long error = failure();
+    if (readOnly) {
+        SetFileAttributesW(old, attributes);
+    }
+    DeleteFileW(fresh);
+    return error;
 }
 
 } // namespace
 
-iniFile::iniFile(const wchar_t* fileName) {
+/// Finds entries by name: a table of which each entry takes the first free place from that of its name's hash
+/// on. Its size is a power of two, and at least half of it is free.
+class iniFile::Index {
+public:
+    /// The hash of a name without regard to letter case, as FNV-1a has it.
+    static std::size_t hash(const wchar_t* name) {
+        std::uint32_t value = 2166136261u;
+        for (; *name; ++name) {
+            value = (value ^ smallLetter(*name)) * 16777619u;
+        }
+        return value;
+    }
+
+    iniEntry* find(const wchar_t* name, std::size_t hash) const {
+        if (places_.empty()) {
+            return nullptr;
+        }
+        while (iniEntry* const entry = place(hash++)) {
+            if (entry->name().compareI(name) == 0) {
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+
+    /// Makes room for one entry more than the list has, which are all there are.
+    void reserve(const iniEntries& entries) {
+        if (entries.count() >= places_.size() / 2) {
+            places_.resize(std::max<std::size_t>(64, places_.size() * 4));
+            rebuild(entries);
+        }
+    }
+
+    /// Takes the entries of the list, for which there is room, instead of those that it had.
+    void rebuild(const iniEntries& entries) {
+        std::fill(places_.begin(), places_.end(), nullptr);
+        for (iniEntry* entry : entries) {
+            add(entry, hash(entry->name().oleStr()));
+        }
+    }
+
+    void add(iniEntry* entry, std::size_t hash) {
+        while (place(hash)) {
+            ++hash;
+        }
+        places_[hash & (places_.size() - 1)] = entry;
+    }
+
+private:
+    iniEntry* place(std::size_t i) const { return places_[i & (places_.size() - 1)]; }
+
+    std::vector<iniEntry*> places_;
+};
+
+iniFile::iniFile(const wchar_t* fileName) : index_(std::make_unique<Index>()) {
     if (fileName) {
         load(fileName);
     }
 }
 
-iniFile::iniFile(const iniFile& source) : fileName_(source.fileName_) {
-    for (const iniEntry* entry : source.entries_) {
-        entries_.add(new iniEntry(*entry));
+iniFile::iniFile(const iniFile& source)
+    : fileName_(source.fileName_), error_(source.error_), index_(std::make_unique<Index>()) {
+    for (iniEntry* entry : source.entries_) {
+        findOrAdd(entry->name().oleStr()).val() = entry->val();
     }
     for (const str* name : source.sections_) {
         sections_.add(new str(*name));
     }
 }
+
+iniFile::~iniFile() = default;
 
 void iniFile::create() {
     clear();
@@ -66,6 +337,7 @@ void iniFile::create() {
 
 void iniFile::clear() {
     entries_.clearAll();
+    index_->rebuild(entries_);
 }
 
 bool iniFile::load(const wchar_t* fileName) {
@@ -74,79 +346,52 @@ bool iniFile::load(const wchar_t* fileName) {
     } else {
         fileName_ = programSettings();
     }
-    file in;
-    if (!in.open(fileName_.oleStr())) {
+    std::wstring text;
+    try {
+        std::string bytes;
+        error_ = readBytes(fileName_.oleStr(), bytes);
+        text = decoded(bytes);
+    } catch (const std::exception&) { // a file larger than the memory
+        error_ = ERROR_NOT_ENOUGH_MEMORY;
+    }
+    if (error_) {
         return false;
     }
     sections_.clearAll();
-    str line, prefix;
-    while (in.readLine(line)) {
-        loadLine(line.trimStr(), prefix);
-    }
+    std::wstring prefix, name, value;
+    parse(
+        text,
+        [&](std::wstring_view section) {
+            prefix = section;
+            auto added = std::make_unique<str>();
+            *added = prefix.c_str();
+            sections_.add(added.release());
+            prefix.append(section.empty() ? L"" : L".");
+        },
+        [&](std::wstring_view key, std::wstring_view words) {
+            if (!key.empty()) {
+                name.assign(prefix).append(key);
+                value = words;
+                set(name.c_str(), value.c_str());
+            }
+        });
     return true;
-}
-
-void iniFile::loadLine(str& line, str& prefix) {
-    if (line.len() == 0 || isComment(line)) {
-        return;
-    }
-    if (line.startsWith(L"[")) {
-        line.remove(0, 1).remove(static_cast<int>(line.len()) - 1, 1);
-        sections_.add(new str(line));
-        prefix = line;
-        if (prefix.len() > 0) {
-            prefix += L'.';
-        }
-        return;
-    }
-    if (line.findChar(L'=', 1) < 0) {
-        return;
-    }
-    const int equals = line.findChar(L'=');
-    str name, value;
-    (name = line.left(static_cast<unsigned long>(equals))).trimStr();
-    (value = line.mid(equals + 1)).trimStr();
-    if (value.startsWith(L"\"")) {
-        value.remove(0, 1).remove(static_cast<int>(value.len()) - 1, 1);
-    }
-    if (name.len() > 0) {
-        set(name.insert(0, prefix.oleStr()).oleStr(), value.oleStr());
-    }
 }
 
 bool iniFile::save(const wchar_t* fileName) {
     if (fileName) {
         fileName_ = fileName;
     }
-    makeWritable(fileName_.oleStr());
-    file out(fileName_.oleStr(), CREATE_ALWAYS, true);
-    if (!out.open(nullptr)) {
+    if (fileName_.len() == 0) {
+        error_ = ERROR_INVALID_NAME;
         return false;
     }
-    for (iniEntry* entry : entries_) {
-        if (entry->name().findChar(L'.') < 0) {
-            writeEntry(out, entry->name(), entry->val());
-        }
+    const std::wstring fresh = std::wstring(fileName_.oleStr()) + L".new";
+    error_ = writeText(fresh.c_str(), writtenText(entries_));
+    if (!error_) {
+        error_ = replaceFile(fresh.c_str(), fileName_.oleStr());
     }
-    str section;
-    bool any = false;
-    for (iniEntry* entry : entries_) {
-        str key(entry->name());
-        if (key.findChar(L'.') < 0) {
-            continue;
-        }
-        const str entrySection = key.tok(L'.');
-        if (!any || entrySection != section) {
-            str header;
-            header.append(L"[").Append(entrySection).append(L"]\r\n");
-            out.writeLine(L"\r\n");
-            out.writeLine(header);
-            section = entrySection;
-            any = true;
-        }
-        writeEntry(out, key, entry->val());
-    }
-    return true;
+    return error_ == 0;
 }
 
 const str& iniFile::section(unsigned int index) const {
@@ -155,28 +400,28 @@ const str& iniFile::section(unsigned int index) const {
     return name ? *name : nothing;
 }
 
+iniEntry& iniFile::findOrAdd(const wchar_t* name) {
+    if (!name) {
+        name = L"";
+    }
+    const std::size_t hash = Index::hash(name);
+    if (iniEntry* const entry = index_->find(name, hash)) {
+        return *entry;
+    }
+    auto added = std::make_unique<iniEntry>(name);
+    index_->reserve(entries_);
+    if (!entries_.add(added.get())) {
+        throw std::bad_alloc();
+    }
+    index_->add(added.get(), hash);
+    return *added.release();
+}
+
 iniEntry* iniFile::findEntry(const wchar_t* name) const {
     if (!name) {
         name = L"";
     }
-    const std::size_t length = std::wcslen(name);
-    for (iniEntry* entry : entries_) {
-        if (entry->name().len() == length && entry->name().compareI(name) == 0) {
-            return entry;
-        }
-    }
-    return nullptr;
-}
-
-iniEntry& iniFile::findOrAdd(const wchar_t* name) {
-    if (iniEntry* const entry = findEntry(name)) {
-        return *entry;
-    }
-    auto added = std::make_unique<iniEntry>(name);
-    if (!entries_.add(added.get())) {
-        throw std::bad_alloc();
-    }
-    return *added.release();
+    return index_->find(name, Index::hash(name));
 }
 
 var& iniFile::get(const wchar_t* name) const {
@@ -208,25 +453,22 @@ void iniFile::remove(const wchar_t* prefix) {
     if (!prefix) {
         return;
     }
-    str beginning; // a copy, because the prefix may be the name of an entry that goes
-    beginning = prefix;
+    str start; // a copy, because the prefix may be the name of an entry that goes
+    start = prefix;
     for (unsigned long i = 0; i < entries_.count();) {
-        if (entries_[i]->name().compareI(beginning.oleStr(), beginning.len()) == 0) {
+        if (entries_[i]->name().compareI(start.oleStr(), start.len()) == 0) {
             entries_.del(i);
         } else {
             ++i;
         }
     }
+    index_->rebuild(entries_);
 }
 
 void iniFile::sort() {
-    for (unsigned long i = 0; i + 1 < entries_.count(); ++i) {
-        for (unsigned long j = i + 1; j < entries_.count(); ++j) {
-            if (entries_[j]->name().compareI(entries_[i]->name().oleStr()) < 0) {
-                entries_.swap(i, j);
-            }
-        }
-    }
+    std::sort(entries_.begin(), entries_.end(), [](const iniEntry* a, const iniEntry* b) {
+        return a->name().compareI(b->name().oleStr()) < 0;
+    });
 }
 
 } // namespace vcore

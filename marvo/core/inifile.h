@@ -4,6 +4,9 @@
 
 #include "marvo/core/ini_entry.h"
 
+#include <memory>
+#include <type_traits>
+
 namespace vcore {
 
 /// A settings file in memory: an ordered list of entries. Names are matched whole and without regard to
@@ -12,7 +15,9 @@ namespace vcore {
 /// Text form: a section "[video]" puts "video." in front of the names that follow; "name = value" is an
 /// entry, with double quotes around the value when its outer blanks count. Lines that begin with "//", ";" or
 /// "rem" in any letter case are ignored (a name like "remote" thus cannot be used), and so is anything else
-/// that is not understood.
+/// that is not understood. A text that begins with a byte-order mark is UTF-16 of either byte order or UTF-8,
+/// any other is in the ANSI code page. Lines end with a line feed, or, in a text without any, with a carriage
+/// return.
 class MARVO_API iniFile {
 public:
     /// No entries; `fileName` is loaded at once unless it is null.
@@ -21,7 +26,7 @@ public:
     iniFile(const iniFile& source);
     iniFile& operator=(const iniFile&) = delete;
     /// Nothing is saved by itself.
-    ~iniFile() = default;
+    ~iniFile();
 
     /// Removes the entries and forgets the file's name.
     void create();
@@ -29,12 +34,20 @@ public:
     void clear();
     /// Adds the entries of a file to those there are; a name that exists already takes the new value. A null
     /// `fileName` means the program's own path with the extension ".ini". The name is kept in any case.
-    /// False, and the entries unchanged, when the file cannot be opened for reading and writing.
+    /// False, and the entries unchanged, when the file cannot be read; `error` then tells why.
     bool load(const wchar_t* fileName);
     /// Writes the entries anew as wide text with a byte-order mark, those outside of sections first. A null
-    /// `fileName` means the kept name, another is kept. A value with a line feed in it is cut there, and
-    /// outer blanks of a value are lost when it is loaded again. False when the file cannot be created.
+    /// `fileName` means the kept name, another is kept. A value is written as `var::toStr` does, and a number
+    /// of which that would lose something with all its digits. A value with a line feed in it is cut there,
+    /// and outer blanks of a value are lost when it is loaded again.
+    ///
+    /// The text goes to a file beside the old one (its name with ".new" behind it), which it replaces when it
+    /// is complete, a read-only one, too. False when that fails, because the disk is full or somebody holds
+    /// the old file open, for instance: the old file is then as it was, and `error` tells why.
     bool save(const wchar_t* fileName);
+    /// Why the last `load` or `save` failed, as the system's error code, for the caller's log; 0 when it did
+    /// not.
+    unsigned long error() const { return error_; }
 
     /// The name of the file loaded or saved last.
     const str& filename() const { return fileName_; }
@@ -57,21 +70,29 @@ public:
     /// Replaces the value of that name, or adds it at the end. Text is copied, anything else taken as it
     /// stands.
     void set(const wchar_t* name, const var& v);
-    /// As above, with a copy of the text.
+    /// As above, with a copy of the text; null is empty text.
     void set(const wchar_t* name, const wchar_t* text);
+    /// As above, with a boolean or an integer. So a literal 0 is a number and no null text.
+    template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
+    void set(const wchar_t* name, Integer value) {
+        set(name, var(value));
+    }
     /// Removes every entry whose name begins with `prefix`.
     void remove(const wchar_t* prefix);
     /// Orders the entries by name, without regard to letter case. Entries of one section then stand together.
     void sort();
 
 private:
+    class Index;
+
     iniEntry* findEntry(const wchar_t* name) const;
     iniEntry& findOrAdd(const wchar_t* name);
-    void loadLine(str& line, str& prefix);
 
     iniEntries entries_;
     secEntries sections_;
     str fileName_;
+    unsigned long error_ = 0;
+    std::unique_ptr<Index> index_;
 };
 
 } // namespace vcore

@@ -4,13 +4,14 @@
 
 #include "marvo/core/handle.h"
 #include "marvo/core/platform.h"
+#include "marvo/core/thread_annotations.h"
 
 #include <atomic>
 
 namespace vcore {
 
 /// An unnamed kernel mutex, recursive for the thread that holds it.
-class MARVO_API mutex {
+class MARVO_CAPABILITY("mutex") MARVO_API mutex {
 public:
     /// A free mutex.
     mutex();

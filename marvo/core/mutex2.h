@@ -3,6 +3,7 @@
 #pragma once
 
 #include "marvo/core/platform.h"
+#include "marvo/core/thread_annotations.h"
 
 #include <atomic>
 
@@ -10,7 +11,7 @@ namespace vcore {
 
 /// A spin lock of one word, which holds the owner's thread id or 0. The owner may take it again, but that is
 /// not counted: one `unlock` frees it.
-class MARVO_API mutex2 {
+class MARVO_CAPABILITY("spin lock") MARVO_API mutex2 {
 public:
     mutex2() = default;
     mutex2(const mutex2&) = delete;
@@ -31,11 +32,11 @@ private:
 };
 
 /// Holds a spin lock for a scope. Not to be nested for one lock: the inner end would free it.
-class spin_guard {
+class MARVO_SCOPED_CAPABILITY spin_guard {
 public:
     /// Takes the lock, however long it lasts.
-    explicit spin_guard(const mutex2& lock) : lock_(lock) { lock_.lock(); }
-    ~spin_guard() { lock_.unlock(); }
+    explicit spin_guard(const mutex2& lock) MARVO_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
+    ~spin_guard() MARVO_RELEASE() { lock_.unlock(); }
     spin_guard(const spin_guard&) = delete;
     spin_guard& operator=(const spin_guard&) = delete;
 

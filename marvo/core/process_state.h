@@ -10,13 +10,13 @@ namespace vcore {
 /// stays held. Destructors then abandon what would wait for them. May be called from any thread, also under
 /// the loader lock.
 inline bool processEnding() {
-    using shutdown_query = BOOLEAN(WINAPI*)();
+    using ShutdownQuery = BOOLEAN(WINAPI*)();
     HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
     if (ntdll == nullptr) {
         return false;
     }
     FARPROC query = GetProcAddress(ntdll, "RtlDllShutdownInProgress");
-    return query != nullptr && reinterpret_cast<shutdown_query>(reinterpret_cast<void*>(query))() != FALSE;
+    return query != nullptr && reinterpret_cast<ShutdownQuery>(reinterpret_cast<void*>(query))() != FALSE;
 }
 
 } // namespace vcore

@@ -1,3 +1,5 @@
+/// @file
+/// Memory for unbuffered transfers.
 #pragma once
 
 #include "marvo/core/platform.h"

@@ -4,6 +4,7 @@
 
 #include "marvo/core/handle.h"
 #include "marvo/core/platform.h"
+#include "marvo/core/thread_annotations.h"
 
 #include <atomic>
 
@@ -17,7 +18,7 @@ namespace vcore {
 /// per frame. It is not fair: a thread that comes by may take the count before one that was woken for it. The
 /// kernel kind has a handle that may be given to others, such as a reference clock, or a name that other
 /// processes can open.
-class MARVO_API semaphore {
+class MARVO_CAPABILITY("semaphore") MARVO_API semaphore {
 public:
     /// Kernel kind with initial and maximum count `count`; `name` may be null.
     semaphore(int count, const wchar_t* name);

@@ -1,9 +1,11 @@
 #include "marvo/core/str.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <cwchar>
 #include <memory>
+#include <new>
 
 namespace vcore {
 
@@ -11,6 +13,14 @@ namespace {
 
 constexpr unsigned long firstCapacityLimit = 65536;
 constexpr unsigned long standardCapacity = 64;
+
+/// Positions are ints.
+constexpr unsigned long long mostCharacters = 1ull << 31;
+
+/// A length as the class holds it; one that it cannot hold becomes one for which there is no room.
+unsigned long limited(std::size_t length) {
+    return static_cast<unsigned long>(std::min<std::size_t>(length, ULONG_MAX));
+}
 
 /// Addresses this low are members of null objects, or small numbers taken for addresses.
 bool isNoString(const void* address) {
@@ -78,13 +88,13 @@ str::str(const str& source) {
 }
 
 str::str(const wchar_t* s, unsigned long size, int flags) {
-    const unsigned long length = s ? static_cast<unsigned long>(std::wcslen(s)) : 0;
+    const unsigned long length = s ? static_cast<unsigned long>(wcsnlen(s, firstCapacityLimit)) : 0;
     _init(s ? size : 0, s ? length + 1 : 8, flags | narrowStale);
     setWStr(s, length);
 }
 
 str::str(const char* s, unsigned long size, int flags) {
-    const unsigned long length = s ? static_cast<unsigned long>(std::strlen(s)) : 0;
+    const unsigned long length = s ? static_cast<unsigned long>(strnlen(s, firstCapacityLimit)) : 0;
     _init(s ? size : 0, s ? length + 1 : 8, flags | keepNarrow);
     setStr(s, length);
 }
@@ -102,7 +112,7 @@ str::str(const GUID& guid) {
 
 str::str(const strtoken& token) {
     // A token may view a text that has grown beyond the limit for a first capacity.
-    _init(std::min(token.len() + 1, firstCapacityLimit - 1), 0, defaultFlags);
+    _init(std::min(token.len(), firstCapacityLimit - 2) + 1, 0, defaultFlags);
     *this = token;
 }
 
@@ -135,7 +145,23 @@ void str::allocate(unsigned long capacity, int flags) {
 }
 
 unsigned long str::memSize() const {
-    return capacity_ * (narrow_ ? 3 : 2);
+    return limited(std::size_t{capacity_} * (narrow_ ? 3 : 2));
+}
+
+unsigned long str::len() const {
+    return isNullObject(this) ? 0 : length_;
+}
+
+unsigned long str::GetLength() const {
+    return len();
+}
+
+unsigned long str::bufferSize() const {
+    return isNullObject(this) ? 0 : capacity_;
+}
+
+wchar_t* str::oleStr() const {
+    return isNullObject(this) ? nullptr : wide_;
 }
 
 unsigned long str::_checkLen(unsigned long needed, bool discard) {
@@ -149,30 +175,41 @@ unsigned long str::_checkLen(unsigned long needed, bool discard) {
     while (capacity <= needed) {
         capacity *= 2;
     }
-    if (capacity > ULONG_MAX) {
-        trap();
-    }
-    if (capacity != capacity_) {
-        reallocate(static_cast<unsigned long>(capacity), discard);
+    if (capacity != capacity_ && !reallocate(capacity, discard)) {
+        throw std::bad_alloc();
     }
     return needed;
 }
 
-void str::reallocate(unsigned long capacity, bool discard) {
-    auto wide = std::make_unique_for_overwrite<wchar_t[]>(capacity);
-    std::unique_ptr<char[]> narrow;
-    if (narrow_) {
-        narrow = std::make_unique_for_overwrite<char[]>(capacity);
+unsigned long str::lengthWith(std::size_t more) const {
+    return more < ULONG_MAX - length_ ? length_ + static_cast<unsigned long>(more) : ULONG_MAX;
+}
+
+bool str::reallocate(unsigned long long capacity, bool discard) {
+    // More than the address space would throw rather than give null.
+    if (capacity > mostCharacters || capacity > PTRDIFF_MAX / sizeof(wchar_t)) {
+        return false;
+    }
+    const auto size = static_cast<unsigned long>(capacity);
+    std::unique_ptr<wchar_t[]> wide(new (std::nothrow) wchar_t[size]);
+    std::unique_ptr<char[]> narrow(narrow_ ? new (std::nothrow) char[size] : nullptr);
+    if (!wide || (narrow_ && !narrow)) {
+        return false;
     }
     if (!discard) {
-        std::wmemcpy(wide.get(), wide_, std::min(capacity, capacity_));
+        std::wmemcpy(wide.get(), wide_, std::min(size, capacity_));
     }
     delete[] wide_;
     delete[] narrow_;
     wide_ = wide.release();
     narrow_ = narrow.release();
-    capacity_ = capacity;
+    capacity_ = size;
     flags_ |= narrowStale;
+    return true;
+}
+
+const char* str::getS() const {
+    return getStr();
 }
 
 char* str::getStr() const {
@@ -250,11 +287,11 @@ str& str::setStr(const char* s, unsigned long n) {
         Clear();
         return *this;
     }
-    return setBytes(s, static_cast<unsigned long>(strnlen(s, n)));
+    return setBytes(s, strnlen(s, n));
 }
 
-str& str::setBytes(const char* s, unsigned long n) {
-    const unsigned long length = _checkLen(n, true);
+str& str::setBytes(const char* s, std::size_t n) {
+    const unsigned long length = _checkLen(limited(n), true);
     if (narrow_) {
         std::memmove(narrow_, s, length);
         narrow_[length] = 0;
@@ -273,11 +310,11 @@ str& str::setWStr(const wchar_t* s, unsigned long n) {
         Clear();
         return *this;
     }
-    return setWide(s, static_cast<unsigned long>(wcsnlen(s, n)));
+    return setWide(s, n == toEnd ? std::wcslen(s) : wcsnlen(s, n));
 }
 
-str& str::setWide(const wchar_t* s, unsigned long n) {
-    const unsigned long length = _checkLen(n, true);
+str& str::setWide(const wchar_t* s, std::size_t n) {
+    const unsigned long length = _checkLen(limited(n), true);
     std::wmemmove(wide_, s, length);
     wideChanged(length);
     return *this;
@@ -295,16 +332,16 @@ str& str::append(const wchar_t* s, unsigned long n) {
     if (!s || n == 0) {
         return *this;
     }
-    return appendWide(s, static_cast<unsigned long>(n == toEnd ? std::wcslen(s) : wcsnlen(s, n)));
+    return appendWide(s, n == toEnd ? std::wcslen(s) : wcsnlen(s, n));
 }
 
-str& str::appendWide(const wchar_t* s, unsigned long n) {
+str& str::appendWide(const wchar_t* s, std::size_t n) {
     if (n == 0) {
         return *this;
     }
     const bool own = owns(s);
     const std::ptrdiff_t offset = own ? s - wide_ : 0;
-    const unsigned long length = _checkLen(length_ + n, false);
+    const unsigned long length = _checkLen(lengthWith(n), false);
     std::wmemmove(wide_ + length_, own ? wide_ + offset : s, length - length_);
     wideChanged(length);
     return *this;
@@ -332,7 +369,7 @@ str& str::insert(unsigned long pos, const wchar_t* s, unsigned long n) {
         std::wmemcpy(copy.get(), s, n);
         s = copy.get();
     }
-    const unsigned long length = _checkLen(length_ + n, false);
+    const unsigned long length = _checkLen(lengthWith(n), false);
     const unsigned long inserted = std::min(n, length - pos);
     std::wmemmove(wide_ + pos + inserted, wide_ + pos, length - pos - inserted);
     std::wmemcpy(wide_ + pos, s, inserted);
@@ -386,11 +423,7 @@ bool str::allocBuffer(unsigned long size, bool discard) {
     if (size <= capacity_) {
         return true;
     }
-    if (!(flags_ & growable)) {
-        return false;
-    }
-    reallocate(size, false);
-    return true;
+    return (flags_ & growable) && reallocate(size, false);
 }
 
 void str::compact() {

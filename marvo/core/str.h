@@ -6,7 +6,13 @@
 #include "marvo/core/strtoken.h"
 
 #include <climits>
+#include <cstddef>
 #include <ctime>
+
+// Windows' and DirectShow's headers may have made a macro of this name, which the class publishes: it is put
+// back behind the class.
+#pragma push_macro("sprintf")
+#undef sprintf
 
 namespace vcore {
 
@@ -15,11 +21,15 @@ namespace vcore {
 ///
 /// A growable string doubles its capacity as needed; one that is not truncates silently. Arguments may point
 /// into the string itself. Null pointers count as empty text. Positions are character indices; -1 means not
-/// found. A zero can stand inside the text (through `fill`, `updateWStr` or a decoder): assignment, `Append`
-/// and the codecs keep it, while members that take a pointer, and comparisons, see the text up to its first
-/// zero. A first capacity of 65536 characters and more is a programming error and stops the process: text of
-/// any length, as it comes from outside, is assigned and not given to a constructor. Not thread-safe, not
-/// even for reading: `getStr` may allocate and convert.
+/// found. A zero can stand inside the text (through `fill`, `updateWStr` or a decoder): assignment, `Append`,
+/// the codecs and every member that changes the text in place (`trimStr`, `tok`, `remove`...) keep it and
+/// what follows, while members that take a pointer, comparisons, numbers and views (`left`, `right`, `mid`)
+/// see the text up to the first zero.
+///
+/// A first capacity of 65536 characters and more is a programming error and stops the process: text of any
+/// length, as it comes from outside, is assigned and not given to a constructor. A text has at most 2^31 - 1
+/// characters; growing beyond that, and beyond the memory there is, throws `std::bad_alloc` like any `new`
+/// (only `allocBuffer` asks first). Not thread-safe, not even for reading: `getStr` may allocate and convert.
 class MARVO_API str {
 public:
     /// The bits of the `flags` of a constructor.
@@ -62,11 +72,11 @@ public:
     virtual unsigned long memSize() const;
 
     /// Length in characters, without the terminator; 0 on a null object.
-    unsigned long len() const { return isNullObject(this) ? 0 : length_; }
+    unsigned long len() const;
     /// Same as `len`.
-    unsigned long GetLength() const { return len(); }
+    unsigned long GetLength() const;
     /// Capacity in characters, terminator included; 0 on a null object.
-    unsigned long bufferSize() const { return isNullObject(this) ? 0 : capacity_; }
+    unsigned long bufferSize() const;
 
     /// The narrow text: converted to the ANSI code page if the wide text changed since the last call, with
     /// "?" for a character that the code page lacks, and cut at `len()` bytes. Owned by the string; the
@@ -74,10 +84,10 @@ public:
     /// object.
     char* getStr() const;
     /// Same as `getStr`.
-    const char* getS() const { return getStr(); }
+    const char* getS() const;
     /// The wide buffer, `bufferSize()` characters; writing to it is to be followed by `updateWStr`.
     /// Null on a null object.
-    wchar_t* oleStr() const { return isNullObject(this) ? nullptr : wide_; }
+    wchar_t* oleStr() const;
     /// Copies the text with its terminator to `out`, which must have room for `len()` + 1 characters.
     void copyTo(wchar_t* out) const;
     /// Copies the narrow text with its terminator to `out`.
@@ -116,7 +126,7 @@ public:
     str& Append(const str& s) { return appendWide(s.oleStr(), s.len()); }
     /// Adds one character; a zero adds nothing.
     str& appendChar(wchar_t c) {
-        if (c == 0 || length_ + 2 >= capacity_) {
+        if (c == 0 || capacity_ - length_ <= 2) {
             return append(&c, 1);
         }
         wide_[length_] = c;
@@ -138,7 +148,7 @@ public:
     /// Empties the string; the buffers stay.
     void Clear();
     /// Makes a growable string's capacity at least `size` characters, terminator included; with `discard` the
-    /// text is given up. False when a fixed capacity is too small.
+    /// text is given up. False when a fixed capacity is too small or there is no memory for so much.
     bool allocBuffer(unsigned long size, bool discard = false);
     /// Frees the narrow copy and every character of the wide buffer beyond the terminator.
     void compact();
@@ -171,9 +181,9 @@ public:
     bool endsWith(const wchar_t* s) const;
 
     /// Below, at or above 0 as this text sorts before, with or after `s`. A null `s` sorts before any text.
-    int compare(const wchar_t* s) const { return compare(oleStr(), s); }
+    int compare(const wchar_t* s) const;
     /// `compare` without regard to letter case.
-    int compareI(const wchar_t* s) const { return compareI(oleStr(), s); }
+    int compareI(const wchar_t* s) const;
     /// `compare` of the first `n` characters.
     int compare(const wchar_t* s, unsigned long n) const;
     /// `compareI` of the first `n` characters.
@@ -212,9 +222,9 @@ public:
     float match(const wchar_t* s) const;
     /// Whether the whole text fits the pattern, without regard to letter case, as file names do: "*" stands
     /// for any characters or none, "?" for exactly one, everything else for itself; nothing takes the meaning
-    /// from "*" and
-    /// "?". The time is proportional to the length of text and pattern, however many stars there are; only a
-    /// piece between two stars that holds a "?" may cost its own length for every character of the text.
+    /// from "*" and "?". The time is proportional to the length of text and pattern, however many stars there
+    /// are; only a piece between two stars that holds a "?" may cost its own length for every character of
+    /// the text.
     bool matchWildcard(const str& pattern) const;
 
     /// Turns every letter into its small form.
@@ -262,7 +272,8 @@ public:
     /// point with them if no digit is left after it.
     static str toStr(double value, int decimals);
     /// Replaces the text by the formatted one; "%s" and "%c" stand for wide text. The arguments may be taken
-    /// from this string.
+    /// from this string. Where a header has made a macro of the name (strsafe.h, which dshow.h includes
+    /// unless NO_DSHOW_STRSAFE is defined before it), a call needs an `#undef sprintf` in front.
     str& sprintf(const wchar_t* format, ...);
     /// As `sprintf`, with the arguments as a `va_list`; with `add` the formatted text is added at the end.
     str& sprintfArgs(const str& format, void* args, bool add);
@@ -325,15 +336,16 @@ private:
     void _init(unsigned long size, unsigned long minSize, int flags);
     void allocate(unsigned long capacity, int flags);
     unsigned long _checkLen(unsigned long needed, bool discard);
-    void reallocate(unsigned long capacity, bool discard);
+    unsigned long lengthWith(std::size_t more) const;
+    bool reallocate(unsigned long long capacity, bool discard);
     void wideChanged(unsigned long length) {
         length_ = length;
         wide_[length] = 0;
         flags_ |= narrowStale;
     }
-    str& setBytes(const char* s, unsigned long n);
-    str& setWide(const wchar_t* s, unsigned long n);
-    str& appendWide(const wchar_t* s, unsigned long n);
+    str& setBytes(const char* s, std::size_t n);
+    str& setWide(const wchar_t* s, std::size_t n);
+    str& appendWide(const wchar_t* s, std::size_t n);
     bool owns(const wchar_t* s) const { return s >= wide_ && s < wide_ + capacity_; }
 
     wchar_t* wide_ = nullptr;
@@ -344,3 +356,5 @@ private:
 };
 
 } // namespace vcore
+
+#pragma pop_macro("sprintf")

@@ -234,7 +234,7 @@ str& str::encodeUTF8(const str* source) {
     }
     Clear();
     getStr();
-    return setBytes(bytes.data(), static_cast<unsigned long>(bytes.size()));
+    return setBytes(bytes.data(), bytes.size());
 }
 
 str& str::decodeUTF8(const str* source) {
@@ -242,7 +242,7 @@ str& str::decodeUTF8(const str* source) {
     for (std::wstring_view rest = view(source); !rest.empty();) {
         addUTF16(text, takeUTF8(rest));
     }
-    return setWide(text.data(), static_cast<unsigned long>(text.size()));
+    return setWide(text.data(), text.size());
 }
 
 str& str::encodeBase64(const str* source) {
@@ -259,7 +259,7 @@ str& str::encodeBase64(const str* source) {
         }
         rest.remove_prefix(n);
     }
-    return setWide(text.data(), static_cast<unsigned long>(text.size()));
+    return setWide(text.data(), text.size());
 }
 
 bool str::u4code(const char* characters) {
@@ -275,7 +275,7 @@ bool str::u4code(const char* characters) {
         text += alphabet.character(c / base % base);
         text += alphabet.character(c % base);
     }
-    setWide(text.data(), static_cast<unsigned long>(text.size()));
+    setWide(text.data(), text.size());
     return true;
 }
 
@@ -291,7 +291,7 @@ bool str::u4decode(const char* characters) {
             alphabet.digit(rest[2]);
         text += code > 0xFFFF ? replacement : static_cast<wchar_t>(code);
     }
-    setWide(text.data(), static_cast<unsigned long>(text.size()));
+    setWide(text.data(), text.size());
     return true;
 }
 

@@ -1,4 +1,5 @@
 // Searching, comparing and taking apart: the members of str that look at the text.
+#include "marvo/core/small_letter.h"
 #include "marvo/core/str.h"
 
 #include <algorithm>
@@ -12,14 +13,6 @@ namespace {
 
 bool isMember(const wchar_t* set, wchar_t c) {
     return c != 0 && std::wcschr(set, c) != nullptr;
-}
-
-wchar_t smallLetter(wchar_t c) {
-    if (c < 0x80) {
-        return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-    }
-    CharLowerBuffW(&c, 1);
-    return c;
 }
 
 /// Compares up to `n` characters of two texts without regard to letter case.
@@ -59,7 +52,7 @@ int str::findChar(wchar_t c, unsigned long from) const {
 
 int str::findChar(const wchar_t* set, unsigned long from) const {
     if (set) {
-        for (unsigned long i = from; i < len(); ++i) {
+        for (unsigned long i = from, end = len(); i < end; ++i) {
             if (isMember(set, wide_[i])) {
                 return static_cast<int>(i);
             }
@@ -114,6 +107,14 @@ int str::compareI(const wchar_t* s, unsigned long n) const {
     return text && s ? compareSmall(text, s, n) : compareAddresses(text, s);
 }
 
+int str::compare(const wchar_t* s) const {
+    return compare(oleStr(), s);
+}
+
+int str::compareI(const wchar_t* s) const {
+    return compareI(oleStr(), s);
+}
+
 int str::compare(const wchar_t* a, const wchar_t* b) {
     return a && b ? std::wcscmp(a, b) : compareAddresses(a, b);
 }
@@ -142,7 +143,7 @@ str& str::trimStr(const wchar_t* set) {
     while (begin < end && isMember(set, wide_[begin])) {
         ++begin;
     }
-    return setWStr(wide_ + begin, end - begin);
+    return setWide(wide_ + begin, end - begin);
 }
 
 str& str::cleanStr(const wchar_t* set) {
@@ -165,7 +166,7 @@ str& str::cleanStr(const wchar_t* set, wchar_t replacement, int longestRun, bool
             ++run;
         }
     }
-    return setWide(clean.data(), static_cast<unsigned long>(clean.size()));
+    return setWide(clean.data(), clean.size());
 }
 
 strtoken str::left(unsigned long n) const {
@@ -197,7 +198,7 @@ str str::tok(wchar_t separator) {
         head = *this;
         Clear();
     } else {
-        head = left(static_cast<unsigned long>(pos));
+        head.setWide(wide_, static_cast<unsigned long>(pos));
         remove(0, static_cast<unsigned long>(pos) + 1);
     }
     return head;

@@ -3,18 +3,21 @@
 #pragma once
 
 #include "marvo/core/semaphore.h"
+#include "marvo/core/thread_annotations.h"
 
 namespace vcore {
 
 /// Waits for a semaphore at most the given time, goes on whether it was had or not, and releases it on exit.
 ///
 /// Deliberate: live video outranks exactness, so a lock that cannot be had in time does not stop a frame, and
-/// the release is made in every case, which also repairs a lock whose holder was killed.
-class timed_guard {
+/// the release is made in every case, which also repairs a lock whose holder was killed. For the same reason
+/// the lock counts as held for clang's analysis in either case.
+class MARVO_SCOPED_CAPABILITY timed_guard {
 public:
     /// `timeoutMs` may be `INFINITE`.
-    timed_guard(const semaphore& lock, unsigned long timeoutMs) : lock_(lock), held_(lock.wait(timeoutMs)) {}
-    ~timed_guard() { lock_.unlock(); }
+    timed_guard(const semaphore& lock, unsigned long timeoutMs) MARVO_ACQUIRE(lock)
+        : lock_(lock), held_(lock.wait(timeoutMs)) {}
+    ~timed_guard() MARVO_RELEASE() { lock_.unlock(); }
     timed_guard(const timed_guard&) = delete;
     timed_guard& operator=(const timed_guard&) = delete;
 

@@ -1,10 +1,11 @@
 #include "marvo/core/var.h"
 
+#include "marvo/core/process_state.h"
 #include "marvo/core/str.h"
 
-#include <atomic>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace vcore {
@@ -26,6 +27,42 @@ Integer truncated(double value) {
     }
     return static_cast<Integer>(value);
 }
+
+/// The narrow texts that a thread was given last.
+struct NarrowTexts {
+    static constexpr unsigned count = 8;
+    str texts[count];
+    unsigned next = 0;
+};
+
+/// Leads every thread to its own texts. Deliberately a slot of the system, and one for fibers: it frees what
+/// a thread left when the thread ends, and what all threads left when the library is unloaded, which neither
+/// thread_local nor a plain thread slot does for a library that is loaded late.
+class NarrowTextSlot {
+public:
+    NarrowTextSlot() : slot_(FlsAlloc(&release)) {}
+    ~NarrowTextSlot() {
+        if (!processEnding()) {
+            FlsFree(slot_);
+        }
+    }
+    NarrowTextSlot(const NarrowTextSlot&) = delete;
+    NarrowTextSlot& operator=(const NarrowTextSlot&) = delete;
+
+    /// The calling thread's texts, null when it cannot have any.
+    NarrowTexts* own() const {
+        if (auto* const texts = static_cast<NarrowTexts*>(FlsGetValue(slot_))) {
+            return texts;
+        }
+        auto fresh = std::make_unique<NarrowTexts>();
+        return FlsSetValue(slot_, fresh.get()) ? fresh.release() : nullptr;
+    }
+
+private:
+    static void WINAPI release(void* texts) { delete static_cast<NarrowTexts*>(texts); }
+
+    const DWORD slot_;
+};
 
 } // namespace
 
@@ -70,7 +107,9 @@ void var::setTypeTag(VARTYPE type) {
 }
 
 void var::freeS() {
-    VariantClear(this);
+    if (vt != VT_EMPTY) {
+        VariantClear(this);
+    }
     setTypeTag(VT_EMPTY);
 }
 
@@ -231,6 +270,15 @@ long var::getI() const {
 }
 
 long long var::getI64() const {
+    if (isS() || isC()) {
+        // A floating point number would lose the last digits of a long one.
+        str text;
+        wchar_t* end = nullptr;
+        const long long whole = (text = getS()).toInt64(&end);
+        if (end != text.oleStr() && *end == 0) {
+            return whole;
+        }
+    }
     return isI() || isB() ? toInteger() : truncated<long long>(toFraction());
 }
 
@@ -286,14 +334,12 @@ SAFEARRAY* var::getArray() const {
 }
 
 var::operator const char*() const {
-    constexpr unsigned slots = 8;
-    static str texts[slots];
-    static std::atomic<unsigned> next{0};
+    static const NarrowTextSlot slot;
     if (isC() && payload<char*>()) {
         return payload<char*>();
     }
-    str& text = texts[next++ % slots];
-    return (text = getS()).getStr();
+    NarrowTexts* const own = slot.own();
+    return own ? (own->texts[own->next++ % NarrowTexts::count] = getS()).getStr() : "";
 }
 
 str& var::toStr(str& out, bool quote) const {

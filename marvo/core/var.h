@@ -33,6 +33,18 @@ public:
     var(long long& value) : var() { setI64(value); }
     /// A boolean; the value is taken, not the reference.
     var(bool& value) : var() { setB(value); }
+    /// A boolean or an integer that is no variable of the types above, such as `true` or `1ll << 40`: with 32
+    /// bits when they hold every value of its type, else with 64.
+    template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
+    var(Integer value) : var() {
+        if constexpr (std::is_same_v<Integer, bool>) {
+            setB(value);
+        } else if constexpr (sizeof(Integer) + std::is_unsigned_v<Integer> <= sizeof(long)) {
+            setI(static_cast<long>(value));
+        } else {
+            setI64(static_cast<long long>(value));
+        }
+    }
     /// A 64-bit floating point number.
     var(double value) : var() { setF(value); }
     /// A copy of the text; null makes an empty text.
@@ -113,7 +125,7 @@ public:
     /// The value as an integer: fractions are dropped, numbers out of range become the nearest there is, text
     /// is evaluated as an expression (`str::calculate`). A 64-bit integer is cut to its low half.
     long getI() const;
-    /// As `getI`, with 64 bits.
+    /// As `getI`, with 64 bits; text that is nothing but a whole number is read to the last digit.
     long long getI64() const;
     /// The value as a floating point number, converted like `getI` but with the fraction.
     double getF() const;
@@ -131,7 +143,8 @@ public:
     void* getP() const;
     /// The array, owned by the value (or by whom a by-reference payload belongs to); null for any other type.
     SAFEARRAY* getArray() const;
-    /// The text in the ANSI code page. Valid until the eighth further conversion, of whatever value.
+    /// The text in the ANSI code page. Valid until the eighth further conversion, of whatever value, on the
+    /// same thread, or until that thread ends. Empty text when there is no memory for the thread's texts.
     operator const char*() const;
     /// Writes the value as text to `out` and returns it: numbers with a fraction with 4 digits (32 bits) or 8
     /// (64 bits), TRUE or FALSE, text as it is or in double quotes with `quote`, an object's address, and

@@ -1,5 +1,6 @@
 #include "marvo/core/vobject.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -7,26 +8,26 @@ namespace vcore {
 
 namespace {
 
-using word = std::uintptr_t;
-constexpr std::size_t maxWords = vObject::maxCallBytes / sizeof(word);
+using Word = std::uintptr_t;
+constexpr std::size_t maxWords = vObject::maxCallBytes / sizeof(Word);
 
 template <std::size_t>
-using wordAt = word;
+using WordAt = Word;
 
 template <std::size_t... I>
-void callWords(void* function, const word* words, std::index_sequence<I...>) {
-    reinterpret_cast<void (*)(wordAt<I>...)>(function)(words[I]...);
+void callWords(void* function, const Word* words, std::index_sequence<I...>) {
+    reinterpret_cast<void (*)(WordAt<I>...)>(function)(words[I]...);
 }
 
 template <std::size_t N>
-void callWith(void* function, const word* words) {
+void callWith(void* function, const Word* words) {
     callWords(function, words, std::make_index_sequence<N>());
 }
 
-using caller = void (*)(void* function, const word* words);
+using Caller = void (*)(void* function, const Word* words);
 
 template <std::size_t... N>
-constexpr std::array<caller, sizeof...(N)> makeCallers(std::index_sequence<N...>) {
+constexpr std::array<Caller, sizeof...(N)> makeCallers(std::index_sequence<N...>) {
     return {&callWith<N>...};
 }
 
@@ -118,11 +119,11 @@ bool vObject::callFunc(void* function, const void* args, int argBytes) {
     if (!function || argBytes < 0 || argBytes > maxCallBytes || (argBytes && !args)) {
         return false;
     }
-    std::array<word, maxWords> words{};
+    std::array<Word, maxWords> words{};
     if (argBytes) {
         std::memcpy(words.data(), args, static_cast<std::size_t>(argBytes));
     }
-    callers[(static_cast<std::size_t>(argBytes) + sizeof(word) - 1) / sizeof(word)](function, words.data());
+    callers[(static_cast<std::size_t>(argBytes) + sizeof(Word) - 1) / sizeof(Word)](function, words.data());
     return true;
 }
 

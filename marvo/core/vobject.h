@@ -6,10 +6,12 @@
 #include "marvo/core/mutex2.h"
 #include "marvo/core/platform.h"
 #include "marvo/core/str.h"
+#include "marvo/core/thread_annotations.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 #include <tuple>
 #include <type_traits>
@@ -127,8 +129,9 @@ private:
         if (left >= size) {
             std::memcpy(&value, args, size);
         }
-        args += std::min(left, size);
-        left -= std::min(left, size);
+        const int taken = left < size ? left : size;
+        args += taken;
+        left -= taken;
         return value;
     }
 
@@ -159,7 +162,7 @@ private:
     int emitBytes(const wchar_t* signal, const unsigned char* args, int argBytes);
 
     mutable mutex2 lock_;
-    vObjectLinks links_;
+    vObjectLinks links_ MARVO_GUARDED_BY(lock_);
     mutable std::atomic<vObject*> sender_{nullptr};
 };
 

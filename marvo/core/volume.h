@@ -1,3 +1,5 @@
+/// @file
+/// What the library needs to know of a volume.
 #pragma once
 
 /// Bytes per sector of the volume that holds the file `name` (of the current drive when the name has none); 0

@@ -8,7 +8,7 @@ namespace vwin {
 namespace {
 
 /// A process is killed asynchronously; its end is waited for so long.
-constexpr unsigned long killMs = 1000;
+constexpr unsigned long kill_ms = 1000;
 
 constexpr unsigned long killedCode = static_cast<unsigned long>(-1);
 
@@ -164,7 +164,7 @@ bool winprocess::stop(unsigned long timeoutMs) {
         return true;
     }
     TerminateProcess(process_.get(), killedCode);
-    return wait(killMs);
+    return wait(kill_ms);
 }
 
 bool winprocess::exitCode(unsigned long& code) const {

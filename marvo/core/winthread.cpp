@@ -6,15 +6,15 @@ namespace vwin {
 
 namespace {
 
-constexpr unsigned long restartGraceMs = 100;
-constexpr unsigned long destructionGraceMs = 120;
+constexpr unsigned long restartGrace_ms = 100;
+constexpr unsigned long destructionGrace_ms = 120;
 
 /// A thread is killed asynchronously; its end is waited for so long.
-constexpr unsigned long killMs = 1000;
+constexpr unsigned long kill_ms = 1000;
 
 /// A thread that does not get to its body within this time waits for what its killer holds, such as the
 /// loader's lock.
-constexpr unsigned long startPatienceMs = 500;
+constexpr unsigned long startPatience_ms = 500;
 
 /// The slot that leads a worker thread to its own state. A system slot and not a thread_local variable:
 /// nothing has to be destroyed when the thread is killed.
@@ -48,11 +48,11 @@ void resumeFully(HANDLE thread) {
 } // namespace
 
 /// What a worker thread knows about itself; lives on its stack.
-struct winthread::current {
+struct winthread::Current {
     winthread* object;
     bool finished; ///< the end was told already; the object may be gone
 
-    static current* get() { return static_cast<current*>(TlsGetValue(currentSlot())); }
+    static Current* get() { return static_cast<Current*>(TlsGetValue(currentSlot())); }
 };
 
 winthread::winthread() = default;
@@ -60,11 +60,11 @@ winthread::winthread() = default;
 winthread::winthread(const winthread&) : winthread() {}
 
 winthread::~winthread() {
-    stop(destructionGraceMs);
+    stop(destructionGrace_ms);
 }
 
 bool winthread::start() {
-    stop(restartGraceMs);
+    stop(restartGrace_ms);
     stop_.reset();
     done_.reset();
     interruption_ = interruption::starting;
@@ -79,7 +79,7 @@ DWORD WINAPI winthread::threadProc(void* argument) {
         return 0;
     }
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    current self{static_cast<winthread*>(argument), false};
+    Current self{static_cast<winthread*>(argument), false};
     TlsSetValue(currentSlot(), &self);
     const HANDLE done = self.object->done_.handle();
     ResetEvent(done);
@@ -94,7 +94,7 @@ DWORD WINAPI winthread::threadProc(void* argument) {
 }
 
 void winthread::finish() {
-    if (current* const self = current::get(); self && self->object == this) {
+    if (Current* const self = Current::get(); self && self->object == this) {
         self->finished = true;
     }
     done_.set();
@@ -115,10 +115,10 @@ void winthread::terminate() {
         return;
     }
     stop_.set();
-    if (current* const self = current::get(); self && self->object == this) {
+    if (Current* const self = Current::get(); self && self->object == this) {
         self->finished = true;
     } else {
-        for (unsigned long waitedMs = 0; !hasEnded() && !kill(waitedMs >= startPatienceMs); ++waitedMs) {
+        for (unsigned long waited_ms = 0; !hasEnded() && !kill(waited_ms >= startPatience_ms); ++waited_ms) {
             Sleep(1);
         }
     }
@@ -140,7 +140,7 @@ bool winthread::kill(bool evenStarting) {
         resumeFully(thread_.get());
     }
     if (allowed) {
-        WaitForSingleObject(thread_.get(), killMs);
+        WaitForSingleObject(thread_.get(), kill_ms);
     }
     return allowed;
 }
@@ -185,9 +185,9 @@ bool winthread::setPriority(int priority, void* thread) {
 }
 
 void winthread::setProcessor(int processor, void* thread) {
-    using setter = DWORD(WINAPI*)(HANDLE, DWORD);
+    using Setter = DWORD(WINAPI*)(HANDLE, DWORD);
     const FARPROC entry = GetProcAddress(GetModuleHandleA("KERNEL32.DLL"), "SetThreadIdealProcessor");
-    if (const auto set = reinterpret_cast<setter>(reinterpret_cast<void*>(entry))) {
+    if (const auto set = reinterpret_cast<Setter>(reinterpret_cast<void*>(entry))) {
         set(threadOrSelf(thread), static_cast<DWORD>(processor));
     }
 }
@@ -198,9 +198,9 @@ int winthread::processorCount() {
     return static_cast<int>(info.dwNumberOfProcessors);
 }
 
-// The exchange orders the region's work behind its begin and before its end.
+// The exchange keeps the region's work between its start and its end.
 winthread::interruption winthread::setInterruption(interruption state) {
-    const current* const self = current::get();
+    const Current* const self = Current::get();
     return self && !self->finished ? self->object->interruption_.exchange(state) : state;
 }
 

@@ -13,6 +13,10 @@ namespace vwin {
 /// One worker thread per object, with a cooperative stop: the body polls `finishing`, the owner asks with
 /// `stop`, and a thread that does not end in time is killed. The thread is in COM's multithreaded apartment.
 ///
+/// Warning: a thread that is killed while it allocates or frees memory leaves the heap locked for ever, and
+/// the process hangs at its next allocation. So a body ends in time, or does whatever may allocate (strings,
+/// COM, most of the system's functions) within an `uninterruptible` region.
+///
 /// Starting, stopping and destroying are for one thread at a time, the queries for any. A derived class stops
 /// its thread in its own destructor: when this base's destructor runs, what `run` works on is gone. Never
 /// destroyed through a pointer to this base.
@@ -23,18 +27,22 @@ public:
     /// A thread cannot be copied: the copy is a new object that was never started.
     winthread(const winthread& source);
     winthread& operator=(const winthread&) = delete;
-    /// Stops the thread as `stop(120)` does.
+    /// Stops the thread as `stop(120)` does. Warning: a thread that is killed then while it allocates hangs
+    /// the process at its next allocation; see `uninterruptible`.
     ~winthread();
 
-    /// Starts the thread. One that still runs is asked to stop and killed after 100 ms. False when the system
-    /// gives no thread.
+    /// Starts the thread. One that still runs is asked to stop and killed after 100 ms, with the danger that
+    /// `terminate` tells of. False when the system gives no thread.
     bool start();
     /// Asks the thread to stop. With a time other than 0 waits for its end that long, and kills it on a
-    /// time-out.
+    /// time-out. Warning: a thread that is killed while it allocates hangs the process at its next
+    /// allocation; give it time enough, or see `uninterruptible`.
     void stop(unsigned long timeoutMs);
     /// Kills the thread, whatever it does, but never within an `uninterruptible` region: it waits until the
     /// thread leaves it or ends, and takes back any suspension for that. Afterwards there is no thread. A
-    /// thread that calls this itself is not killed, only forgotten.
+    /// thread that calls this itself is not killed, only forgotten. Warning: a thread that is killed while it
+    /// allocates hangs the process at its next allocation; only an `uninterruptible` region keeps it from
+    /// that.
     void terminate();
     /// Suspends the thread; true when it was not suspended (or cannot be), false without a thread.
     bool suspend();
@@ -72,8 +80,8 @@ private:
 
 public:
     /// While it lives on a worker thread, `terminate` does not kill that thread. For work that would leave
-    /// something half done for others, such as a held lock. Does nothing on a thread that is not a
-    /// winthread's.
+    /// something half done for others, such as a held lock, the heap's above all: that is any work that may
+    /// allocate. Does nothing on a thread that is not a winthread's.
     class MARVO_API uninterruptible {
     public:
         uninterruptible();
@@ -105,7 +113,7 @@ protected:
     void finish();
 
 private:
-    struct current;
+    struct Current;
 
     static DWORD WINAPI threadProc(void* argument);
     static interruption setInterruption(interruption state);

@@ -2,14 +2,53 @@
 /// The two systems of DV video: what a frame of each is made of.
 #pragma once
 
-#include <iterator>
+#include <initializer_list>
 
 namespace vdv {
 
-/// Bytes of one 25 Mbit/s frame of 625/50: 12 DIF sequences of 150 blocks of 80 bytes (IEC 61834-2).
-constexpr unsigned long palFrameBytes = 144000;
-/// Bytes of one 25 Mbit/s frame of 525/60: 10 DIF sequences.
-constexpr unsigned long ntscFrameBytes = 120000;
+/// What there is to know of a system. From IEC 61834-2 (25 Mbit/s) and SMPTE 314M (25 and 50 Mbit/s).
+struct System {
+    const char* name;      ///< lines and fields
+    const char* broadcast; ///< the name of the television system that it stands for
+    unsigned long
+        frameBytes;       ///< bytes of a frame of 25 Mbit/s, which is `sequences` of 150 blocks of 80 bytes
+    unsigned sequences;   ///< DIF sequences of each channel of 25 Mbit/s
+    unsigned width;       ///< pixels
+    unsigned lines;       ///< lines of the coded picture
+    unsigned countedRate; ///< frames per second as time codes count them
+    double rate;          ///< frames per second
+    long timePerFrame_100ns; ///< as media types and recordings have it
+};
+
+/// 625 lines, 50 fields: PAL.
+inline constexpr System system625{"625/50", "PAL", 144000, 12, 720, 576, 25, 25.0, 400000};
+/// 525 lines, 60 fields: NTSC.
+inline constexpr System system525{"525/60", "NTSC", 120000, 10, 720, 480, 30, 30000.0 / 1001, 333333};
+
+/// Bytes of one 25 Mbit/s frame of 625/50.
+constexpr unsigned long palFrameBytes = system625.frameBytes;
+/// Bytes of one 25 Mbit/s frame of 525/60.
+constexpr unsigned long ntscFrameBytes = system525.frameBytes;
+
+/// Channels of 25 Mbit/s in a frame of 25, 50 and 100 Mbit/s.
+inline constexpr unsigned channelCounts[] = {1, 2, 4};
+
+/// The system whose whole frames have `size` bytes; null when that is no size of a DV frame.
+constexpr const System* systemOf(unsigned long size) {
+    for (const System* system : {&system625, &system525}) {
+        for (const unsigned channels : channelCounts) {
+            if (size == system->frameBytes * channels) {
+                return system;
+            }
+        }
+    }
+    return nullptr;
+}
+
+/// Whether `size` is that of a whole DV frame.
+constexpr bool isFrameSize(unsigned long size) {
+    return systemOf(size) != nullptr;
+}
 
 /// Frames above this size are refused everywhere: it is far beyond any DV frame, and such a size in a file or
 /// a media type is damage.

@@ -3,11 +3,8 @@
 #include "marvo/core/process_state.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/recording/drive_search.h"
-#include "marvo/frontend/front_end_log_scope.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <string>
 
 namespace {
 
@@ -18,38 +15,25 @@ constexpr int longestBreaker_ms = 20;
 
 constexpr unsigned long widgetStyle = 0x100000;
 
-/// `text` without carriage returns, line feeds and tabs.
-std::string onOneLine(const char* text) {
-    std::string line(text);
-    std::erase_if(line, [](char c) { return c == '\r' || c == '\n' || c == '\t'; });
-    return line;
-}
-
-SYSTEMTIME localTime() {
-    SYSTEMTIME utc{};
-    SYSTEMTIME local{};
-    GetSystemTime(&utc);
-    return SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) ? local : utc;
-}
-
 } // namespace
 
 dvFrontEnd dvFE;
 
 dvFrontEnd::dvFrontEnd()
-    : vwin::vWidget(L"VIDEOFRAME", widgetStyle), settings_(L"marvo.ini"), dvSettings_(L"dv.ini"),
-      videoSettings_(L"video.ini"), recFile_(defaultFile), playFile_(defaultFile), recInfoLock_(1, 1),
-      logFile_(L"marvo.log", CREATE_ALWAYS) {
+    : vwin::vWidget(L"VIDEOFRAME", widgetStyle), capture_(log_), play_(log_, settings_), recInfoLock_(1, 1) {
     show(false);
     videoWidget_.hide(true);
     setEraseBackground(false);
     CoInitialize(nullptr);
-    logFile_.open(nullptr);
-    elementIn_.fill(-1);
-    elementOut_.fill(-1);
-    recFilter_.store().connect(L"poolInfo", this, this, &dvFrontEnd::onRecInfo);
-    playFilter_.connect(L"playTime", this, this, &dvFrontEnd::onPlayTime);
-    readSettings();
+    log_.open();
+    recFilter().store().connect(L"poolInfo", this, this, &dvFrontEnd::onRecInfo);
+    playFilter().connect(L"playTime", this, this, &dvFrontEnd::onPlayTime);
+    settingsFiles_.readInto(settings_);
+    log_.writeSuppressible(settings_.logging);
+    setDeinterlace(settings_.deinterlace);
+    if (settings_.maxFilesize_frames) {
+        setMaxFilesize(*settings_.maxFilesize_frames);
+    }
     initRecord();
 }
 
@@ -61,36 +45,136 @@ dvFrontEnd::~dvFrontEnd() {
     done();
 }
 
-void dvFrontEnd::readSettings() {
-    const auto given = [this](const wchar_t* name) { return dvSettings_.defined(name); };
-    if (given(L"dv.control")) {
-        control_ = dvSettings_.get(L"dv.control").getB();
+bool dvFrontEnd::init(HWND window, bool) {
+    return settle(build(window));
+}
+
+bool dvFrontEnd::playinit(HWND window, int from, int to, const char* name) {
+    return settle(buildPlayOnly(window, from, to, name));
+}
+
+bool dvFrontEnd::reinit(HWND window) {
+    return showWindow(window);
+}
+
+bool dvFrontEnd::showWindow(HWND window) {
+    return settle(present(window));
+}
+
+bool dvFrontEnd::onError(const wchar_t* text) {
+    return settle(refuse(text));
+}
+
+void dvFrontEnd::done() {
+    takeApart();
+    hold_.letGo();
+}
+
+/// The last act of every command that may have taken the engine apart.
+bool dvFrontEnd::settle(bool result) {
+    if (!capture_.built() && !play_.built()) {
+        hold_.letGo();
     }
-    if (given(L"dv.logging")) {
-        logging_ = dvSettings_.get(L"dv.logging").getB();
+    return result;
+}
+
+bool dvFrontEnd::build(HWND window) {
+    log("init", true);
+    const frontend::Log::Scope scope(log_);
+    if (capture_.built()) {
+        return present(window);
     }
-    if (given(L"dv.maxfilesize")) {
-        setMaxFilesize(static_cast<unsigned long>(dvSettings_.get(L"dv.maxfilesize").getI()));
+    if (play_.built()) {
+        takeApart();
     }
-    if (given(L"dv.playdelay")) {
-        playDelay_ms_ = dvSettings_.get(L"dv.playdelay").getI();
+    hold_.take();
+    setWindow(window);
+    initRecord();
+    frontend::BuildStep failed = capture_.build(settings_.input, settings_.maxRecFrames);
+    if (failed == frontend::BuildStep::captureDevice) {
+        log("init result: no video source!", false);
+        takeApart();
+        return false;
     }
-    if (given(L"dv.input")) {
-        input_ = dvSettings_.get(L"dv.input").getI();
+    if (failed == frontend::BuildStep::none) {
+        failed = play_.build(recFilter());
     }
-    if (given(L"dv.file")) {
-        recFile_ = dvSettings_.getS(L"dv.file");
-        playFile_ = recFile_;
+    if (failed != frontend::BuildStep::none) {
+        return giveUp(failed);
     }
-    setDeinterlace(videoSettings_.defined(L"video.deinterlace") &&
-                   videoSettings_.get(L"video.deinterlace").getB());
-    if (videoSettings_.defined(L"video.filter")) {
-        videoFilter_ = videoSettings_.get(L"video.filter").getI();
+    runPlay(window);
+    return true;
+}
+
+bool dvFrontEnd::giveUp(frontend::BuildStep failed) {
+    capture_.stop();
+    capture_.release(true);
+    play_.release(true);
+    hide(true);
+    const vcore::str text =
+        vcore::str(L"no video - init - ") + vcore::str::toStr(static_cast<int>(failed)).oleStr();
+    return refuse(text.oleStr());
+}
+
+bool dvFrontEnd::buildPlayOnly(HWND window, int from, int to, const char* name) {
+    log("playinit", true);
+    const frontend::Log::Scope scope(log_);
+    if (capture_.built() || play_.built()) {
+        takeApart();
     }
+    hold_.take();
+    setWindow(window);
+    if (!play_.buildAlone(from, to, name)) {
+        play_.release(true);
+        hide(true);
+        return refuse(L"no video - playinit");
+    }
+    runPlay(window);
+    return true;
+}
+
+/// Shows the video and starts it: the last step of both builds.
+void dvFrontEnd::runPlay(HWND window) {
+    present(window);
+    play_.run();
+    initialised_ = true;
+}
+
+bool dvFrontEnd::refuse(const wchar_t* text) {
+    log("error", true);
+    log(vcore::str(text).getStr(), false);
+    const frontend::Log::Scope scope(log_);
+    takeApart();
+    return false;
+}
+
+void dvFrontEnd::takeApart() {
+    log("done", false);
+    const frontend::Log::Scope scope(log_);
+    if (initialised_) {
+        play_.revoke();
+        capture_.revoke();
+    }
+    play_.endFilter();
+    recFilter().done();
+    capture_.closeFilters();
+    play_.closeFilters();
+    play_.release(false);
+    capture_.release(false);
+    hide(true);
+    initialised_ = false;
+}
+
+bool dvFrontEnd::_initVideoWindow() {
+    return play_.makeRenderer();
+}
+
+bool dvFrontEnd::_configureVideoWindow() {
+    return play_.preferBob();
 }
 
 bool dvFrontEnd::initRecord() {
-    if (recFile_ != defaultFile) {
+    if (settings_.recFile != defaultFile) {
         return true;
     }
     vcore::str root;
@@ -98,9 +182,74 @@ bool dvFrontEnd::initRecord() {
         MessageBoxA(nullptr, "Not enough disk space for video replay!", "Tarvex", MB_OK);
         return false;
     }
-    recFile_ = root + defaultFile;
-    playFile_ = recFile_;
+    settings_.recFile = root + defaultFile;
+    settings_.playFile = settings_.recFile;
     return true;
+}
+
+bool dvFrontEnd::present(HWND window) {
+    log("show", false);
+    const frontend::Log::Scope scope(log_);
+    if (!moveInto(window)) {
+        return false;
+    }
+    // A play graph alone is shown as it is; building the capture graph would end its replay.
+    if (!capture_.built() && !play_.built()) {
+        return build(window);
+    }
+    placeVideo();
+    return true;
+}
+
+/// Puts the widget into `window` and shows it there; null: takes it out. A widget outside of any host would
+/// be a bare popup on the desktop, so there it is hidden.
+bool dvFrontEnd::moveInto(HWND window) {
+    if (!window) {
+        takeOut();
+        return true;
+    }
+    RECT area{};
+    if (!GetClientRect(window, &area)) {
+        return false;
+    }
+    resize(area.right, area.bottom);
+    return reparent(window) && show(true);
+}
+
+void dvFrontEnd::placeVideo() {
+    const dvVideoWindow& video = play_.window();
+    if (!video) {
+        return;
+    }
+    RECT area{};
+    GetClientRect(handle(), &area);
+    video->put_Owner(reinterpret_cast<OAHWND>(handle()));
+    video->put_MessageDrain(reinterpret_cast<OAHWND>(hostWindow_));
+    video->put_WindowStyle(WS_CHILD | WS_CLIPSIBLINGS | WS_CLIPCHILDREN);
+    video->SetWindowPosition(0, 0, area.right, area.bottom);
+    video->put_Visible(OATRUE);
+}
+
+bool dvFrontEnd::hideWindow() {
+    log("hide", false);
+    const frontend::Log::Scope scope(log_);
+    takeOut();
+    return true;
+}
+
+void dvFrontEnd::takeOut() {
+    hide(true);
+    reparent(nullptr);
+    if (play_.window()) {
+        play_.window()->put_MessageDrain(reinterpret_cast<OAHWND>(hostWindow_));
+    }
+}
+
+void dvFrontEnd::destroyEvent() {
+    log("destroy", false);
+    const frontend::Log::Scope scope(log_);
+    takeOut();
+    hostWindow_ = nullptr;
 }
 
 void dvFrontEnd::setWindow(HWND window) {
@@ -109,145 +258,212 @@ void dvFrontEnd::setWindow(HWND window) {
     }
 }
 
+bool dvFrontEnd::setSize(int width, int height) {
+    log("setSize", true);
+    const frontend::Log::Scope scope(log_);
+    const dvVideoWindow& video = play_.window();
+    if (!video) {
+        return false;
+    }
+    video->put_Width(width);
+    video->put_Height(height);
+    resize(width, height);
+    invalidate();
+    return true;
+}
+
+bool dvFrontEnd::setPos(int x, int y) {
+    log("setPos", true);
+    const frontend::Log::Scope scope(log_);
+    const dvVideoWindow& video = play_.window();
+    if (!video) {
+        return false;
+    }
+    video->put_Left(x);
+    video->put_Top(y);
+    invalidate();
+    return true;
+}
+
 void dvFrontEnd::resizeEvent(int, int) {}
 
 void dvFrontEnd::timerEvent(char) {}
 
+bool dvFrontEnd::live() {
+    log("live", true);
+    const frontend::Log::Scope scope(log_);
+    return playFilter().live();
+}
+
+bool dvFrontEnd::pause() {
+    log("pause", true);
+    const frontend::Log::Scope scope(log_);
+    return playFilter().setPause(true);
+}
+
+bool dvFrontEnd::resume() {
+    log("resume", true);
+    const frontend::Log::Scope scope(log_);
+    return playFilter().setPause(false);
+}
+
+bool dvFrontEnd::replay(unsigned long long from, unsigned long long to, const wchar_t* file) {
+    log("replay", true);
+    const frontend::Log::Scope scope(log_);
+    if (!play_.built()) {
+        return false;
+    }
+    return playFilter().play(from, to, file && *file ? file : settings_.playFile.oleStr(), 1.0,
+                             settings_.playDelay_ms, settings_.maxPlayFrames);
+}
+
+bool dvFrontEnd::setSpeed(double factor) {
+    log("speed", true);
+    const frontend::Log::Scope scope(log_);
+    return playFilter().setSpeed(factor);
+}
+
+bool dvFrontEnd::seekPosition(unsigned long long frame) {
+    log("seek", true);
+    const frontend::Log::Scope scope(log_);
+    playFilter().seekFrame(static_cast<long long>(frame));
+    return true;
+}
+
+bool dvFrontEnd::startRecord(const wchar_t* file) {
+    log("startRecord", true);
+    const frontend::Log::Scope scope(log_);
+    elements_.clear();
+    const bool started = recFilter().store().startRecord(file && *file ? file : settings_.recFile.oleStr());
+    playFilter().setRecording(started);
+    playFilter().reset();
+    return started;
+}
+
+void dvFrontEnd::stopRecord() {
+    log("stopRecord", true);
+    const frontend::Log::Scope scope(log_);
+    playFilter().setRecording(false);
+    recFilter().store().stopRecord();
+}
+
 bool dvFrontEnd::call(const char* text) {
     vcore::str marker;
     marker = text;
-    const vcore::str logged = control_ ? marker : vcore::str(L"_") + marker.oleStr();
+    const vcore::str logged = settings_.control ? marker : vcore::str(L"_") + marker.oleStr();
     log(logged.getStr(), false);
-    const LogScope scope(*this);
-    if (!control_) {
+    const frontend::Log::Scope scope(log_);
+    if (!settings_.control) {
         return true;
     }
     if (marker.startsWith(L"XI") || marker.startsWith(L"XO")) {
-        setElementPoint(marker.oleStr());
+        elements_.set(marker);
     } else if (marker.startsWith(L"XR")) {
-        timeBase_ms_ = GetTickCount();
-        timeOffset_ms_ = 0;
-    } else if (marker.startsWith(L"Z+") && timeOffset_ms_ == 0) {
-        timeOffset_ms_ = GetTickCount() - timeBase_ms_;
+        markerClock_.start();
+    } else if (marker.startsWith(L"Z+")) {
+        markerClock_.stop();
     }
     return true;
 }
 
-/// Takes the point from a marker "XInnFRAME" or "XOnnFRAME".
-void dvFrontEnd::setElementPoint(const wchar_t* text) {
-    vcore::str marker;
-    marker = text;
-    const vcore::str number(marker.mid(2, 2));
-    const long element = number.toLong();
-    if (number.len() < 2 || element < 0 || element >= elementCount) {
-        return;
-    }
-    const long frame = vcore::str(marker.mid(4)).toLong();
-    (text[1] == L'I' ? elementIn_ : elementOut_)[static_cast<size_t>(element)] = frame;
-}
-
 bool dvFrontEnd::playElement(int element) {
-    if (element < 1 || element >= elementCount) {
-        return false;
-    }
-    const long long in = elementIn_[static_cast<size_t>(element)];
-    const long long out = elementOut_[static_cast<size_t>(element)];
-    return in >= 0 && out >= 0 &&
-           replay(static_cast<unsigned long long>(in), static_cast<unsigned long long>(out), nullptr);
+    const auto range = elements_.range(element);
+    return range && replay(range->first, range->second, nullptr);
 }
 
 void dvFrontEnd::setInput(int input) {
-    input_ = input;
+    settings_.input = input;
 }
 
 void dvFrontEnd::setRecFile(const wchar_t* name) {
-    recFile_ = name;
+    settings_.recFile = name;
 }
 
 void dvFrontEnd::setPlayFile(const wchar_t* name) {
-    playFile_ = name;
+    settings_.playFile = name;
 }
 
 void dvFrontEnd::setRemoteFile(const wchar_t* name) {
-    recFilter_.store().setRemoteFile(name);
+    recFilter().store().setRemoteFile(name);
 }
 
 void dvFrontEnd::setMaxRecFrames(unsigned long frames) {
-    maxRecFrames_ = frames;
+    settings_.maxRecFrames = frames;
 }
 
 void dvFrontEnd::setMaxPlayFrames(unsigned long frames) {
-    maxPlayFrames_ = frames;
+    settings_.maxPlayFrames = frames;
 }
 
 void dvFrontEnd::setPlayDelay(int ms) {
-    playDelay_ms_ = ms;
+    settings_.playDelay_ms = ms;
 }
 
 void dvFrontEnd::setMaxFilesize(unsigned long frames) {
-    recFilter_.store().setMaxFilesize(static_cast<long long>(frames));
+    recFilter().store().setMaxFilesize(static_cast<long long>(frames));
 }
 
 void dvFrontEnd::setDeinterlace(bool on) {
     log(on ? "marvo set deinterlacing on" : "marvo set deinterlacing off", true);
-    deinterlace_ = on;
+    settings_.deinterlace = on;
 }
 
 HWND dvFrontEnd::setInfoDrain(HWND window, unsigned message, play_info* info) {
-    return playFilter_.setInfoDrain(window, message, info);
+    return playFilter().setInfoDrain(window, message, info);
 }
 
 void dvFrontEnd::getRecFilename(char* buffer) {
-    recFile_.copyTo(buffer);
+    settings_.recFile.copyTo(buffer);
 }
 
 dvRecFilter& dvFrontEnd::recFilter() {
-    return recFilter_;
+    return capture_.filter();
 }
 
 dvPlayFilter& dvFrontEnd::playFilter() {
-    return playFilter_;
+    return play_.filter();
 }
 
 bool dvFrontEnd::paused() {
-    return playFilter_.paused();
+    return playFilter().paused();
 }
 
 bool dvFrontEnd::playing() {
-    return playFilter_.playing();
+    return playFilter().playing();
 }
 
 double dvFrontEnd::speed() {
-    return playFilter_.speed();
+    return playFilter().speed();
 }
 
 unsigned long long dvFrontEnd::lastFrame() {
-    return recFilter_.store().lastFrame();
+    return recFilter().store().lastFrame();
 }
 
 unsigned long long dvFrontEnd::playedFrame() {
-    return playFilter_.playedFrame();
+    return playFilter().playedFrame();
 }
 
 unsigned long long dvFrontEnd::writtenFrame() {
-    return recFilter_.store().writtenFrame();
+    return recFilter().store().writtenFrame();
 }
 
 unsigned long dvFrontEnd::frameSize() {
-    return recFilter_.store().frameSize();
+    return recFilter().store().frameSize();
 }
 
 unsigned long dvFrontEnd::framesPerSecond() {
-    return recFilter_.store().framesPerSecond();
+    return recFilter().store().framesPerSecond();
 }
 
 unsigned long dvFrontEnd::frameCount() {
-    return recFilter_.frameCount();
+    return recFilter().frameCount();
 }
 
 int dvFrontEnd::getTime() {
     const unsigned long msPerFrame = 1000 / framesPerSecond();
-    return static_cast<int>(msPerFrame * static_cast<std::uint32_t>(playedFrame()) - timeOffset_ms_);
+    return static_cast<int>(msPerFrame * static_cast<std::uint32_t>(playedFrame()) -
+                            markerClock_.offset_ms());
 }
 
 int dvFrontEnd::getRawTime() {
@@ -255,37 +471,22 @@ int dvFrontEnd::getRawTime() {
 }
 
 void dvFrontEnd::log(const char* text, bool suppressible) {
-    if (!logFile_.opened() || (suppressible && !logging_) || !text) {
-        return;
-    }
-    const SYSTEMTIME now = localTime();
-    const int depth = logDepth_;
-    char prefix[64];
-    int length = std::snprintf(prefix, sizeof(prefix), "%02d:%02d:%02d.%03d[%05d]:", now.wHour, now.wMinute,
-                               now.wSecond, now.wMilliseconds, static_cast<int>(GetCurrentThreadId()));
-    if (depth < 1) {
-        length += std::snprintf(prefix + length, sizeof(prefix) - length, "  ");
-    } else {
-        length += std::snprintf(prefix + length, sizeof(prefix) - length, "%d ", depth);
-    }
-    const std::string line = prefix + onOneLine(text) + "\r\n";
-    unsigned long written = 0;
-    logFile_.write(line.data(), static_cast<unsigned long>(line.size()), &written);
+    log_.write(text, suppressible);
 }
 
 void dvFrontEnd::logBegin() {
-    ++logDepth_;
+    log_.deeper();
 }
 
 void dvFrontEnd::logEnd() {
-    --logDepth_;
+    log_.shallower();
 }
 
 void dvFrontEnd::onRecInfo(unsigned long long last, unsigned long long written, unsigned long poolSize) {
     vcore::timed_guard lock(recInfoLock_, 500);
     const auto backlog = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(last) - static_cast<std::uint32_t>(written) - backlogAllowance_frames);
-    playFilter_.setBreaker(static_cast<unsigned long>(std::clamp(backlog, 0, longestBreaker_ms)));
+    playFilter().setBreaker(static_cast<unsigned long>(std::clamp(backlog, 0, longestBreaker_ms)));
     emitSignal(L"recInfo", 20, last, written, poolSize);
 }
 

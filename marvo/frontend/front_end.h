@@ -1,19 +1,19 @@
+/// @file
+/// The front end `dvFE`: what a host calls.
 #pragma once
 
-#include "marvo/com/com_fg.h"
-#include "marvo/com/com_filter.h"
-#include "marvo/com/video_window.h"
-#include "marvo/core/file.h"
-#include "marvo/core/inifile.h"
 #include "marvo/core/semaphore.h"
-#include "marvo/core/str.h"
+#include "marvo/frontend/build_step.h"
+#include "marvo/frontend/capture_graph.h"
+#include "marvo/frontend/elements.h"
+#include "marvo/frontend/library_hold.h"
+#include "marvo/frontend/log.h"
+#include "marvo/frontend/marker_clock.h"
+#include "marvo/frontend/play_graph.h"
+#include "marvo/frontend/settings.h"
+#include "marvo/frontend/settings_files.h"
 #include "marvo/gui/widget.h"
-#include "marvo/replay/play_filter.h"
 #include "marvo/replay/play_info.h"
-#include "marvo/replay/record_filter.h"
-
-#include <array>
-#include <atomic>
 
 /// The one object that a host drives: the exported global `dvFE`. It owns the capture graph (capture device,
 /// DV splitter, record filter with the frame store), the play graph (play filter, DV decoder, renderer), the
@@ -24,17 +24,10 @@
 /// replaying, `done` and a failing `init` to not built, from where `init` may be called again.
 ///
 /// Settings are read once, at construction, from "dv.ini" and "video.ini" in the current directory:
+/// docs/settings.md has the keys. Nothing is written to these files.
 ///
-/// | key                 | default   | meaning                                                                  |
-/// |---------------------|-----------|--------------------------------------------------------------------------|
-/// | "dv.control"        | true      | `call` interprets markers                                                |
-/// | "dv.logging"        | true      | suppressible log lines are written                                       |
-/// | "dv.maxfilesize"    | no limit  | see `setMaxFilesize`                                                     |
-/// | "dv.playdelay"      | 100       | see `setPlayDelay`                                                       |
-/// | "dv.input"          | 0         | see `setInput`                                                           |
-/// | "dv.file"           | "temp.dv" | file for recording and replay; "temp.dv" means: on the drive with most space |
-/// | "video.deinterlace" | false     | see `setDeinterlace`                                                     |
-/// | "video.filter"      | -1        | 1: every stream's deinterlacing is switched off once the renderer is made |
+/// While an engine is built, the library holds itself loaded: a `FreeLibrary` of the host's then takes effect
+/// with `done`, which returns safely all the same. A process that ends without `done` still ends.
 ///
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
@@ -57,10 +50,12 @@ public:
     /// @{
 
     /// Builds and runs both graphs and shows the live picture in `window`. Waits up to 5 s for the first
-    /// captured frames; none is no failure. When the capture graph is built already, only shows the video in
-    /// `window`. The flag is reserved. False when a step fails: everything is released, and `onError` is
-    /// called once with "no video - init - <step>", or, without a capture device, the log says so and
-    /// `onError` is not called.
+    /// captured frames; none is no failure. A null window, or one that the picture cannot be put into, is
+    /// none either: capture runs, and the picture is hidden until `showWindow`. When the capture graph is
+    /// built already, as `showWindow`. The flag is reserved. False when a step fails: everything is released,
+    /// and `onError` is called once with "no video - init - <step>" (the numbers are those of
+    /// `frontend::BuildStep`; 7 also for a ring of 0 frames), or, without a capture device, the log says so
+    /// and `onError` is not called.
     bool init(HWND window, bool flag);
 
     /// Builds a play graph alone, which replays frames `from` to `to` of the recording `name` in `window`;
@@ -78,7 +73,9 @@ public:
     /// for the user.
     bool initRecord();
 
-    /// Ends the filters' threads, frees their rings and releases both graphs. Harmless when nothing is built.
+    /// Ends the filters' threads, the recording and the replay, frees the rings, releases both graphs and
+    /// hides the video. Harmless when nothing is built. When the host has given up the library before, it is
+    /// unloaded as soon as this call has returned; the object must then not be touched any more.
     void done();
 
     /// Logs "error" and takes everything apart. Always false.
@@ -95,11 +92,12 @@ public:
     /// @name The video's window
     /// @{
 
-    /// Fits the video into `window` and shows it there (null: in the video's own window). Builds the graphs
-    /// when none is built. False when that fails.
+    /// Fits the video into `window` and shows it there. Null takes it out of the host's window, as
+    /// `hideWindow`. Builds the graphs when none is built. False when that fails, and, with nothing changed,
+    /// when the video cannot be put into the window.
     bool showWindow(HWND window);
 
-    /// Takes the video out of the host's window. Always true.
+    /// Takes the video out of the host's window and hides it. Always true.
     bool hideWindow();
 
     /// Sets the size of the video in pixels. False when there is no video window.
@@ -139,7 +137,8 @@ public:
     /// Frames per tick: fractions slow down, negative values go backward, 0 holds.
     bool setSpeed(double factor);
 
-    /// Shows `frame` next, in a replay wrapped into its range. Always true.
+    /// Shows `frame` next, in a replay wrapped into its range. Live, a frame that was not captured yet holds
+    /// the picture until `live`, or until it is captured. Always true.
     bool seekPosition(unsigned long long frame);
 
     /// Records into `file` or, when null or empty, the recording file. Frame numbers begin again at 0, play
@@ -177,7 +176,7 @@ public:
     void setPlayFile(const wchar_t* name);
     /// Stored in the frame store; the engine does not use it.
     void setRemoteFile(const wchar_t* name);
-    /// Frames the record filter's ring holds, for the next `init`.
+    /// Frames the record filter's ring holds, for the next `init`, which fails with 0.
     void setMaxRecFrames(unsigned long frames);
     /// Frames a replay may hold in memory, for the next `replay`.
     void setMaxPlayFrames(unsigned long frames);
@@ -208,11 +207,11 @@ public:
     bool playing();
     /// Frames per tick.
     double speed();
-    /// One past the newest captured frame.
+    /// One past the newest captured frame; 0 before the first `init`, all ones (2^64 - 1) after `done`.
     unsigned long long lastFrame();
     /// The frame being shown, all ones before the first.
     unsigned long long playedFrame();
-    /// The frame the writer takes next.
+    /// The frame the writer takes next; 0 before the first `init`, all ones (2^64 - 1) after `done`.
     unsigned long long writtenFrame();
     /// Bytes of one DV frame; 0 before `init`.
     unsigned long frameSize();
@@ -232,8 +231,8 @@ public:
     /// @{
 
     /// Writes a line to the log: local time, thread, depth, and `text` without line ends and tabs.
-    /// Suppressible lines are left out when "dv.logging" is off. Not locked: of lines that two threads write
-    /// at once one may be lost.
+    /// Suppressible lines are left out when "dv.logging" is off. From any thread; lines of several threads
+    /// stand one behind the other.
     void log(const char* text, bool suppressible);
     /// Raises the depth shown in log lines.
     void logBegin();
@@ -252,56 +251,30 @@ public:
     void onPlayTime();
 
 private:
-    class LogScope;
-
-    static constexpr int elementCount = 128;
-
-    void readSettings();
-    void setElementPoint(const wchar_t* text);
-    int buildCapture();
-    void awaitFirstFrames();
-    int buildPlay();
-    int connectPlay();
-    bool giveUp(int failedStep);
-    void switchOffDeinterlacing();
+    bool build(HWND window);
+    bool buildPlayOnly(HWND window, int from, int to, const char* name);
+    bool giveUp(frontend::BuildStep failed);
+    bool refuse(const wchar_t* text);
+    bool settle(bool result);
+    void takeApart();
     void runPlay(HWND window);
+    bool present(HWND window);
+    bool moveInto(HWND window);
+    void takeOut();
     void placeVideo();
-    void takeBack();
-    void releaseVideoWindow();
 
+    frontend::LibraryHold hold_;
     bool initialised_ = false;
-    vcore::iniFile settings_;
-    vcore::iniFile dvSettings_;
-    vcore::iniFile videoSettings_;
-    vwin::com_fg captureGraph_;
-    vwin::com_filter source_;
-    vwin::com_filter splitter_;
-    dvRecFilter recFilter_;
-    vwin::com_fg playGraph_;
-    dvPlayFilter playFilter_;
-    vwin::com_filter decoder_;
-    vwin::com_filter renderer_;
-    dvVideoWindow videoWindow_;
+    frontend::SettingsFiles settingsFiles_;
+    frontend::Settings settings_;
+    frontend::Log log_;
+    frontend::CaptureGraph capture_;
+    frontend::PlayGraph play_;
     vwin::vWidget videoWidget_;
-    vcore::str recFile_;
-    vcore::str playFile_;
-    int input_ = 0;
-    int playDelay_ms_ = 100;
-    bool logging_ = true;
-    bool control_ = true;
-    int videoFilter_ = -1;
-    bool deinterlace_ = false;
-    unsigned long maxPlayFrames_ = 50;
-    unsigned long maxRecFrames_ = 50;
     vcore::semaphore recInfoLock_;
-    /// First and last frame of each element; negative: unset.
-    std::array<long long, elementCount> elementIn_;
-    std::array<long long, elementCount> elementOut_;
+    frontend::Elements elements_;
     HWND hostWindow_ = nullptr;
-    vcore::file logFile_;
-    std::atomic<int> logDepth_ = 0;
-    unsigned long timeOffset_ms_ = 0;
-    unsigned long timeBase_ms_ = 0;
+    frontend::MarkerClock markerClock_;
 };
 
 /// The front end of this process, made when the library is loaded.

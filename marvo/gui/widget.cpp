@@ -9,9 +9,9 @@ namespace vwin {
 
 namespace {
 
-constexpr UINT owner_wait_ms = 300;
+constexpr UINT ownerWait_ms = 300;
 /// Asks the window's own thread to put it into the host window in lParam (null: give it back).
-constexpr UINT message_reparent = WM_APP + 0x52;
+constexpr UINT reparentMessage = WM_APP + 0x52;
 
 /// The module that this code is in, whatever program loaded it.
 HINSTANCE thisModule() {
@@ -37,7 +37,7 @@ vWidget::vWidget() : vWidget(L"VIDEOFRAME", 0) {}
 
 vWidget::vWidget(const wchar_t* className, unsigned long style) : style_(style) {
     if (className != nullptr) {
-        std::wcsncpy(class_name_, className, class_name_size - 1);
+        std::wcsncpy(className_, className, classNameSize - 1);
     }
 }
 
@@ -49,7 +49,7 @@ vWidget::~vWidget() {
         retire(window);
     }
     // Fails while another widget has a window of the class, which is as it should be.
-    UnregisterClassW(class_name_, thisModule());
+    UnregisterClassW(className_, thisModule());
 }
 
 void vWidget::destroyEvent() {}
@@ -96,7 +96,7 @@ bool vWidget::resize(int width, int height) {
 
 bool vWidget::invalidate() {
     HWND window = window_.load();
-    return window != nullptr && InvalidateRect(window, nullptr, erase_background_) != FALSE;
+    return window != nullptr && InvalidateRect(window, nullptr, eraseBackground_) != FALSE;
 }
 
 bool vWidget::reparent(HWND host) {
@@ -115,8 +115,8 @@ bool vWidget::reparent(HWND host) {
     }
 
     DWORD_PTR moved = FALSE;
-    if (SendMessageTimeoutW(window, message_reparent, 0, reinterpret_cast<LPARAM>(host),
-                            SMTO_NORMAL | SMTO_ABORTIFHUNG, owner_wait_ms, &moved) != 0) {
+    if (SendMessageTimeoutW(window, reparentMessage, 0, reinterpret_cast<LPARAM>(host),
+                            SMTO_NORMAL | SMTO_ABORTIFHUNG, ownerWait_ms, &moved) != 0) {
         return moved != FALSE;
     }
     const bool wasVisible = visible();
@@ -130,7 +130,7 @@ bool vWidget::reparent(HWND host) {
 }
 
 void vWidget::setEraseBackground(bool on) {
-    erase_background_ = on;
+    eraseBackground_ = on;
 }
 
 HWND vWidget::handle() {
@@ -150,10 +150,10 @@ LRESULT CALLBACK vWidget::windowProc(HWND window, UINT message, WPARAM wParam, L
 
 LRESULT vWidget::handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-    case message_reparent:
+    case reparentMessage:
         return moveInto(window, reinterpret_cast<HWND>(lParam));
     case WM_ERASEBKGND:
-        if (!erase_background_) {
+        if (!eraseBackground_) {
             return TRUE;
         }
         break;
@@ -202,13 +202,13 @@ HWND vWidget::create() {
     windowClass.hInstance = thisModule();
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));
     windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
-    windowClass.lpszClassName = class_name_;
+    windowClass.lpszClassName = className_;
     if (RegisterClassW(&windowClass) == 0 && GetLastError() != ERROR_CLASS_ALREADY_EXISTS) {
         return nullptr;
     }
     HWND window =
-        CreateWindowExW(WS_EX_TOOLWINDOW, class_name_, L"", WS_POPUP | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, 0,
-                        0, 0, 0, nullptr, nullptr, thisModule(), this);
+        CreateWindowExW(WS_EX_TOOLWINDOW, className_, L"", WS_POPUP | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, 0, 0,
+                        0, 0, nullptr, nullptr, thisModule(), this);
     window_ = window;
     return window;
 }
@@ -228,13 +228,14 @@ void vWidget::retire(HWND window) {
 
 bool vWidget::moveInto(HWND window, HWND host) {
     const bool child = host != nullptr;
+    const LONG_PTR before = GetWindowLongPtrW(window, GWL_STYLE);
     const LONG_PTR style = commonStyle(window) | (child ? WS_CHILD : WS_POPUP);
     // A window must be a child before it gets a parent, and lose its parent before it is a popup again.
     if (child) {
         SetWindowLongPtrW(window, GWL_STYLE, style);
     }
     if (SetParent(window, host) == nullptr) {
-        SetWindowLongPtrW(window, GWL_STYLE, commonStyle(window) | WS_POPUP);
+        SetWindowLongPtrW(window, GWL_STYLE, before);
         return false;
     }
     if (!child) {

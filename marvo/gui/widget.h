@@ -51,6 +51,8 @@ public:
     /// Puts the window as a child into the client area of `host`, at its upper left corner; null gives it
     /// back to its own parent, the desktop, as a popup. Shown or hidden stays as it was.
     ///
+    /// False, and nothing changes, when `host` is no window or cannot be its parent.
+    ///
     /// From a thread that does not own the window the owner is asked to do it. An owner that does not answer
     /// is given up: the old window is left to it, hidden and to be closed, and a new window is made on this
     /// thread.
@@ -71,11 +73,11 @@ private:
     void retire(HWND window);
     static bool moveInto(HWND window, HWND host);
 
-    static constexpr size_t class_name_size = 64;
+    static constexpr size_t classNameSize = 64;
 
-    wchar_t class_name_[class_name_size] = {};
+    wchar_t className_[classNameSize] = {};
     unsigned long style_ = 0;
-    std::atomic<bool> erase_background_ = true;
+    std::atomic<bool> eraseBackground_ = true;
     std::atomic<HWND> window_ = nullptr;
 };
 

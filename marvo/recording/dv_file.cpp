@@ -34,18 +34,21 @@ void dvFile::_updateAlignment(const wchar_t* name) {
     }
 }
 
-bool dvFile::_openUnbuffered(const wchar_t* name, unsigned long access, unsigned long share,
-                             unsigned long creation) {
+bool dvFile::openAligned(const wchar_t* name, unsigned long access, unsigned long share,
+                         unsigned long creation, unsigned long sector) {
     close();
     if (!name || !*name) {
         return false;
     }
     setName(name);
-    HANDLE handle = CreateFileW(name, access, share, nullptr, creation,
-                                FILE_ATTRIBUTE_NORMAL | FILE_FLAG_NO_BUFFERING, nullptr);
-    if (!attach(handle)) {
+    const DWORD flags = FILE_ATTRIBUTE_NORMAL | (sector == 0 ? FILE_FLAG_NO_BUFFERING : 0);
+    if (!attach(CreateFileW(name, access, share, nullptr, creation, flags, nullptr))) {
         return false;
     }
-    _updateAlignment(name);
+    if (sector == 0) {
+        _updateAlignment(name);
+    } else {
+        alignment_ = sector;
+    }
     return true;
 }

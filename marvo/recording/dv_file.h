@@ -1,7 +1,10 @@
+/// @file
+/// What writer and reader of a raw DV recording share.
 #pragma once
 
 #include "marvo/core/file.h"
 #include "marvo/core/sector_memory.h"
+#include "marvo/recording/record_buffer.h"
 #include "marvo/video/media_type.h"
 
 /// What writer and reader of a raw DV recording share: the geometry of a record, a buffer for one record, and
@@ -25,7 +28,7 @@
 class MARVO_API dvFile : public vcore::file {
 public:
     /// Bytes in front of each frame in a record.
-    static constexpr unsigned long headerSize = 8;
+    static constexpr unsigned long headerSize = recording::headerBytes;
 
     /// Frames above this size are refused.
     static constexpr unsigned long maxFrameSize = vdv::maxFrameBytes;
@@ -63,11 +66,12 @@ protected:
     /// stays.
     void _updateAlignment(const wchar_t* name);
 
-    /// Closes what is open, opens `name` with the given Win32 access, sharing and creation disposition,
-    /// without the system's cache, and takes the volume's alignment. False when the system refuses; nothing
-    /// is open then.
-    bool _openUnbuffered(const wchar_t* name, unsigned long access, unsigned long share,
-                         unsigned long creation);
+    /// Closes what is open, opens `name` with the given Win32 access, sharing and creation disposition, and
+    /// takes the alignment: that of the volume for a `sector` of 0, and the file passes the system's cache
+    /// by; otherwise `sector`, and the file is read through the cache, which suits any alignment. False when
+    /// the system refuses; nothing is open then.
+    bool openAligned(const wchar_t* name, unsigned long access, unsigned long share, unsigned long creation,
+                     unsigned long sector = 0);
 
     /// What `type` tells.
     vvideo::dvMediaType type_;

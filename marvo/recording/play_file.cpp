@@ -6,27 +6,29 @@
 namespace {
 
 /// Taken when a recording does not say its frame size: a 625/50 DV frame.
-constexpr unsigned long defaultFrameSize = 144000;
-
-struct RecordHeader {
-    std::uint32_t frameSize;
-    std::uint32_t timePerFrame_100ns;
-};
-static_assert(sizeof(RecordHeader) == dvFile::headerSize);
+constexpr unsigned long defaultFrameSize = vdv::palFrameBytes;
 
 } // namespace
 
 bool dvPlayFile::open(const wchar_t* name, unsigned long frameSize) {
+    return openWith(name, frameSize, 0);
+}
+
+bool dvPlayFile::openMadeElsewhere(const wchar_t* name, unsigned long sector) {
+    return openWith(name, 0, sector);
+}
+
+bool dvPlayFile::openWith(const wchar_t* name, unsigned long frameSize, unsigned long sector) {
     frameCount_ = 0;
-    if (!_openUnbuffered(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING)) {
+    if (!openAligned(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, sector)) {
         return false;
     }
-    RecordHeader header{};
+    recording::RecordHeader header{};
     if (frameSize == 0) {
-        const unsigned long sector = alignSize(headerSize);
-        const SectorBuffer first = allocSectors(sector);
+        const unsigned long head = alignSize(headerSize);
+        const SectorBuffer first = allocSectors(head);
         unsigned long got = 0;
-        if (first && vcore::file::read(first.get(), sector, &got) && got >= headerSize) {
+        if (first && vcore::file::read(first.get(), head, &got) && got >= headerSize) {
             std::memcpy(&header, first.get(), sizeof(header));
         }
         seek(0);

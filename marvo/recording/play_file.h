@@ -1,3 +1,5 @@
+/// @file
+/// The reader of raw DV recordings.
 #pragma once
 
 #include "marvo/recording/dv_file.h"
@@ -13,6 +15,10 @@ public:
     /// when the record says 0 or the file is empty), as is the time per frame when the record gives one.
     /// False when the file cannot be opened or its first record names an impossible frame size.
     virtual bool open(const wchar_t* name, unsigned long frameSize);
+
+    /// The same, with a frame size of 0, for a recording that was made on a volume with sectors of `sector`
+    /// bytes (not 0) and may lie on another one now.
+    bool openMadeElsewhere(const wchar_t* name, unsigned long sector);
 
     /// Counts the whole records in the file again; for a recording that grows. Nothing happens when closed.
     void refresh();
@@ -44,6 +50,7 @@ public:
     long long shortedFrame(long long frame) const;
 
 private:
+    bool openWith(const wchar_t* name, unsigned long frameSize, unsigned long sector);
     bool readRecord(unsigned long& got);
 
     unsigned long frameCount_ = 0;

@@ -2,11 +2,12 @@
 /// A recording that is read, of whatever kind.
 #pragma once
 
+#include "marvo/recording/input_file.h"
 #include "marvo/recording/kind.h"
 #include "marvo/recording/record_buffer.h"
 #include "marvo/video/media_type.h"
 
-#include <memory>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,7 +35,6 @@ public:
             cutOff,       ///< something is missing; `text` says what
         };
         State state = State::finished; ///< see there
-        unsigned long long bytes = 0;  ///< bytes behind the last whole frame that belong to none
         std::string text;              ///< in words, for people; empty when finished
     };
 
@@ -45,6 +45,11 @@ public:
         unsigned long long value; ///< the number
     };
 
+    /// Told of one thing that is wrong with a file: where, in bytes from its start, and what.
+    using FaultCall = std::function<void(unsigned long long offset, const std::string& text)>;
+    /// Told now and then how many bytes of how many are done; false ends the work early.
+    using ProgressCall = std::function<bool(unsigned long long done, unsigned long long all)>;
+
     virtual ~Reader() = default;
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
@@ -53,6 +58,8 @@ public:
     virtual Kind kind() const = 0;
     /// The name that the recording was opened under.
     const std::wstring& name() const { return name_; }
+    /// Bytes of the file at this moment.
+    unsigned long long fileBytes() const;
 
     /// Whole frames in the file when it was opened or refreshed last.
     virtual unsigned long long frames() const = 0;
@@ -64,20 +71,32 @@ public:
     /// Bytes that the buffer given to `read` needs.
     virtual unsigned long bufferBytes() const = 0;
     /// Describes the video in `type`, whose former content is freed.
-    virtual void describe(vvideo::dvMediaType& type) const = 0;
+    virtual void describe(vvideo::dvMediaType& type) const;
 
     /// Where `frame` stands; false when there is no such frame.
     virtual bool place(unsigned long long frame, Place& place) const = 0;
     /// Reads `frame` into `buffer`, whose `frameBytes` then tell its size. False, with the reason in `error`,
     /// when it is not there as a whole or the buffer is too small.
+    ///
+    /// The number `frames` is the end of the recording and fails. What lies beyond fails as well, but in a
+    /// raw recording: there it means the last frame (deliberate, as in `dvPlayFile`, so that a replay whose
+    /// out point lies beyond the end goes on). Whoever follows a growing recording refreshes before.
     virtual bool read(unsigned long long frame, RecordBuffer& buffer) = 0;
-    /// Why the last operation failed, in words and without a line end; empty when none has failed.
+    /// Reads up to `bytes` bytes from the start of `frame`, for those who look at frames and do not need them
+    /// whole; returns how many there were.
+    std::size_t readHead(unsigned long long frame, void* to, std::size_t bytes) const;
+    /// Why the last operation failed, in words and without a line end or a full stop; empty when none has
+    /// failed.
     virtual std::wstring error() const = 0;
 
     /// How the recording ends.
-    virtual End end() const = 0;
+    End end() const;
     /// What is known of the structure.
-    virtual std::vector<Fact> facts() const = 0;
+    virtual std::vector<Fact> facts() const { return {}; }
+    /// Looks for faults in the structure, of which at most `mostFaults` are told; not at the frames
+    /// themselves. Returns how many more there are.
+    virtual unsigned long long check(const FaultCall& fault, const ProgressCall& progress,
+                                     unsigned long mostFaults) const = 0;
 
     /// Lets a read that another thread is stuck in fail as soon as the system allows, and every later one.
     /// The object stays valid.
@@ -86,8 +105,14 @@ public:
 protected:
     explicit Reader(std::wstring name) : name_(std::move(name)) {}
 
+    /// What is missing at the end of the file, in words; empty when nothing is.
+    virtual std::string whatIsMissing() const = 0;
+    /// The file for other reads than those of whole frames; opened at first use.
+    const InputFile& file() const;
+
 private:
-    std::wstring name_;
+    const std::wstring name_;
+    mutable InputFile file_;
 };
 
 } // namespace recording

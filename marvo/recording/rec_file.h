@@ -1,9 +1,10 @@
+/// @file
+/// The writer of raw DV recordings.
 #pragma once
 
 #include "marvo/recording/dv_file.h"
 
-/// Writes a raw DV recording (layout: see `dvFile`). The frame store hands it whole records, which `write`
-/// appends.
+/// Writes a raw DV recording (layout: see `dvFile`): `write` appends whole records.
 class MARVO_API dvRecFile : public dvFile {
 public:
     /// Creates `name` anew (an existing file is truncated) for writing; others may read it meanwhile, so that

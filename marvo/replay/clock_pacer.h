@@ -1,3 +1,5 @@
+/// @file
+/// The pace of a reference clock for a thread.
 #pragma once
 
 #include "marvo/core/semaphore.h"

@@ -1,13 +1,17 @@
 #include "marvo/replay/frame_loader.h"
 
 #include "marvo/core/timed_guard.h"
-#include "marvo/avi/file_io_avi.h"
-#include "marvo/recording/recording_name.h"
+#include "marvo/recording/recordings.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace {
+
+/// How long a lock is waited for ...
+constexpr unsigned long lockWait_ms = 1000;
+/// ... and by a setter, whose caller has no time.
+constexpr unsigned long setterWait_ms = 50;
 
 constexpr unsigned long idle_ms = 10;
 constexpr unsigned long join_ms = 100;
@@ -18,24 +22,36 @@ unsigned long long wrap(unsigned long long position, unsigned long long first, l
     return first + static_cast<unsigned long long>((offset % length + length) % length);
 }
 
+/// Clamps a range to what a recording of so many frames has finished. False for exactly one frame.
+bool clampRange(unsigned long long frames, unsigned long long& inPoint, unsigned long long& outPoint) {
+    // In 32 bits, so that an empty recording, which may be about to grow, clamps nothing.
+    const unsigned long last = static_cast<std::uint32_t>(frames - 1);
+    if (last == 0) {
+        return false;
+    }
+    for (unsigned long long* point : {&inPoint, &outPoint}) {
+        if (*point >= last) {
+            *point = last - 1ull;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
-dvFrameLoad::dvFrameLoad() : lock_(1, 1), fileLock_(1, 1) {}
+dvFrameLoad::dvFrameLoad() : fileLock_(1, 1), lock_(1, 1) {}
 
 dvFrameLoad::~dvFrameLoad() {
     done();
 }
 
-bool dvFrameLoad::sameFile(const wchar_t* name) const {
-    if (rawFile_.opened()) {
-        return vcore::str::compareI(rawFile_.filename().oleStr(), name) == 0;
-    }
-    return aviFile_.opened() && vcore::str::compareI(aviName_.oleStr(), name) == 0;
+bool dvFrameLoad::isOpen(const wchar_t* name) const {
+    return fileName_.len() != 0 && vcore::str::compareI(fileName_.oleStr(), name) == 0;
 }
 
 bool dvFrameLoad::loaded(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint) const {
-    vcore::timed_guard lock(lock_, 1000);
-    return name && sameFile(name) && inPoint == inPoint_ && outPoint == outPoint_;
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    return isOpen(name) && inPoint == inPoint_ && outPoint == outPoint_;
 }
 
 bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint,
@@ -43,80 +59,76 @@ bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned
     if (!name) {
         return false;
     }
+    bool sameFile = false;
     {
-        vcore::timed_guard lock(lock_, 1000);
-        if (sameFile(name)) {
-            if (inPoint == inPoint_ && outPoint == outPoint_) {
-                return true;
-            }
-            if (rawFile_.opened()) {
-                inPoint_ = loadPosition_ = requestPosition_ = inPoint;
-                outPoint_ = outPoint;
-                return true;
-            }
+        vcore::timed_guard lock(lock_, lockWait_ms);
+        sameFile = isOpen(name);
+        if (sameFile && inPoint == inPoint_ && outPoint == outPoint_) {
+            return true;
         }
+    }
+    if (sameFile) {
+        return changeRange(inPoint, outPoint);
+    }
+    std::unique_ptr<recording::Reader> reader = recording::openReader(name);
+    if (!reader || !clampRange(reader->frames(), inPoint, outPoint)) {
+        return false;
     }
     done();
-    vcore::timed_guard fileLock(fileLock_, 1000);
-    vcore::timed_guard lock(lock_, 1000);
-    unsigned long lastFrame = 0;
-    unsigned long frameSize = 0;
-    if (!openFile(name, lastFrame, frameSize)) {
+    return startReader(std::move(reader), name, maxFrames, inPoint, outPoint);
+}
+
+bool dvFrameLoad::changeRange(unsigned long long inPoint, unsigned long long outPoint) {
+    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
+    reader_->refresh();
+    if (!clampRange(reader_->frames(), inPoint, outPoint)) {
         return false;
     }
-    if (lastFrame == 0 || !startRange(inPoint, outPoint, lastFrame, frameSize, maxFrames)) {
-        closeFiles();
-        return false;
-    }
-    start();
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    setRange(inPoint, outPoint);
     return true;
 }
 
-bool dvFrameLoad::openFile(const wchar_t* name, unsigned long& lastFrame, unsigned long& frameSize) {
-    if (namesAviRecording(name)) {
-        if (!aviFile_.open(name)) {
-            return false;
-        }
-        aviName_ = name;
-        lastFrame = aviFile_.frames() - 1;
-        frameSize = aviFile_.getDataFrameSize();
-        return true;
-    }
-    if (!rawFile_.open(name, 0)) {
-        return false;
-    }
-    lastFrame = rawFile_.frameCount() - 1;
-    frameSize = rawFile_.frameSize();
-    return true;
-}
-
-bool dvFrameLoad::startRange(unsigned long long inPoint, unsigned long long outPoint, unsigned long lastFrame,
-                             unsigned long frameSize, unsigned long maxFrames) {
-    const auto clamped = [lastFrame](unsigned long long point) {
-        return point >= lastFrame ? lastFrame - 1ull : point;
-    };
-    inPoint_ = loadPosition_ = requestPosition_ = clamped(inPoint);
-    outPoint_ = clamped(outPoint);
+bool dvFrameLoad::startReader(std::unique_ptr<recording::Reader> reader, const wchar_t* name,
+                              unsigned long maxFrames, unsigned long long inPoint,
+                              unsigned long long outPoint) {
+    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    reader_ = std::move(reader);
+    reader_->describe(type_);
+    fileName_ = name;
+    setRange(inPoint, outPoint);
     breaker_ms_ = 0;
     endless_ = true;
-    const unsigned long long length = outPoint_ - inPoint_ + 1;
-    return ring_.init(frameSize, static_cast<unsigned long>(std::min<unsigned long long>(length, maxFrames)));
+    const unsigned long long length = outPoint - inPoint + 1;
+    const auto slots = static_cast<unsigned long>(std::min<unsigned long long>(length, maxFrames));
+    if (!ring_.init(reader_->frameSize(), slots) || !start()) {
+        closeFile();
+        return false;
+    }
+    return true;
+}
+
+void dvFrameLoad::setRange(unsigned long long inPoint, unsigned long long outPoint) {
+    inPoint_ = loadPosition_ = requestPosition_ = inPoint;
+    outPoint_ = outPoint;
+}
+
+void dvFrameLoad::closeFile() {
+    reader_.reset();
+    fileName_ = L"";
 }
 
 bool dvFrameLoad::playable(const wchar_t* name) {
-    if (namesAviRecording(name)) {
-        dvAVIFile file;
-        return file.open(name) && file.frames() != 1;
-    }
-    dvPlayFile file;
-    return file.open(name, 0) && file.frameCount() != 1;
+    const std::unique_ptr<recording::Reader> reader = recording::openReader(name);
+    return reader && reader->frames() != 1;
 }
 
 bool dvFrameLoad::get(vvideo::dvFrame* frame, unsigned long long number) {
     if (!frame) {
         return false;
     }
-    vcore::timed_guard lock(lock_, 1000);
+    vcore::timed_guard lock(lock_, lockWait_ms);
     const auto length = static_cast<long long>(outPoint_ - inPoint_ + 1);
     auto distance = static_cast<long long>(number - requestPosition_);
     if (distance > length) {
@@ -131,73 +143,69 @@ bool dvFrameLoad::get(vvideo::dvFrame* frame, unsigned long long number) {
 }
 
 bool dvFrameLoad::getType(vvideo::dvMediaType& type) const {
-    vcore::timed_guard lock(lock_, 1000);
-    if (rawFile_.opened()) {
-        type = rawFile_.type();
-        return true;
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    if (fileName_.len() == 0) {
+        return false;
     }
-    if (aviFile_.opened()) {
-        vvideo::clearMediaType(type);
-        type.initVideoType(ring_.frameSize(), 0xFFFFFFFFul);
-        return true;
-    }
-    return false;
+    type = type_;
+    return true;
+}
+
+void dvFrameLoad::setEndless(bool endless) {
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    endless_ = endless;
 }
 
 void dvFrameLoad::setSpeed(double speed) {
-    vcore::timed_guard lock(lock_, 50);
+    vcore::timed_guard lock(lock_, setterWait_ms);
     direction_ = speed;
 }
 
 void dvFrameLoad::setBreaker(unsigned long ms) {
-    vcore::timed_guard lock(lock_, 50);
     breaker_ms_ = ms;
 }
 
 unsigned long dvFrameLoad::breaker() const {
-    vcore::timed_guard lock(lock_, 50);
     return breaker_ms_;
 }
 
 unsigned long long dvFrameLoad::inPoint() const {
-    vcore::timed_guard lock(lock_, 1000);
+    vcore::timed_guard lock(lock_, lockWait_ms);
     return inPoint_;
 }
 
 unsigned long long dvFrameLoad::outPoint() const {
-    vcore::timed_guard lock(lock_, 1000);
+    vcore::timed_guard lock(lock_, lockWait_ms);
     return outPoint_;
-}
-
-void dvFrameLoad::closeFiles() {
-    rawFile_.close();
-    aviFile_.close();
 }
 
 void dvFrameLoad::done() {
     stop_.ask(*this);
     {
-        // A reader that is stuck in a slow read is not waited for longer than this; closing then makes it
-        // fail. The index of an AVI file must outlive the reading.
+        // A loader that is stuck in a slow read is not waited for longer than this; it fails then.
         vcore::timed_guard fileLock(fileLock_, join_ms);
-        vcore::timed_guard lock(lock_, 1000);
-        rawFile_.close();
-        if (fileLock.held()) {
-            aviFile_.close();
+        if (reader_) {
+            reader_->abandon();
         }
     }
     wait(join_ms);
     terminate();
-    vcore::timed_guard lock(lock_, 1000);
-    closeFiles();
+    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    closeFile();
     ring_.done();
-    inPoint_ = loadPosition_ = requestPosition_ = outPoint_ = 0;
+    setRange(0, 0);
 }
 
 void dvFrameLoad::run() {
     const uninterruptible whole;
     stop_.enter(*this);
-    if (aviFile_.opened() || endless_) {
+    bool endless = false;
+    {
+        vcore::timed_guard lock(lock_, lockWait_ms);
+        endless = endless_;
+    }
+    if (endless) {
         _dynamicLoad();
     } else {
         _completeLoad();
@@ -205,7 +213,7 @@ void dvFrameLoad::run() {
 }
 
 dvFrameLoad::Decision dvFrameLoad::decide(unsigned long ringFrames) {
-    vcore::timed_guard lock(lock_, 1000);
+    vcore::timed_guard lock(lock_, lockWait_ms);
     const auto length = static_cast<long long>(outPoint_ - inPoint_ + 1);
     if (length <= 0) {
         return {};
@@ -228,59 +236,41 @@ dvFrameLoad::Decision dvFrameLoad::decide(unsigned long ringFrames) {
     return {true, request};
 }
 
-bool dvFrameLoad::seekRaw(unsigned long long frame) {
-    vcore::timed_guard lock(lock_, 1000);
-    if (frame >= rawFile_.frameCount()) {
-        rawFile_.refresh();
-    }
-    return frame < rawFile_.frameCount() && rawFile_.seekFrame(static_cast<long long>(frame));
+bool dvFrameLoad::makeStaging(recording::RecordBuffer& staging) {
+    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
+    return reader_ && staging.allocate(reader_->bufferBytes());
 }
 
-/// The data of `frame`, read from whichever file is open; null when it cannot be read. The data is in a
-/// buffer of the raw file or in `staging`, and stays there until the next call.
-const unsigned char* dvFrameLoad::readFrame(unsigned long long frame, vvideo::dvFrame& staging) {
-    vcore::timed_guard fileLock(fileLock_, 1000);
-    if (rawFile_.opened()) {
-        if (!seekRaw(frame)) {
-            return nullptr;
-        }
-        const killable slowDisk;
-        return rawFile_.readFrame() ? rawFile_.data() + dvFile::headerSize : nullptr;
+/// The frame of the recording that is shown as `number`. False when there is none yet.
+bool dvFrameLoad::frameFor(unsigned long long number, unsigned long long& frame) {
+    if (number >= reader_->frames()) {
+        reader_->refresh();
     }
-    return readAvi(frame, staging) ? staging.data() + dvFile::headerSize : nullptr;
+    const unsigned long long frames = reader_->frames();
+    const bool atTheEnd =
+        number == frames && reader_->end().state == recording::Reader::End::State::beingWritten;
+    frame = std::min(number, frames - 1);
+    return frames != 0 && !atTheEnd;
 }
 
-/// Reads `frame` of the AVI file into `staging`. Another program may have written a frame that is shorter
-/// than a DV frame; the rest is zero then, so that a replay goes on. The caller holds the file lock.
-bool dvFrameLoad::readAvi(unsigned long long frame, vvideo::dvFrame& staging) {
-    if (!aviFile_.opened() || !staging.data()) {
-        return false;
-    }
-    if (frame >= aviFile_.frames()) {
-        aviFile_.refresh();
-    }
-    const auto number = static_cast<unsigned long>(frame);
-    FileIOAVI::FramePosition position;
-    if (number != frame || !aviFile_.io().framePosition(number, position) ||
-        !aviFile_.readFrame(reinterpret_cast<char*>(staging.data()), staging.size(), number)) {
-        return false;
-    }
-    const unsigned long read = dvFile::headerSize + position.size;
-    if (read < staging.size()) {
-        std::memset(staging.data() + read, 0, staging.size() - read);
-    }
-    return true;
+/// Reads what is shown as `number`. False when it is not there or cannot be read.
+bool dvFrameLoad::readFrame(unsigned long long number, recording::RecordBuffer& staging) {
+    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
+    unsigned long long frame = 0;
+    return reader_ && frameFor(number, frame) && reader_->read(frame, staging);
 }
 
-/// Copies a frame that was read into the ring's next slot. The caller holds the lock.
-void dvFrameLoad::store(const unsigned char* frameData, unsigned long long frame) {
-    vvideo::dvFrame* slot = ring_.frame(ring_.inPos());
+/// Copies a frame that was read into the ring's next slot. Another program may have written one that is
+/// shorter than a DV frame; the rest is zero then, so that a replay goes on.
+void dvFrameLoad::store(const recording::RecordBuffer& staging, unsigned long long number) {
+    vvideo::dvFrame* slot = ring_.claim();
     if (!slot || !slot->data()) {
         return;
     }
-    std::memcpy(slot->data(), frameData, slot->size());
-    slot->setId(frame);
-    ring_.incIn();
+    const unsigned long bytes = std::min(staging.frameBytes(), slot->size());
+    std::memcpy(slot->data(), staging.frame(), bytes);
+    std::memset(slot->data() + bytes, 0, slot->size() - bytes);
+    ring_.publish(number);
 }
 
 void dvFrameLoad::pauseAfter(bool loaded) const {
@@ -295,10 +285,10 @@ void dvFrameLoad::pauseAfter(bool loaded) const {
 }
 
 void dvFrameLoad::_dynamicLoad() {
-    const bool raw = rawFile_.opened();
-    vvideo::dvFrame staging;
-    staging.init(raw ? rawFile_.alignSize(ring_.frameSize() + dvFile::headerSize)
-                     : aviFile_.getAVIFrameSize());
+    recording::RecordBuffer staging;
+    if (!makeStaging(staging)) {
+        return;
+    }
     const unsigned long ringFrames = ring_.count();
     while (!stop_.asked()) {
         const Decision decision = decide(ringFrames);
@@ -306,32 +296,37 @@ void dvFrameLoad::_dynamicLoad() {
             Sleep(idle_ms);
             continue;
         }
-        if (!raw && !aviFile_.opened()) {
-            return;
-        }
-        const unsigned char* frameData = ringFrames != 0 ? readFrame(decision.frame, staging) : nullptr;
-        if (frameData) {
-            vcore::timed_guard lock(lock_, 1000);
-            store(frameData, decision.frame);
+        const bool read = ringFrames != 0 && readFrame(decision.frame, staging);
+        if (read) {
+            vcore::timed_guard lock(lock_, lockWait_ms);
+            store(staging, decision.frame);
             if (direction_ < 0) {
                 loadPosition_ = loadPosition_ <= inPoint_ ? outPoint_ : loadPosition_ - 1;
             } else {
                 ++loadPosition_;
             }
         }
-        pauseAfter(frameData != nullptr);
+        pauseAfter(read);
     }
 }
 
 void dvFrameLoad::_completeLoad() {
-    vvideo::dvFrame none;
-    while (!stop_.asked() && loadPosition_ <= outPoint_) {
-        const unsigned char* frameData = readFrame(loadPosition_, none);
-        if (frameData) {
-            vcore::timed_guard lock(lock_, 1000);
-            store(frameData, loadPosition_);
+    recording::RecordBuffer staging;
+    if (!makeStaging(staging)) {
+        return;
+    }
+    const auto next = [this](unsigned long long& number) {
+        vcore::timed_guard lock(lock_, lockWait_ms);
+        number = loadPosition_;
+        return number <= outPoint_;
+    };
+    for (unsigned long long number = 0; !stop_.asked() && next(number);) {
+        const bool read = readFrame(number, staging);
+        if (read) {
+            vcore::timed_guard lock(lock_, lockWait_ms);
+            store(staging, number);
             ++loadPosition_;
         }
-        pauseAfter(frameData != nullptr);
+        pauseAfter(read);
     }
 }

@@ -1,23 +1,36 @@
+/// @file
+/// The frames of a replay, read ahead from its recording.
 #pragma once
 
 #include "marvo/core/semaphore.h"
+#include "marvo/core/str.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/core/winthread.h"
-#include "marvo/avi/avi_file.h"
-#include "marvo/recording/play_file.h"
 #include "marvo/replay/stop_flag.h"
 #include "marvo/video/frame_pool.h"
+#include "marvo/video/media_type.h"
+
+#include <atomic>
+#include <memory>
+
+namespace recording {
+class Reader;
+class RecordBuffer;
+} // namespace recording
 
 /// Serves a replay from disk: a thread of its own keeps a small ring of frames of a recording loaded, ahead
 /// of the frame being played, in the direction of play, looping within the range. `get` never waits for the
 /// disk; a frame that is not loaded yet is simply not there.
 ///
 /// The recording may still be growing: frames that were not there when the file was opened are found once
-/// they are written, and a frame that the file does not hold is not delivered.
+/// they are written. Behind its end stands its last frame, under any number, so that a replay that leads
+/// there goes on; but the frame that a growing recording will get next is waited for.
 ///
 /// Threads: `get` on the play thread, everything else on the host's thread, `run` on the loader's own;
-/// `setBreaker` also on the frame store's writer thread. The lock guards the range, the positions and the
-/// ring's content; the file lock is held while a file is read or closed and is always taken before the lock.
-/// A timed wait that runs out is not an error: the call goes on as if it held the lock.
+/// `setBreaker` on the frame store's writer thread, which waits for no lock there. The lock guards the range,
+/// the positions and the ring's content; the file lock is held while the file is read or closed and is always
+/// taken before the lock. A timed wait that runs out is not an error: the call goes on as if it held the
+/// lock.
 class MARVO_API dvFrameLoad : public vwin::winthread {
 public:
     dvFrameLoad();
@@ -31,22 +44,23 @@ public:
     /// Prepares the range `inPoint` to `outPoint` (inclusive) of the recording `name` and starts loading into
     /// a ring of at most `maxFrames` frames.
     ///
-    /// The file and range that are loaded already: true, nothing changes. Another range of the raw recording
-    /// that is open: the running loader goes on with it, unclamped. Otherwise the file is opened anew and
-    /// both points are clamped to the last frame but one: the final frame may still be in writing and is
-    /// never part of a range. False when the file cannot be opened, when it holds exactly one frame (which
-    /// leaves no range), or without memory. A file without a whole frame is accepted; nothing is ever loaded
-    /// from it.
+    /// The file and range that are loaded already: true, nothing changes. Another range of the recording that
+    /// is open: the running loader goes on with it. Otherwise the file is opened and a loader started anew.
+    /// Both points are clamped to the last frame but one: the final frame may still be in writing and is
+    /// never part of a range. A file without a whole frame is accepted and clamps nothing; its frames are
+    /// loaded once they are written.
+    ///
+    /// False, and nothing changes, when the file cannot be opened and when it holds exactly one frame, which
+    /// leaves no range. False without memory for the ring; nothing is loaded then.
     bool init(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint,
               unsigned long maxFrames);
 
-    /// Whether the recording `name` can be opened and leaves a range to play. To be asked before `init`,
-    /// which gives up what is loaded before it opens another file.
+    /// Whether the recording `name` can be opened and leaves a range to play, as far as `init` needs it.
     static bool playable(const wchar_t* name);
 
-    /// Copies frame `number` into `frame` when it is loaded and returns whether it was. The number also tells
-    /// the loader where play is and, by its distance from the number asked before, in which direction it
-    /// goes; asking for the same number twice means that play stands still.
+    /// Copies frame `number` into `frame` when it is loaded and returns whether it was; all ones is no
+    /// number. The number also tells the loader where play is and, by its distance from the number asked
+    /// before, in which direction it goes; asking for the same number twice means that play stands still.
     bool get(vvideo::dvFrame* frame, unsigned long long number);
 
     /// Describes the open recording's video in `type`. False when no file is open.
@@ -76,38 +90,44 @@ protected:
     /// The loader thread.
     void run() override;
 
+    /// Whether the loader loops within the range, as after every full `init`, or loads it once and ends. To
+    /// be set before `run` looks at it.
+    void setEndless(bool endless);
+
 private:
     struct Decision {
         bool load = false;
         unsigned long long frame = 0;
     };
 
-    bool sameFile(const wchar_t* name) const;
-    bool openFile(const wchar_t* name, unsigned long& lastFrame, unsigned long& frameSize);
-    bool startRange(unsigned long long inPoint, unsigned long long outPoint, unsigned long lastFrame,
-                    unsigned long frameSize, unsigned long maxFrames);
-    void closeFiles();
+    bool isOpen(const wchar_t* name) const MARVO_REQUIRES(lock_);
+    bool changeRange(unsigned long long inPoint, unsigned long long outPoint);
+    bool startReader(std::unique_ptr<recording::Reader> reader, const wchar_t* name, unsigned long maxFrames,
+                     unsigned long long inPoint, unsigned long long outPoint);
+    void setRange(unsigned long long inPoint, unsigned long long outPoint) MARVO_REQUIRES(lock_);
+    void closeFile() MARVO_REQUIRES(fileLock_, lock_);
+    bool makeStaging(recording::RecordBuffer& staging);
     Decision decide(unsigned long ringFrames);
-    const unsigned char* readFrame(unsigned long long frame, vvideo::dvFrame& staging);
-    bool seekRaw(unsigned long long frame);
-    bool readAvi(unsigned long long frame, vvideo::dvFrame& staging);
-    void store(const unsigned char* frameData, unsigned long long frame);
+    bool readFrame(unsigned long long number, recording::RecordBuffer& staging);
+    bool frameFor(unsigned long long number, unsigned long long& frame) MARVO_REQUIRES(fileLock_);
+    void store(const recording::RecordBuffer& staging, unsigned long long number) MARVO_REQUIRES(lock_);
     void pauseAfter(bool loaded) const;
     void _dynamicLoad();
     void _completeLoad();
 
-    vcore::semaphore lock_;
     vcore::semaphore fileLock_;
+    vcore::semaphore lock_ MARVO_ACQUIRED_AFTER(fileLock_);
     vvideo::dvFramePool ring_;
-    unsigned long long inPoint_ = 0;
-    unsigned long long loadPosition_ = 0;
-    unsigned long long requestPosition_ = 0;
-    unsigned long long outPoint_ = 0;
-    double direction_ = 1.0;
-    bool endless_ = false;
+    unsigned long long inPoint_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long long loadPosition_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long long requestPosition_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long long outPoint_ MARVO_GUARDED_BY(lock_) = 0;
+    double direction_ MARVO_GUARDED_BY(lock_) = 1.0;
+    bool endless_ MARVO_GUARDED_BY(lock_) = false;
     StopFlag stop_;
-    dvPlayFile rawFile_;
-    dvAVIFile aviFile_;
-    vcore::str aviName_;
+    std::unique_ptr<recording::Reader> reader_ MARVO_GUARDED_BY(fileLock_);
+    /// Name that the recording was opened under, empty when none is open, and its video.
+    vcore::str fileName_ MARVO_GUARDED_BY(lock_);
+    vvideo::dvMediaType type_ MARVO_GUARDED_BY(lock_);
     std::atomic<unsigned long> breaker_ms_ = 0;
 };

@@ -1,7 +1,9 @@
 #include "marvo/replay/frame_store.h"
 
 #include "marvo/core/timed_guard.h"
-#include "marvo/recording/recording_name.h"
+#include "marvo/dv/dv_system.h"
+#include "marvo/recording/recordings.h"
+#include "marvo/replay/full_path.h"
 
 #include <strmif.h>
 
@@ -10,8 +12,15 @@
 
 namespace {
 
+/// How long the store lock is waited for: with a frame in hand ...
+constexpr unsigned long frameWait_ms = 300;
+/// ... to empty the ring, and for the writer's answer ...
+constexpr unsigned long flushWait_ms = 500;
+/// ... and by other commands.
+constexpr unsigned long commandWait_ms = 1000;
+
 constexpr unsigned long writerJoin_ms = 1000;
-/// A second helping for a writer that is held up by a busy machine: closing the file under it loses frames.
+/// A second helping for a writer that is held up by a busy machine or disk.
 constexpr unsigned long lateWriterJoin_ms = 4000;
 constexpr unsigned long idle_ms = 10;
 
@@ -38,14 +47,15 @@ dvFrameStore::dvFrameStore() : vcore::semaphore(1, 1) {}
 
 dvFrameStore::~dvFrameStore() {
     done();
+    terminate();
 }
 
 bool dvFrameStore::init(unsigned long frameSize, unsigned long long frameDuration, unsigned long frames) {
     done();
-    if (frameSize > dvFile::maxFrameSize) {
+    if (frameSize > vdv::maxFrameBytes || frames == 0) {
         return false;
     }
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(storeLock(), commandWait_ms);
     if (!ring_.init(frameSize, frames)) {
         return false;
     }
@@ -57,26 +67,32 @@ bool dvFrameStore::initialized() const {
     return ring_.count() > 0;
 }
 
+template <class Fill>
+bool dvFrameStore::addFilled(Fill fill) {
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
+    const unsigned long long number = ring_.inPos();
+    vvideo::dvFrame* slot = ring_.claim();
+    if (slot) {
+        fill(*slot);
+    }
+    ring_.publish(number);
+    return slot != nullptr;
+}
+
 bool dvFrameStore::add(IMediaSample* sample) {
-    if (!sample) {
-        return false;
-    }
-    vcore::timed_guard lock(*this, 300);
-    const unsigned long long number = ring_.incIn();
-    vvideo::dvFrame* slot = ring_.frame(number);
-    if (!slot) {
-        return false;
-    }
-    slot->setId(number);
-    slot->copyFrom(sample);
-    return true;
+    return sample && addFilled([sample](vvideo::dvFrame& slot) { slot.copyFrom(sample); });
+}
+
+bool dvFrameStore::add(const void* frame, unsigned long bytes) {
+    return frame && bytes != 0 && bytes == ring_.frameSize() &&
+           addFilled([frame](vvideo::dvFrame& slot) { std::memcpy(slot.data(), frame, slot.size()); });
 }
 
 bool dvFrameStore::get(IMediaSample* sample, unsigned long long frame) {
     if (!sample) {
         return false;
     }
-    vcore::timed_guard lock(*this, 300);
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
     const vvideo::dvFrame* slot = ring_.findFrame(frame);
     if (!slot || !slot->copyTo(sample)) {
         return false;
@@ -89,7 +105,19 @@ bool dvFrameStore::get(vvideo::dvFrame* frame, unsigned long long number) {
     if (!frame) {
         return false;
     }
-    vcore::timed_guard lock(*this, 300);
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
+    const vvideo::dvFrame* slot = ring_.findFrame(number);
+    return slot && slot->copyTo(frame);
+}
+
+bool dvFrameStore::get(vvideo::dvFrame* frame, unsigned long long number, const wchar_t* recording) {
+    if (!frame || !recording || !*recording) {
+        return false;
+    }
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
+    if (vcore::str::compareI(ringFile_.oleStr(), recording) != 0) {
+        return false;
+    }
     const vvideo::dvFrame* slot = ring_.findFrame(number);
     return slot && slot->copyTo(frame);
 }
@@ -115,49 +143,48 @@ unsigned long dvFrameStore::framesPerSecond() const {
 }
 
 const wchar_t* dvFrameStore::fileName() const {
+    vcore::timed_guard lock(storeLock(), commandWait_ms);
     return fileName_.oleStr();
 }
 
 void dvFrameStore::setMaxFilesize(long long limit) {
-    vcore::timed_guard lock(*this, 1000);
     maxFileSize_ = limit;
 }
 
 void dvFrameStore::setRemoteFile(const wchar_t* name) {
-    vcore::timed_guard lock(*this, 300);
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
     remoteFile_ = name;
 }
 
 bool dvFrameStore::startRecord(const wchar_t* name) {
-    if (ring_.frameSize() == 0) {
+    const unsigned long frameSize = ring_.frameSize();
+    if (frameSize == 0) {
         return false;
     }
-    stopWriter();
+    endWriter();
+    long long frameDuration_100ns = 0;
     {
-        vcore::timed_guard lock(*this, 1000);
-        closeFiles();
-        if (!openRecording(name)) {
-            return false;
-        }
-        fileName_ = name;
+        vcore::timed_guard lock(storeLock(), commandWait_ms);
+        frameDuration_100ns = static_cast<long long>(frameDuration_100ns_);
+    }
+    writer_ = recording::createWriter(name, frameSize, frameDuration_100ns);
+    if (!writer_) {
+        return false;
+    }
+    {
+        vcore::timed_guard lock(storeLock(), commandWait_ms);
         resetRing();
+        fileName_ = name;
+        ringFile_ = fullPath(name);
     }
-    start();
-    return true;
-}
-
-bool dvFrameStore::openRecording(const wchar_t* name) {
-    if (namesAviRecording(name)) {
-        return aviFile_.create(name, ring_.frameSize());
-    }
-    rawFile_.setFrameSize(ring_.frameSize());
-    return rawFile_.open(name);
+    return start();
 }
 
 void dvFrameStore::stopRecord() {
     stopWriter();
-    vcore::timed_guard lock(*this, 1000);
-    closeFiles();
+    if (finished()) {
+        writer_.reset();
+    }
 }
 
 void dvFrameStore::stopWriter() {
@@ -168,54 +195,61 @@ void dvFrameStore::stopWriter() {
     }
 }
 
-void dvFrameStore::closeFiles() {
-    rawFile_.close();
-    aviFile_.close();
+/// Also ends a writer that the disk does not let go: it must not hold up the next recording for ever.
+void dvFrameStore::endWriter() {
+    stopWriter();
+    terminate();
+    writer_.reset();
 }
 
 void dvFrameStore::resetRing() {
     ring_.flush();
+    ringFile_ = L"";
 }
 
 void dvFrameStore::flush() {
     std::puts("flush record");
-    vcore::timed_guard lock(*this, 500);
+    vcore::timed_guard lock(storeLock(), flushWait_ms);
     resetRing();
 }
 
 void dvFrameStore::fileFlush() {
-    vcore::timed_guard lock(*this, 500);
-    rawFile_.flush();
+    if (!running()) {
+        return;
+    }
+    flushed_.reset();
+    flushAsked_ = true;
+    flushed_.wait(flushWait_ms);
 }
 
 void dvFrameStore::done() {
     stopRecord();
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(storeLock(), commandWait_ms);
     ring_.done();
+    ringFile_ = L"";
 }
 
 void dvFrameStore::run() {
     const uninterruptible whole;
     stop_.enter(*this);
     abandonBacklog_ = false;
-    const unsigned long ringFrames = ring_.count();
-    vvideo::dvFrame staging;
-    if (!staging.init(rawFile_.opened() ? rawFile_.alignSize(ring_.frameSize() + dvFile::headerSize)
-                                        : aviFile_.getAVIFrameSize())) {
-        return;
+    recording::RecordBuffer staging;
+    if (staging.allocate(writer_->bufferBytes())) {
+        writeBacklog(staging, ring_.count());
     }
-    std::memset(staging.data(), 0, staging.size());
-    writeBacklog(staging, ringFrames);
+    writer_->finish();
+    flushed_.set();
 }
 
 bool dvFrameStore::writerShallEnd(unsigned long long backlog) const {
     return stop_.asked() && (backlog == 0 || abandonBacklog_);
 }
 
-void dvFrameStore::writeBacklog(vvideo::dvFrame& staging, unsigned long ringFrames) {
+void dvFrameStore::writeBacklog(recording::RecordBuffer& staging, unsigned long ringFrames) {
     int priority = THREAD_PRIORITY_BELOW_NORMAL;
     unsigned long long end = ~0ull;
     for (;;) {
+        flushIfAsked();
         if (stop_.asked() && end == ~0ull) {
             // Frames captured from now on belong to no recording; without this bound a camera that is as fast
             // as the disk would keep the writer for ever.
@@ -249,38 +283,32 @@ void dvFrameStore::writeBacklog(vvideo::dvFrame& staging, unsigned long ringFram
     }
 }
 
-bool dvFrameStore::stageFrame(vvideo::dvFrame& staging, unsigned long long& number) {
-    vcore::timed_guard lock(*this, 300);
+/// A frame that does not fit is not copied, and what was staged before is written again.
+bool dvFrameStore::stageFrame(recording::RecordBuffer& staging, unsigned long long& number) {
+    vcore::timed_guard lock(storeLock(), frameWait_ms);
     number = ring_.incOut();
     const vvideo::dvFrame* slot = ring_.frame(number);
     if (!slot) {
         return false;
     }
-    if (slot->data() && slot->size() + dvFile::headerSize <= staging.size()) {
-        const std::uint32_t header[2] = {static_cast<std::uint32_t>(slot->size()),
-                                         static_cast<std::uint32_t>(frameDuration_100ns_)};
-        std::memcpy(staging.data(), header, sizeof(header));
-        std::memcpy(staging.data() + sizeof(header), slot->data(), slot->size());
+    if (slot->data() && staging.setFrameBytes(slot->size())) {
+        std::memcpy(staging.frame(), slot->data(), slot->size());
     }
     return true;
 }
 
-void dvFrameStore::writeStaged(const vvideo::dvFrame& staging, unsigned long ringFrames) {
-    // A disk that never answers must not hold up the next recording for ever, so the writer may be killed
-    // while it waits for the disk, but never while it holds the ring's lock. The AVI file does so in its own
-    // writes, because it can be finished only when what it knows of its contents is whole.
-    if (rawFile_.opened()) {
-        unsigned long done = 0;
-        {
-            const killable disk;
-            rawFile_.write(staging.data(), staging.size(), &done);
-        }
-        if (ringFrames != 0 && ring_.inPos() % ringFrames == 0) {
-            const killable disk;
-            rawFile_.flush();
-        }
+// A disk that never answers must not hold up the next recording for ever, so the recording lets its writer be
+// killed while it waits for the disk, but never while it holds a lock.
+void dvFrameStore::writeStaged(recording::RecordBuffer& staging, unsigned long ringFrames) {
+    writer_->write(staging);
+    if (ringFrames != 0 && ring_.inPos() % ringFrames == 0) {
+        writer_->flush();
     }
-    if (aviFile_.opened()) {
-        aviFile_.writeFrame(reinterpret_cast<char*>(staging.data()), ring_.frameSize(), staging.size());
+}
+
+void dvFrameStore::flushIfAsked() {
+    if (flushAsked_.exchange(false)) {
+        writer_->flush();
+        flushed_.set();
     }
 }

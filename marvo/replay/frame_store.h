@@ -1,20 +1,28 @@
+/// @file
+/// The ring of the newest captured frames, and their way into a recording.
 #pragma once
 
+#include "marvo/core/event.h"
 #include "marvo/core/semaphore.h"
 #include "marvo/core/str.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/core/vobject.h"
 #include "marvo/core/winthread.h"
-#include "marvo/avi/avi_file.h"
-#include "marvo/recording/rec_file.h"
 #include "marvo/replay/stop_flag.h"
 #include "marvo/video/frame_pool.h"
 
+#include <atomic>
+#include <memory>
+
 struct IMediaSample;
 
+namespace recording {
+class RecordBuffer;
+class Writer;
+} // namespace recording
+
 /// Keeps the newest captured DV frames in memory, gives each its number (from 0 per recording, the only place
-/// that does), and drains them on a thread of its own into a recording file: raw records (`dvRecFile`), or an
-/// AVI file
-/// (`dvAVIFile`) when the name holds ".avi".
+/// that does), and drains them on a thread of its own into a recording file, whose kind its name chooses.
 ///
 /// Frame n lives in slot n modulo the ring's size and is found by its number until frame n + size takes the
 /// slot. Capture never waits for the disk: when the writer falls a whole ring behind, the frames in between
@@ -22,10 +30,11 @@ struct IMediaSample;
 /// a file.
 ///
 /// Threads: `add` on the capture thread; `get`, `findFrame` and the positions on the play thread; recording
-/// commands on the host's thread; `run` on the writer thread. The store lock (this object's semaphore) is
-/// held while a frame is added, copied out or staged, and while files are opened, closed or flushed; the ring
-/// has a lock of its own for single reads and updates. The store lock is always taken first. A timed wait
-/// that runs out is not an error: the call goes on as if it held the lock (live video outranks exactness).
+/// commands on the host's thread; `run` on the writer thread, which is the only one to use the recording file
+/// while it runs. The store lock (this object's semaphore) is held while a frame is added, copied out or
+/// staged; the ring has a lock of its own for single reads and updates. The store lock is always taken first.
+/// A timed wait that runs out is not an error: the call goes on as if it held the lock (live video outranks
+/// exactness).
 ///
 /// Emits "poolInfo" on the writer thread with (64-bit newest position, 64-bit written position, 32-bit ring
 /// size).
@@ -33,22 +42,27 @@ class MARVO_API dvFrameStore : public vcore::vObject, public vwin::winthread, pr
 public:
     dvFrameStore();
 
-    /// As `done`.
+    /// As `done`. A writer that the disk holds up even then is killed.
     ~dvFrameStore() override;
 
     dvFrameStore(const dvFrameStore&) = delete;
     dvFrameStore& operator=(const dvFrameStore&) = delete;
 
     /// Makes a ring of `frames` slots of `frameSize` bytes; `frameDuration` is in 100 ns. Ends whatever ran
-    /// before. False when the ring cannot be had or the frame size is beyond any DV frame.
+    /// before. False when the ring cannot be had, for a ring of no slots, and when the frame size is beyond
+    /// any DV frame.
     bool init(unsigned long frameSize, unsigned long long frameDuration, unsigned long frames);
 
     /// Whether there is a ring with at least one slot.
     bool initialized() const;
 
-    /// Stores a captured frame under the next number. False for null or without a slot. The number is used up
-    /// either way.
+    /// Stores a captured frame under the next number, which nobody sees before the frame is there. False for
+    /// null or without a ring; without a ring the number is used up all the same.
     bool add(IMediaSample* sample);
+
+    /// The same for a frame of `bytes` bytes in memory, for sources that have no media samples. False as
+    /// well, and nothing happens, when that is not the ring's frame size.
+    bool add(const void* frame, unsigned long bytes);
 
     /// Copies a frame into a media sample and marks it for immediate display: no time stamps, sync point,
     /// discontinuity. False for null or when the ring does not hold the frame (any more).
@@ -57,14 +71,20 @@ public:
     /// Copies frame `number` into `frame` (its bytes only, not its number). False as above.
     bool get(vvideo::dvFrame* frame, unsigned long long number);
 
+    /// The same for a frame of the recording with the full path `recording`: false as well when the ring's
+    /// numbers are not those of that file. They are those of the recording started last; before the first,
+    /// and after `init` and `flush`, they belong to no file.
+    bool get(vvideo::dvFrame* frame, unsigned long long number, const wchar_t* recording);
+
     /// The ring's own frame of that number, or null. No copy and no store lock: it turns into another frame
     /// when the ring wraps.
     vvideo::dvFrame* findFrame(unsigned long long number);
 
-    /// The number the next captured frame will get: one past the newest.
+    /// The number the next captured frame will get: one past the newest. 0 before the first `init`; all ones
+    /// after `done`, as long as there is no ring.
     unsigned long long lastFrame() const;
 
-    /// The number of the next frame that the writer will take.
+    /// The number of the next frame that the writer will take; 0 and all ones as for `lastFrame`.
     unsigned long long writtenFrame() const;
 
     /// Bytes of one DV frame; 0 without a ring.
@@ -73,7 +93,8 @@ public:
     /// 25 when a frame has exactly 144000 bytes, else 30, also without a ring.
     unsigned long framesPerSecond() const;
 
-    /// Name of the recording that was started last, raw or AVI; empty before the first. Owned by the store.
+    /// Name of the recording that was started last; empty before the first. Owned by the store and valid
+    /// until the next start.
     const wchar_t* fileName() const;
 
     /// Limits what is written: frames numbered `limit` and above are captured and can be replayed from
@@ -84,45 +105,56 @@ public:
     /// Kept for hosts that set it; the engine does not use it.
     void setRemoteFile(const wchar_t* name);
 
-    /// Starts recording into a new file, ending a recording that runs. Frame numbers begin again at 0 and the
+    /// Starts recording into a new file, ending a recording that runs. Frame numbers start again at 0 and the
     /// ring is emptied. False without a ring or when the file cannot be created: no recording runs then, and
-    /// the ring keeps its frames.
+    /// the ring keeps its frames. A writer that has been held up by the disk for five seconds is killed; what
+    /// it wrote by then is kept.
     bool startRecord(const wchar_t* name);
 
     /// Ends the recording: the writer takes the frames that were captured by now (for at most a second) and
-    /// the file is closed. The ring keeps its frames.
+    /// closes the file. The ring keeps its frames. Waits at most five seconds; a writer that the disk holds
+    /// up for longer completes its file when the disk answers, or at the next start.
     void stopRecord();
 
-    /// Empties the ring and begins again at number 0. Prints "flush record" on standard output.
+    /// Empties the ring and starts again at number 0. Prints "flush record" on standard output.
     void flush();
 
-    /// Has the system write what it holds of the raw recording.
+    /// Has the system write what it holds of the recording. Waits for that at most half a second.
     void fileFlush();
 
-    /// Ends the recording and frees the ring.
+    /// Ends the recording as `stopRecord` does and frees the ring.
     void done();
 
     /// The writer thread.
     void run() override;
 
 private:
+    const vcore::semaphore& storeLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
+
+    template <class Fill>
+    bool addFilled(Fill fill);
     void stopWriter();
-    void closeFiles();
-    void resetRing();
-    bool openRecording(const wchar_t* name);
+    void endWriter();
+    void resetRing() MARVO_REQUIRES(storeLock());
     bool writerShallEnd(unsigned long long backlog) const;
-    void writeBacklog(vvideo::dvFrame& staging, unsigned long ringFrames);
-    bool stageFrame(vvideo::dvFrame& staging, unsigned long long& number);
-    void writeStaged(const vvideo::dvFrame& staging, unsigned long ringFrames);
+    void writeBacklog(recording::RecordBuffer& staging, unsigned long ringFrames);
+    bool stageFrame(recording::RecordBuffer& staging, unsigned long long& number);
+    void writeStaged(recording::RecordBuffer& staging, unsigned long ringFrames);
+    void flushIfAsked();
 
     vvideo::dvFramePool ring_;
-    unsigned long long frameDuration_100ns_ = 400000;
+    unsigned long long frameDuration_100ns_ MARVO_GUARDED_BY(storeLock()) = 400000;
     StopFlag stop_;
     /// Set when the writer has used up the time for its last frames.
     std::atomic<bool> abandonBacklog_ = false;
-    dvRecFile rawFile_;
-    dvAVIFile aviFile_;
-    vcore::str fileName_;
-    vcore::str remoteFile_;
+    /// Asks the writer to flush the file; `flushed_` is the answer.
+    std::atomic<bool> flushAsked_ = false;
+    vcore::event flushed_;
+    /// Used by the writer thread while it runs, else by the host's thread, which starts that one.
+    std::unique_ptr<recording::Writer> writer_;
+    vcore::str fileName_ MARVO_GUARDED_BY(storeLock());
+    /// Full path of the recording whose numbers the ring holds; empty for none.
+    vcore::str ringFile_ MARVO_GUARDED_BY(storeLock());
+    vcore::str remoteFile_ MARVO_GUARDED_BY(storeLock());
     std::atomic<long long> maxFileSize_ = -1;
 };

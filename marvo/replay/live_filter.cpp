@@ -3,6 +3,11 @@
 #include "marvo/core/timed_guard.h"
 
 namespace {
+/// How long the filter lock is waited for.
+constexpr unsigned long lockWait_ms = 1000;
+/// How long `done` waits for the delivery thread.
+constexpr unsigned long join_ms = 1000;
+
 constexpr unsigned long ringFrames = 8;
 constexpr unsigned long settle_ms = 10;
 } // namespace
@@ -19,7 +24,7 @@ bool dvLiveFilter::init(vvideo::dvMediaType& type) {
     if (vvideo::dvFrame* gray = ring_.frame(0)) {
         gray->fillGray();
     }
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     frameSize_ = type.frameSize();
     period_100ns_ = type.timePerFrame();
     prepareSamples(frameSize_);
@@ -28,7 +33,7 @@ bool dvLiveFilter::init(vvideo::dvMediaType& type) {
 }
 
 bool dvLiveFilter::addFrame(const vvideo::dvFrame& frame) {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     const unsigned long long number = ring_.incIn() + 1;
     const bool copied = frame.copyTo(ring_.frame(number));
     ++added_;
@@ -36,26 +41,26 @@ bool dvLiveFilter::addFrame(const vvideo::dvFrame& frame) {
 }
 
 int dvLiveFilter::frames() {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     const int added = added_;
     added_ = 0;
     return added;
 }
 
 long long dvLiveFilter::period() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return period_100ns_;
 }
 
 unsigned long dvLiveFilter::frameSize() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return frameSize_;
 }
 
 void dvLiveFilter::done() {
-    stopDelivery(1000);
+    stopDelivery(join_ms);
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         frameSize_ = 0;
         period_100ns_ = 0;
         allocator_.done();
@@ -67,7 +72,7 @@ IMediaSample* dvLiveFilter::nextSample() {
     long long start = 0;
     long long stop = 0;
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         start = streamTime_100ns_;
         stop = start + period_100ns_;
         streamTime_100ns_ = stop;
@@ -77,7 +82,7 @@ IMediaSample* dvLiveFilter::nextSample() {
         return nullptr;
     }
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         const unsigned long long newest = ring_.inPos();
         if (const vvideo::dvFrame* frame = ring_.frame(newest != 0 ? newest - 1 : 0)) {
             frame->copyTo(sample);

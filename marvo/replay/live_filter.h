@@ -1,3 +1,5 @@
+/// @file
+/// The source filter for frames that a host hands over.
 #pragma once
 
 #include "marvo/replay/paced_source.h"
@@ -8,7 +10,7 @@
 /// When no new frame has come it sends again what it holds; before the first frame it sends grey. The stream
 /// lags one frame behind the newest (deliberate: that frame may still be in copying).
 ///
-/// Numbers begin at 1 here: the first added frame goes to slot 1 of 8, slot 0 holds the grey frame until
+/// Numbers start at 1 here: the first added frame goes to slot 1 of 8, slot 0 holds the grey frame until
 /// frame 8.
 ///
 /// Threads: `addFrame` on the host's feeding thread; the rest as in `dvPacedSource`. The filter lock covers
@@ -30,7 +32,7 @@ public:
     /// Takes a copy of `frame` as the newest. False when it could not be copied.
     virtual bool addFrame(const vvideo::dvFrame& frame);
 
-    /// Frames added since the last call; the counter begins again at 0.
+    /// Frames added since the last call; the counter starts again at 0.
     int frames();
 
     /// Time per frame in 100 ns; 0 when not initialised.
@@ -46,6 +48,6 @@ protected:
     IMediaSample* nextSample() override;
 
 private:
-    int added_ = 0;
+    int added_ MARVO_GUARDED_BY(filterLock()) = 0;
     vvideo::dvFramePool ring_;
 };

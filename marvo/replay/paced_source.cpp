@@ -1,8 +1,12 @@
 #include "marvo/replay/paced_source.h"
 
+#include "marvo/core/timed_guard.h"
 #include "marvo/video/enum_pins.h"
 
 namespace {
+
+/// How long the filter lock is waited for.
+constexpr unsigned long lockWait_ms = 1000;
 
 constexpr unsigned long samples = 8;
 /// A restart may not be held up for long by the thread of the former run.
@@ -22,6 +26,7 @@ dvPacedSource::~dvPacedSource() = default;
 HRESULT STDMETHODCALLTYPE dvPacedSource::Run(REFERENCE_TIME start) {
     if (running()) {
         stopDelivery(restartJoin_ms);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         if (allocator_.count() == 0 && frameSize_ != 0) {
             prepareSamples(frameSize_);
         }
@@ -41,7 +46,12 @@ HRESULT STDMETHODCALLTYPE dvPacedSource::EnumPins(IEnumPins** out) {
 }
 
 bool dvPacedSource::_initSync() {
-    return pacer_.arm(clock(), period_100ns_);
+    long long period_100ns = 0;
+    {
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
+        period_100ns = period_100ns_;
+    }
+    return pacer_.arm(clock(), period_100ns);
 }
 
 bool dvPacedSource::prepareSamples(unsigned long frameSize) {

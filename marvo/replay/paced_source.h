@@ -1,6 +1,9 @@
+/// @file
+/// The base of the filters that deliver at the pace of the reference clock.
 #pragma once
 
 #include "marvo/core/semaphore.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/core/winthread.h"
 #include "marvo/replay/clock_pacer.h"
 #include "marvo/replay/stop_flag.h"
@@ -11,7 +14,7 @@
 #include <memory>
 
 /// What the live and the play filter have in common: a source filter with the one pin "Output", whose thread
-/// prepares one sample per tick of the reference clock and delivers it at the beginning of the next pass.
+/// prepares one sample per tick of the reference clock and delivers it at the start of the next pass.
 ///
 /// Samples carry no presentation time, so that a renderer shows each at once; the clock's advice is what
 /// paces them.
@@ -43,6 +46,9 @@ protected:
     /// The delivery thread.
     void run() override;
 
+    /// The filter lock: guards what the derived filter says, and the members below.
+    const vcore::semaphore& filterLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
+
     /// (Re)arms the clock advice with the current period. False without a clock.
     bool _initSync();
 
@@ -67,11 +73,11 @@ protected:
     /// Where the samples come from.
     vvideo::dvAlloc allocator_;
     /// Bytes of one frame; 0 until known.
-    unsigned long frameSize_ = 0;
+    unsigned long frameSize_ MARVO_GUARDED_BY(filterLock()) = 0;
     /// Time per frame in 100 ns.
-    long long period_100ns_ = 0;
+    long long period_100ns_ MARVO_GUARDED_BY(filterLock()) = 0;
     /// Stream time of the next sample in 100 ns.
-    long long streamTime_100ns_ = 0;
+    long long streamTime_100ns_ MARVO_GUARDED_BY(filterLock()) = 0;
 
 private:
     const unsigned long settle_ms_;

@@ -1,12 +1,20 @@
 #include "marvo/replay/play_filter.h"
 
 #include "marvo/core/timed_guard.h"
+#include "marvo/replay/full_path.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
+
+/// How long the filter lock is waited for: by most calls ...
+constexpr unsigned long lockWait_ms = 1000;
+/// ... to set the filter up and to end it ...
+constexpr unsigned long setUpWait_ms = 500;
+/// ... and to change the drain, for a host that has no time.
+constexpr unsigned long drainWait_ms = 50;
 
 constexpr unsigned long settle_ms = 5;
 constexpr unsigned long join_ms = 100;
@@ -37,15 +45,10 @@ bool dvPlayFilter::init(dvFrameStore& store, vvideo::dvMediaType& type) {
         return false;
     }
     output_->setType(type_);
-    vcore::timed_guard lock(*this, 500);
+    vcore::timed_guard lock(filterLock(), setUpWait_ms);
     store_ = &store;
-    showGray(type_.frameSize());
-    frameSize_ = type_.frameSize();
-    period_100ns_ = type_.timePerFrame();
-    prepareSamples(frameSize_);
-    streamTime_100ns_ = 0;
+    prepare();
     inPoint_ = outPoint_ = 0;
-    lastShown_ = ~0ull;
     goLive(0);
     return true;
 }
@@ -59,25 +62,24 @@ bool dvPlayFilter::playinit(unsigned long long in, unsigned long long out, const
         return false;
     }
     output_->setType(type_);
-    vcore::timed_guard lock(*this, 500);
-    showGray(type_.frameSize());
-    frameSize_ = type_.frameSize();
-    period_100ns_ = type_.timePerFrame();
-    prepareSamples(frameSize_);
-    streamTime_100ns_ = 0;
+    vcore::timed_guard lock(filterLock(), setUpWait_ms);
+    prepare();
     paused_ = false;
-    lastShown_ = ~0ull;
-    startRange(loader_.inPoint(), loader_.outPoint(), speed);
+    startLoadedRange(name, speed);
     return true;
 }
 
-/// The caller holds the lock.
-void dvPlayFilter::showGray(unsigned long frameSize) {
-    display_ = std::make_unique<vvideo::dvFrame>(frameSize, nullptr);
+/// Makes everything ready for frames of the kept type; until the first one the picture is gray.
+void dvPlayFilter::prepare() {
+    frameSize_ = type_.frameSize();
+    period_100ns_ = type_.timePerFrame();
+    display_ = std::make_unique<vvideo::dvFrame>(frameSize_, nullptr);
     display_->fillGray();
+    prepareSamples(frameSize_);
+    streamTime_100ns_ = 0;
+    lastShown_ = ~0ull;
 }
 
-/// The caller holds the lock.
 void dvPlayFilter::goLive(long long position_100ns) {
     speed_ = 1.0;
     paused_ = false;
@@ -88,14 +90,14 @@ void dvPlayFilter::goLive(long long position_100ns) {
 
 bool dvPlayFilter::live() {
     loader_.done();
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     goLive(positionOf(static_cast<long long>(newestFrame())));
     return true;
 }
 
 bool dvPlayFilter::reset() {
     loader_.done();
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     goLive(0);
     return true;
 }
@@ -105,66 +107,66 @@ bool dvPlayFilter::play(unsigned long long in, unsigned long long out, const wch
     if (!std::isfinite(speed)) {
         return false;
     }
-    vcore::str file;
-    file = name;
-    if (!name) {
-        vcore::timed_guard lock(*this, 1000);
-        if (!store_) {
-            return false;
-        }
-        file = store_->fileName();
+    dvFrameStore* const store = attachedStore();
+    if (!name && !store) {
+        return false;
     }
+    vcore::str file;
+    file = name ? name : store->fileName();
     if (in > out) {
         std::swap(in, out);
     }
-    bool sameRange = false;
     {
-        vcore::timed_guard lock(*this, 1000);
-        sameRange = in == inPoint_ && out == outPoint_ && loader_.loaded(file.oleStr(), in, out);
-        if (sameRange) {
-            startRange(in, out, speed);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
+        if (in == inPoint_ && out == outPoint_ && loader_.loaded(file.oleStr(), in, out)) {
+            startRange(speed);
+            return true;
         }
     }
-    if (sameRange) {
-        return true;
-    }
-    if (store_) {
-        store_->fileFlush();
+    if (store) {
+        store->fileFlush();
     }
     if (!loadRange(in, out, file.oleStr(), speed, delay, maxFrames)) {
         return false;
     }
-    vcore::timed_guard lock(*this, 1000);
-    startRange(loader_.inPoint(), loader_.outPoint(), speed);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
+    startLoadedRange(file.oleStr(), speed);
     return true;
+}
+
+dvFrameStore* dvPlayFilter::attachedStore() const {
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
+    return store_;
 }
 
 /// Has the loader read the range ahead, in the direction of `speed`, for `delay` ms.
 bool dvPlayFilter::loadRange(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
                              int delay, unsigned long maxFrames) {
-    if (!dvFrameLoad::playable(name)) {
-        return false;
-    }
     loader_.setSpeed(speed);
     if (!loader_.init(name, in, out, maxFrames)) {
+        loader_.setSpeed(this->speed());
         return false;
     }
     Sleep(static_cast<DWORD>(std::max(delay, 0)));
     return true;
 }
 
-/// The caller holds the lock.
-void dvPlayFilter::startRange(unsigned long long in, unsigned long long out, double speed) {
-    position_100ns_ = positionOf(static_cast<long long>(in));
+void dvPlayFilter::startRange(double speed) {
+    position_100ns_ = positionOf(static_cast<long long>(inPoint_));
     speed_ = speed;
-    inPoint_ = in;
-    outPoint_ = out;
     replaying_ = true;
     live_ = false;
 }
 
+void dvPlayFilter::startLoadedRange(const wchar_t* name, double speed) {
+    replayFile_ = fullPath(name);
+    inPoint_ = loader_.inPoint();
+    outPoint_ = loader_.outPoint();
+    startRange(speed);
+}
+
 void dvPlayFilter::seekFrame(long long frame) {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     if (replaying_ && rangeLength() > 0) {
         frame = wrapIntoRange(frame);
     }
@@ -172,7 +174,7 @@ void dvPlayFilter::seekFrame(long long frame) {
 }
 
 bool dvPlayFilter::setPause(bool paused) {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     paused_ = paused;
     return true;
 }
@@ -181,14 +183,14 @@ bool dvPlayFilter::setSpeed(double speed) {
     if (!std::isfinite(speed)) {
         return false;
     }
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     speed_ = speed;
     loader_.setSpeed(speed);
     return true;
 }
 
 void dvPlayFilter::setRecording(bool recording) {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     recording_ = recording;
 }
 
@@ -201,52 +203,53 @@ unsigned long dvPlayFilter::breaker() const {
 }
 
 HWND dvPlayFilter::setInfoDrain(HWND window, unsigned int message, play_info* info) {
-    vcore::timed_guard lock(*this, 50);
+    vcore::timed_guard lock(filterLock(), drainWait_ms);
     infoMessage_ = message;
     info_ = info;
     return std::exchange(infoWindow_, window);
 }
 
 long long dvPlayFilter::period() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return period_100ns_;
 }
 
 long long dvPlayFilter::frame() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return period_100ns_ != 0 ? position_100ns_ / period_100ns_ : 0;
 }
 
 bool dvPlayFilter::paused() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return paused_;
 }
 
 bool dvPlayFilter::playing() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return !live_;
 }
 
 double dvPlayFilter::speed() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return speed_;
 }
 
 unsigned long long dvPlayFilter::playedFrame() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return lastShown_;
 }
 
 void dvPlayFilter::done() {
     stopDelivery(join_ms);
     {
-        vcore::timed_guard lock(*this, 500);
+        vcore::timed_guard lock(filterLock(), setUpWait_ms);
         period_100ns_ = 0;
         frameSize_ = 0;
         loader_.done();
         allocator_.done();
         store_ = nullptr;
         display_.reset();
+        recording_ = false;
     }
     _initSync();
 }
@@ -272,8 +275,7 @@ long long dvPlayFilter::wrapIntoRange(long long frame) const {
     return (offset % length + length) % length + first;
 }
 
-dvPlayFilter::Tick dvPlayFilter::beginTick() {
-    vcore::timed_guard lock(*this, 1000);
+dvPlayFilter::Tick dvPlayFilter::dueTick() {
     const unsigned long long newest = newestFrame();
     Tick tick;
     tick.start = streamTime_100ns_;
@@ -292,7 +294,6 @@ dvPlayFilter::Tick dvPlayFilter::beginTick() {
     return tick;
 }
 
-/// The caller holds the lock.
 void dvPlayFilter::postInfo(long long frame, unsigned long long newest) {
     if (!infoWindow_ || !info_) {
         return;
@@ -304,14 +305,11 @@ void dvPlayFilter::postInfo(long long frame, unsigned long long newest) {
 }
 
 bool dvPlayFilter::fetchInto(vvideo::dvFrame* frame, unsigned long long number) {
-    // That number stands for an empty slot, which would be found under it.
-    if (number == vvideo::noFrame) {
-        return false;
-    }
-    return (store_ && store_->get(frame, number)) || loader_.get(frame, number);
+    const bool captured =
+        store_ && (live_ ? store_->get(frame, number) : store_->get(frame, number, replayFile_.oleStr()));
+    return captured || loader_.get(frame, number);
 }
 
-/// The caller holds the lock.
 void dvPlayFilter::fetch(long long frame) {
     const auto number = static_cast<unsigned long long>(frame);
     if (number != lastShown_ && !fetchInto(display_.get(), number)) {
@@ -323,7 +321,6 @@ void dvPlayFilter::fetch(long long frame) {
     lastShown_ = number;
 }
 
-/// The caller holds the lock.
 void dvPlayFilter::advance() {
     const double step =
         std::clamp(static_cast<double>(period_100ns_) * speed_, -fastestAdvance_100ns, fastestAdvance_100ns);
@@ -332,18 +329,19 @@ void dvPlayFilter::advance() {
 }
 
 IMediaSample* dvPlayFilter::nextSample() {
-    const Tick tick = beginTick();
-    emitSignal(L"playTime", 0);
+    Tick tick;
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
+        tick = dueTick();
         fetch(tick.frame);
     }
+    emitSignal(L"playTime", 0);
     IMediaSample* sample = takeSample();
     if (!sample) {
         return nullptr;
     }
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         if (display_) {
             display_->copyTo(sample);
         }

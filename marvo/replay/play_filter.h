@@ -1,6 +1,9 @@
+/// @file
+/// The filter that plays: live, and replays.
 #pragma once
 
 #include "marvo/core/str.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/core/vobject.h"
 #include "marvo/replay/frame_loader.h"
 #include "marvo/replay/frame_store.h"
@@ -10,19 +13,22 @@
 #include "marvo/video/media_type.h"
 
 /// The source of the play graph: each tick it works out which frame is due, fetches it from the frame store
-/// or else from its frame loader, and sends it on.
+/// or else from its frame loader, and sends it on. In a replay the frame store is asked only when the file
+/// being played is the recording whose numbers the store's ring holds.
 ///
 /// Live it follows the newest captured frame: up to 4 frames behind it advances one frame a tick, further
 /// behind two, more than 25 behind it jumps; paused, it does neither. In a replay it plays a range of a
 /// recording at a speed (fractions repeat frames, negative speeds go backward, 0 holds), looping within the
 /// range. A frame that is not there yet holds position and picture instead of being skipped.
 ///
-/// Emits "playTime" (no arguments) once per tick on the delivery thread; its receivers must not wait for the
-/// host's thread, which waits for the delivery thread in `done`. Posts the host's message to the info drain:
-/// the first parameter holds the low 32 bits of the frame number, the second the address of the record.
+/// Posts the host's message to the info drain once per tick: the first parameter holds the low 32 bits of the
+/// frame number, the second the address of the record. Then emits "playTime" (no arguments) on the delivery
+/// thread, without a lock; its receivers must not wait for the host's thread, which waits for the delivery
+/// thread in `done`.
 ///
 /// Threads: see `dvPacedSource`; the commands come from the host's thread. The filter lock guards all
-/// playback state; the loader's and the store's locks are taken inside it. A timed wait that runs out is not
+/// playback state, and one tick chooses and fetches its frame under it, so that a command comes either before
+/// or after both. The loader's and the store's locks are taken inside it. A timed wait that runs out is not
 /// an error.
 class MARVO_API dvPlayFilter : public vcore::vObject, public dvPacedSource {
 public:
@@ -53,12 +59,14 @@ public:
     /// when it is null, at `speed`, after `delay` ms in which the loader reads ahead with at most `maxFrames`
     /// frames.
     ///
-    /// The range that is loaded already starts again at once, without delay. False, and nothing changes, when
-    /// there is neither name nor store or the recording cannot be opened.
+    /// The range that is loaded already starts again at once, without delay. False, and the replay before
+    /// goes on, when there is neither name nor store, when the recording cannot be opened, and for a speed
+    /// that is infinite or not a number.
     bool play(unsigned long long in, unsigned long long out, const wchar_t* name, double speed, int delay,
               unsigned long maxFrames);
 
-    /// Moves to a frame; in a replay it is wrapped into the range.
+    /// Moves to a frame; in a replay it is wrapped into the range. Live, a frame that is not there (beyond
+    /// the newest, or gone from the store) holds the picture until it comes, or until `live`.
     void seekFrame(long long frame);
 
     /// Holds or releases the shown frame. Always true.
@@ -98,8 +106,8 @@ public:
     /// The number of the frame fetched last, all ones before the first.
     unsigned long long playedFrame() const;
 
-    /// Stops delivering and loading and forgets the store. Takes up to 1.5 s when a downstream filter is held
-    /// up.
+    /// Stops delivering and loading, forgets the store, and that it records. Takes up to 1.5 s when a
+    /// downstream filter is held up.
     virtual void done();
 
 protected:
@@ -112,35 +120,40 @@ private:
         long long frame = 0;
     };
 
-    Tick beginTick();
-    void postInfo(long long frame, unsigned long long newest);
-    void fetch(long long frame);
-    bool fetchInto(vvideo::dvFrame* frame, unsigned long long number);
-    unsigned long long newestFrame() const;
-    long long positionOf(long long frame) const;
-    long long rangeLength() const;
-    long long wrapIntoRange(long long frame) const;
-    void advance();
-    void showGray(unsigned long frameSize);
-    void goLive(long long position_100ns);
+    Tick dueTick() MARVO_REQUIRES(filterLock());
+    void postInfo(long long frame, unsigned long long newest) MARVO_REQUIRES(filterLock());
+    void fetch(long long frame) MARVO_REQUIRES(filterLock());
+    bool fetchInto(vvideo::dvFrame* frame, unsigned long long number) MARVO_REQUIRES(filterLock());
+    unsigned long long newestFrame() const MARVO_REQUIRES(filterLock());
+    long long positionOf(long long frame) const MARVO_REQUIRES(filterLock());
+    long long rangeLength() const MARVO_REQUIRES(filterLock());
+    long long wrapIntoRange(long long frame) const MARVO_REQUIRES(filterLock());
+    void advance() MARVO_REQUIRES(filterLock());
+    void prepare() MARVO_REQUIRES(filterLock());
+    void goLive(long long position_100ns) MARVO_REQUIRES(filterLock());
+    dvFrameStore* attachedStore() const;
     bool loadRange(unsigned long long in, unsigned long long out, const wchar_t* name, double speed,
                    int delay, unsigned long maxFrames);
-    void startRange(unsigned long long in, unsigned long long out, double speed);
+    void startRange(double speed) MARVO_REQUIRES(filterLock());
+    void startLoadedRange(const wchar_t* name, double speed) MARVO_REQUIRES(filterLock());
 
-    HWND infoWindow_ = nullptr;
-    unsigned int infoMessage_ = 0;
-    play_info* info_ = nullptr;
-    long long position_100ns_ = 0;
-    dvFrameStore* store_ = nullptr;
+    HWND infoWindow_ MARVO_GUARDED_BY(filterLock()) = nullptr;
+    unsigned int infoMessage_ MARVO_GUARDED_BY(filterLock()) = 0;
+    play_info* info_ MARVO_GUARDED_BY(filterLock()) = nullptr;
+    long long position_100ns_ MARVO_GUARDED_BY(filterLock()) = 0;
+    dvFrameStore* store_ MARVO_GUARDED_BY(filterLock()) = nullptr;
     dvFrameLoad loader_;
-    std::unique_ptr<vvideo::dvFrame> display_;
-    bool paused_ = false;
-    bool replaying_ = false;
-    bool live_ = true;
-    unsigned long long inPoint_ = ~0ull;
-    unsigned long long outPoint_ = ~0ull;
-    double speed_ = 1.0;
-    unsigned long long lastShown_ = ~0ull;
-    bool recording_ = false;
+    std::unique_ptr<vvideo::dvFrame> display_ MARVO_GUARDED_BY(filterLock());
+    bool paused_ MARVO_GUARDED_BY(filterLock()) = false;
+    bool replaying_ MARVO_GUARDED_BY(filterLock()) = false;
+    bool live_ MARVO_GUARDED_BY(filterLock()) = true;
+    unsigned long long inPoint_ MARVO_GUARDED_BY(filterLock()) = ~0ull;
+    unsigned long long outPoint_ MARVO_GUARDED_BY(filterLock()) = ~0ull;
+    /// Full path of the recording being replayed.
+    vcore::str replayFile_ MARVO_GUARDED_BY(filterLock());
+    double speed_ MARVO_GUARDED_BY(filterLock()) = 1.0;
+    unsigned long long lastShown_ MARVO_GUARDED_BY(filterLock()) = ~0ull;
+    bool recording_ MARVO_GUARDED_BY(filterLock()) = false;
+    /// The host's thread only.
     vvideo::dvMediaType type_;
 };

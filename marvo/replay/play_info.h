@@ -1,3 +1,5 @@
+/// @file
+/// What the host is told about play.
 #pragma once
 
 #include <cstdint>

@@ -3,6 +3,18 @@
 #include "marvo/core/timed_guard.h"
 #include "marvo/video/enum_pins.h"
 
+namespace {
+
+/// How long the filter lock is waited for ...
+constexpr unsigned long lockWait_ms = 1000;
+/// ... and at the end, when what it guards is not needed any more.
+constexpr unsigned long lastLockWait_ms = 300;
+/// How long a sample waits for the one before it, and `done` for the one on its way.
+constexpr unsigned long receiveWait_ms = 4000;
+constexpr unsigned long lastReceiveWait_ms = 100;
+
+} // namespace
+
 dvRecFilter::dvRecFilter()
     : vcore::semaphore(1, 1), receiveLock_(1, 1),
       input_(std::make_unique<vvideo::dvInputPin>(this, L"Input", 0)),
@@ -19,7 +31,7 @@ bool dvRecFilter::init(unsigned long frames) {
     vvideo::dvMediaType type;
     getMediaType(type);
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         paused_ = false;
         done_ = false;
         samples_ = 0;
@@ -28,17 +40,17 @@ bool dvRecFilter::init(unsigned long frames) {
 }
 
 bool dvRecFilter::paused() const {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     return paused_;
 }
 
 void dvRecFilter::setPause(bool paused) {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     paused_ = paused;
 }
 
 unsigned long dvRecFilter::frameCount() {
-    vcore::timed_guard lock(*this, 1000);
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
     const unsigned long samples = samples_;
     samples_ = 0;
     return samples;
@@ -70,11 +82,11 @@ bool dvRecFilter::receive(vvideo::dvInputPin*, IMediaSample* sample) {
     }
     bool paused = false;
     {
-        vcore::timed_guard lock(*this, 1000);
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
         paused = paused_;
         ++samples_;
     }
-    vcore::timed_guard receiving(receiveLock_, 4000);
+    vcore::timed_guard receiving(receiveLock_, receiveWait_ms);
     if (!paused) {
         store_.add(sample);
     }
@@ -91,9 +103,9 @@ HRESULT STDMETHODCALLTYPE dvRecFilter::EnumPins(IEnumPins** out) {
 
 void dvRecFilter::done() {
     {
-        vcore::timed_guard lock(*this, 300);
+        vcore::timed_guard lock(filterLock(), lastLockWait_ms);
         done_ = true;
     }
+    { vcore::timed_guard sampleOnItsWay(receiveLock_, lastReceiveWait_ms); }
     store_.done();
-    vcore::timed_guard sampleOnItsWay(receiveLock_, 100);
 }

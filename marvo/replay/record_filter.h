@@ -1,6 +1,9 @@
+/// @file
+/// The filter that takes the captured frames.
 #pragma once
 
 #include "marvo/core/semaphore.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/replay/frame_store.h"
 #include "marvo/video/base_filter.h"
 #include "marvo/video/input_pin.h"
@@ -28,7 +31,8 @@ public:
     dvRecFilter& operator=(const dvRecFilter&) = delete;
 
     /// Makes the frame store ready for `frames` frames of the connected format; call it once the input pin is
-    /// connected. Clears pause, counter and a former `done`. False when the store cannot have its ring.
+    /// connected. Clears pause, counter and a former `done`. False when the store cannot have its ring, which
+    /// needs at least one slot.
     virtual bool init(unsigned long frames);
 
     /// The frame store; lives as long as this filter.
@@ -39,7 +43,7 @@ public:
     /// Pauses storing, or resumes it.
     void setPause(bool paused);
 
-    /// Samples received since the last call; the counter begins again at 0.
+    /// Samples received since the last call; the counter starts again at 0.
     unsigned long frameCount();
 
     /// Copies the input pin's connection media type into `type`, whose former content is not freed.
@@ -64,15 +68,18 @@ public:
     /// The pins "Input" and "Preview", in this order.
     HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins** out) override;
 
-    /// Refuses further samples, ends the store, and waits up to 100 ms for a sample on its way.
+    /// Refuses further samples, waits up to 100 ms for the one on its way, which still belongs to the
+    /// recording, and ends the store.
     virtual void done();
 
 private:
+    const vcore::semaphore& filterLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
+
     dvFrameStore store_;
     vcore::semaphore receiveLock_;
     std::unique_ptr<vvideo::dvInputPin> input_;
     std::unique_ptr<vvideo::dvOutputPin> preview_;
     std::atomic<bool> done_ = false;
-    bool paused_ = false;
-    unsigned long samples_ = 0;
+    bool paused_ MARVO_GUARDED_BY(filterLock()) = false;
+    unsigned long samples_ MARVO_GUARDED_BY(filterLock()) = 0;
 };

@@ -1,3 +1,5 @@
+/// @file
+/// The request to stop that no start can lose.
 #pragma once
 
 #include "marvo/core/winthread.h"

@@ -1,5 +1,7 @@
 #include "marvo/video/alloc.h"
 
+#include <limits>
+
 namespace vvideo {
 
 dvAlloc::dvAlloc() : threadID_(GetCurrentThreadId()) {
@@ -53,6 +55,12 @@ bool dvAlloc::init(unsigned long bufferSize, unsigned long buffers, unsigned lon
     }
     allocator_->Decommit();
     count_ = buffers;
+    // The system's allocator counts in 32 bits, and buffers of a size that wraps would lie over each other.
+    constexpr long long most = (std::numeric_limits<long>::max)();
+    const long long each = 1ll * bufferSize + prefix + align;
+    if (each > most || (buffers && each > most / buffers)) {
+        return false;
+    }
     ALLOCATOR_PROPERTIES wanted{};
     wanted.cBuffers = static_cast<long>(buffers);
     wanted.cbBuffer = static_cast<long>(bufferSize);
@@ -60,6 +68,11 @@ bool dvAlloc::init(unsigned long bufferSize, unsigned long buffers, unsigned lon
     wanted.cbPrefix = static_cast<long>(prefix);
     ALLOCATOR_PROPERTIES actual{};
     allocator_->SetProperties(&wanted, &actual);
+    // An allocator that refuses, because samples are still out, goes on with what it had; that may serve.
+    if (FAILED(allocator_->GetProperties(&actual)) || actual.cbBuffer < wanted.cbBuffer ||
+        actual.cBuffers < wanted.cBuffers) {
+        return false;
+    }
     return allocator_->Commit() == S_OK;
 }
 

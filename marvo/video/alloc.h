@@ -2,10 +2,9 @@
 /// The source of media samples.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 
@@ -27,7 +26,9 @@ public:
     /// one.
     bool create();
     /// Commits `buffers` buffers of `bufferSize` bytes. `align` must be at least 1: the system allocator
-    /// refuses 0. False without an allocator or when it refuses.
+    /// refuses 0. False without an allocator, when all buffers together reach 2 GB, or when the allocator
+    /// refuses; one that keeps its former buffers, since samples are still out, will do if they are as many
+    /// and as large.
     bool init(unsigned long bufferSize, unsigned long buffers, unsigned long prefix, unsigned long align);
     /// Decommits the allocator: waiting `getSample` calls fail.
     void done();
@@ -47,7 +48,7 @@ public:
 private:
     bool createAllocator();
 
-    reference<IMemAllocator> allocator_;
+    Reference<IMemAllocator> allocator_;
     unsigned long count_ = 0;
     unsigned long threadID_;
 };

@@ -54,7 +54,7 @@ HRESULT STDMETHODCALLTYPE dvBaseFilter::GetSyncSource(IReferenceClock** clock) {
     if (!clock) {
         return E_POINTER;
     }
-    *clock = reference(clock_).release();
+    *clock = Reference(clock_).release();
     return S_OK;
 }
 

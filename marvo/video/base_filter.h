@@ -2,11 +2,10 @@
 /// The base of the library's own filters.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/obj.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 
@@ -53,7 +52,7 @@ protected:
     IReferenceClock* clock() const { return clock_.get(); }
 
 private:
-    reference<IReferenceClock> clock_;
+    Reference<IReferenceClock> clock_;
     FILTER_STATE state_ = State_Stopped;
     FILTER_INFO info_{};
 };

@@ -1,5 +1,6 @@
 #include "marvo/video/enum_media_types.h"
 
+#include <algorithm>
 #include <new>
 
 namespace vvideo {
@@ -31,7 +32,7 @@ HRESULT STDMETHODCALLTYPE dvEnumMediaTypes::Next(ULONG n, AM_MEDIA_TYPE** out, U
 }
 
 HRESULT STDMETHODCALLTYPE dvEnumMediaTypes::Skip(ULONG n) {
-    position_ += n;
+    position_ += std::min(n, ~position_); // never comes round to the start
     return position_ >= count_ ? S_FALSE : S_OK;
 }
 

@@ -1,5 +1,6 @@
 #include "marvo/video/enum_pins.h"
 
+#include <algorithm>
 #include <new>
 
 namespace vvideo {
@@ -36,7 +37,7 @@ HRESULT STDMETHODCALLTYPE dvEnumPins::Next(ULONG n, IPin** out, ULONG* fetched) 
 }
 
 HRESULT STDMETHODCALLTYPE dvEnumPins::Skip(ULONG n) {
-    position_ += n;
+    position_ += std::min(n, ~position_); // never comes round to the start
     return S_OK;
 }
 

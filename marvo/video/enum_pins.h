@@ -2,10 +2,9 @@
 /// The enumerator of a filter's pins.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/video/obj.h"
-
-#include <dshow.h>
 
 #include <initializer_list>
 

@@ -129,7 +129,7 @@ void writeSyncBlocks(unsigned char* at, bool firstBlock, const SYSTEMTIME& time,
 
 } // namespace
 
-void dvFrame::pageFree::operator()(unsigned char* page) const {
+void dvFrame::PageFree::operator()(unsigned char* page) const {
     operator delete[](page, pageAlignment);
 }
 

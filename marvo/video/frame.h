@@ -2,9 +2,8 @@
 /// One DV frame in memory.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
-
-#include <dshow.h>
 
 #include <memory>
 
@@ -73,7 +72,7 @@ public:
     void setDate(const vcore::daytime& t);
 
 private:
-    struct MARVO_API pageFree {
+    struct MARVO_API PageFree {
         void operator()(unsigned char* page) const;
     };
 
@@ -82,7 +81,7 @@ private:
     int audioSample(unsigned long block) const;
 
     unsigned long size_ = 0;
-    std::unique_ptr<unsigned char[], pageFree> data_;
+    std::unique_ptr<unsigned char[], PageFree> data_;
     unsigned long long id_ = noFrame;
     mutable int access_ = 0;
 };

@@ -11,9 +11,10 @@ namespace vvideo {
 namespace {
 
 /// The ring's lock waits without limit: nothing is called while it is held.
-class ring_guard : public vcore::timed_guard {
+class MARVO_SCOPED_CAPABILITY RingGuard : vcore::timed_guard {
 public:
-    explicit ring_guard(const vcore::semaphore& lock) : timed_guard(lock, INFINITE) {}
+    explicit RingGuard(const vcore::semaphore& lock) MARVO_ACQUIRE(lock) : timed_guard(lock, INFINITE) {}
+    ~RingGuard() MARVO_RELEASE() = default;
 };
 
 } // namespace
@@ -24,11 +25,11 @@ dvFramePool& dvFramePool::operator=(const dvFramePool& source) {
     if (this == &source) {
         return *this;
     }
-    frames copies;
+    Frames copies;
     unsigned long frameSize, count;
     unsigned long long inPos, outPos;
     {
-        ring_guard guard(source.lock_);
+        RingGuard guard(source.lock_);
         frameSize = source.frameSize_;
         count = source.count_;
         inPos = source.inPos_;
@@ -41,7 +42,7 @@ dvFramePool& dvFramePool::operator=(const dvFramePool& source) {
             frameSize = count = 0;
         }
     }
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     frames_ = std::move(copies);
     frameSize_ = frameSize;
     count_ = count;
@@ -50,8 +51,8 @@ dvFramePool& dvFramePool::operator=(const dvFramePool& source) {
     return *this;
 }
 
-bool dvFramePool::makeFrames(unsigned long frameSize, unsigned long count, frames& made) {
-    frames array(new (std::nothrow) std::unique_ptr<dvFrame>[count]);
+bool dvFramePool::makeFrames(unsigned long frameSize, unsigned long count, Frames& made) {
+    Frames array(new (std::nothrow) std::unique_ptr<dvFrame>[count]);
     if (!array) {
         return false;
     }
@@ -67,7 +68,7 @@ bool dvFramePool::makeFrames(unsigned long frameSize, unsigned long count, frame
 
 bool dvFramePool::init(unsigned long frameSize, unsigned long count) {
     done();
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     if (!makeFrames(frameSize, count, frames_)) {
         return false;
     }
@@ -78,100 +79,115 @@ bool dvFramePool::init(unsigned long frameSize, unsigned long count) {
 }
 
 void dvFramePool::done() {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     frames_.reset();
     count_ = frameSize_ = 0;
     inPos_ = outPos_ = ~0ull;
 }
 
 dvFrame* dvFramePool::frame(unsigned long long pos) const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return count_ ? frames_[pos % count_].get() : nullptr;
 }
 
 unsigned long long dvFramePool::inPos() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return inPos_;
 }
 
 unsigned long long dvFramePool::outPos() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return outPos_;
 }
 
 unsigned long long dvFramePool::incIn() {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return inPos_++;
 }
 
 unsigned long long dvFramePool::incOut() {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return outPos_++;
 }
 
 unsigned long long dvFramePool::correctOut() {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return outPos_ = inPos_ - count_ / 2;
 }
 
 long long dvFramePool::advantage() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return static_cast<long long>(inPos_ - outPos_);
 }
 
 bool dvFramePool::overrun() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     const auto used = static_cast<long long>(inPos_ - outPos_ + 1);
     return used >= 0 && used >= static_cast<long long>(count_);
 }
 
 bool dvFramePool::underrun() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return static_cast<long long>(outPos_) >= static_cast<long long>(inPos_);
 }
 
 void dvFramePool::set(unsigned long long pos) {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     inPos_ = outPos_ = pos;
-    for (const auto& frame : *this) {
-        frame->setId(noFrame);
+    std::for_each(begin(), end(), [](const auto& frame) { frame->setId(noFrame); });
+}
+
+dvFrame* dvFramePool::claim() {
+    RingGuard guard(lock_);
+    if (!count_) {
+        return nullptr;
     }
+    dvFrame* const claimed = frames_[inPos_ % count_].get();
+    claimed->setId(noFrame);
+    return claimed;
+}
+
+void dvFramePool::publish(unsigned long long number) {
+    RingGuard guard(lock_);
+    if (count_) {
+        frames_[inPos_ % count_]->setId(number);
+    }
+    ++inPos_;
 }
 
 dvFrame* dvFramePool::findFrame(unsigned long long id) {
-    ring_guard guard(lock_);
+    if (id == noFrame) {
+        return nullptr;
+    }
+    RingGuard guard(lock_);
     const auto found = std::find_if(begin(), end(), [id](const auto& frame) { return frame->id() == id; });
     return found == end() ? nullptr : found->get();
 }
 
 void dvFramePool::resetAccess() {
-    ring_guard guard(lock_);
-    for (const auto& frame : *this) {
-        frame->access() = -1;
-    }
+    RingGuard guard(lock_);
+    std::for_each(begin(), end(), [](const auto& frame) { frame->access() = -1; });
 }
 
 void dvFramePool::lowerAccess() {
-    ring_guard guard(lock_);
-    for (const auto& frame : *this) {
-        --frame->access();
-    }
+    RingGuard guard(lock_);
+    std::for_each(begin(), end(), [](const auto& frame) { --frame->access(); });
 }
 
 dvFrame* dvFramePool::findOldest() {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     const auto oldest = std::min_element(
         begin(), end(), [](const auto& a, const auto& b) { return a->access() < b->access(); });
     return oldest == end() ? nullptr : oldest->get();
 }
 
 unsigned long dvFramePool::frameSize() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return frameSize_;
 }
 
 unsigned long dvFramePool::count() const {
-    ring_guard guard(lock_);
+    RingGuard guard(lock_);
     return count_;
 }
 

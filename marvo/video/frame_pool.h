@@ -4,6 +4,7 @@
 
 #include "marvo/core/platform.h"
 #include "marvo/core/semaphore.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/video/frame.h"
 
 #include <memory>
@@ -49,12 +50,19 @@ public:
     bool overrun() const;
     /// Whether nothing is left to read.
     bool underrun() const;
+    /// Takes the frame at the write position out of the ring for the caller to fill: no number leads to it
+    /// until `publish`. Null when there are no frames.
+    dvFrame* claim();
+    /// Gives the frame at the write position its number and moves that position on, in one step: whoever
+    /// finds the number, or sees the position, finds the contents.
+    void publish(unsigned long long number);
     /// Empties every frame and sets both positions to 0.
     void flush() { set(0); }
     /// Empties every frame and sets both positions to `pos`.
     void set(unsigned long long pos);
 
-    /// The first frame in slot order with that number, null when there is none.
+    /// The first frame in slot order with that number, null when there is none. `noFrame` is no number: null,
+    /// however many slots are empty.
     dvFrame* findFrame(unsigned long long id);
     /// Sets every frame's access counter to -1.
     void resetAccess();
@@ -69,18 +77,18 @@ public:
     unsigned long count() const;
 
 private:
-    using frames = std::unique_ptr<std::unique_ptr<dvFrame>[]>;
+    using Frames = std::unique_ptr<std::unique_ptr<dvFrame>[]>;
 
-    static bool makeFrames(unsigned long frameSize, unsigned long count, frames& made);
-    std::unique_ptr<dvFrame>* begin() const { return frames_.get(); }
-    std::unique_ptr<dvFrame>* end() const { return frames_.get() + count_; }
+    static bool makeFrames(unsigned long frameSize, unsigned long count, Frames& made);
+    std::unique_ptr<dvFrame>* begin() const MARVO_REQUIRES(lock_) { return frames_.get(); }
+    std::unique_ptr<dvFrame>* end() const MARVO_REQUIRES(lock_) { return frames_.get() + count_; }
 
     vcore::semaphore lock_;
-    frames frames_;
-    unsigned long frameSize_ = 0;
-    unsigned long count_ = 0;
-    unsigned long long inPos_ = 0;
-    unsigned long long outPos_ = 0;
+    Frames frames_ MARVO_GUARDED_BY(lock_);
+    unsigned long frameSize_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long count_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long long inPos_ MARVO_GUARDED_BY(lock_) = 0;
+    unsigned long long outPos_ MARVO_GUARDED_BY(lock_) = 0;
 };
 
 } // namespace vvideo

@@ -6,21 +6,17 @@
 
 namespace vvideo {
 
-dvInputPin::dvInputPin(IBaseFilter* filter, const wchar_t* name, int) : lock_(1, 1), filter_(filter) {
-    copyPinName(name_, name);
-}
+dvInputPin::dvInputPin(IBaseFilter* filter, const wchar_t* name, int)
+    : PinBase(filter, name, PINDIR_INPUT), sinkLock_(1, 1) {}
 
 dvInputPin::~dvInputPin() {
     if (allocator_) {
         allocator_->Release();
     }
-    if (isForeign()) {
-        peer_->Release();
-    }
 }
 
 void dvInputPin::registerSink(dvSink* sink) {
-    vcore::timed_guard guard(lock_, INFINITE);
+    vcore::timed_guard guard(sinkLock_, INFINITE);
     sink_ = sink;
 }
 
@@ -36,32 +32,24 @@ HRESULT STDMETHODCALLTYPE dvInputPin::QueryInterface(REFIID id, void** out) {
     if (id == IID_IMemInputPin) {
         return answer(static_cast<IMemInputPin*>(this), out);
     }
-    const bool pin = id == IID_IPin || id == IID_IUnknown || id == IID_dvOwnPin;
-    return answer(pin ? static_cast<IPin*>(this) : nullptr, out);
+    return PinBase::QueryInterface(id, out);
 }
 
 ULONG STDMETHODCALLTYPE dvInputPin::AddRef() {
-    if (filter_) {
-        filter_->AddRef();
+    if (filter()) {
+        filter()->AddRef();
     }
-    return dvObj<IPin>::AddRef();
+    return PinBase::AddRef();
 }
 
 // The filter last: it may go with its last reference, and this pin with it.
 ULONG STDMETHODCALLTYPE dvInputPin::Release() {
-    IBaseFilter* const filter = filter_;
-    const ULONG left = dvObj<IPin>::Release();
-    if (filter) {
-        filter->Release();
+    IBaseFilter* const owner = filter();
+    const ULONG left = PinBase::Release();
+    if (owner) {
+        owner->Release();
     }
     return left;
-}
-
-HRESULT dvInputPin::checkUnconnected(IPin* pin) const {
-    if (peer_) {
-        return VFW_E_ALREADY_CONNECTED;
-    }
-    return pin ? S_OK : E_POINTER;
 }
 
 bool dvInputPin::accepts(const AM_MEDIA_TYPE* mt) {
@@ -71,12 +59,8 @@ bool dvInputPin::accepts(const AM_MEDIA_TYPE* mt) {
 }
 
 void dvInputPin::takeConnection(IPin* pin, const AM_MEDIA_TYPE* mt) {
-    type_ = mt;
-    peer_ = pin;
-    house_ = isOwnPin(pin);
-    if (isForeign()) {
-        pin->AddRef();
-    }
+    mediaType() = mt;
+    setPeer(pin, !isOwn(pin));
     if (dvSink* const sink = sink_) {
         sink->notifyConnect(this);
     }
@@ -101,19 +85,18 @@ HRESULT STDMETHODCALLTYPE dvInputPin::ReceiveConnection(IPin* pin, const AM_MEDI
     // An own output pin keeps this one without a reference and releases it when it is disconnected. This is
     // the reference that it releases; a cycle of connecting and disconnecting both leaves the count as it
     // was.
-    if (house_) {
+    if (!peerReferenced()) {
         AddRef();
     }
     return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::Disconnect() {
-    if (!peer_) {
+    if (!connected()) {
         return S_FALSE;
     }
     dropAllocator();
-    house_ = true;
-    IPin* const peer = std::exchange(peer_, nullptr);
+    IPin* const peer = takePeer();
     if (dvSink* const sink = sink_) {
         sink->notifyDisconnect(this);
     }
@@ -121,47 +104,15 @@ HRESULT STDMETHODCALLTYPE dvInputPin::Disconnect() {
     return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE dvInputPin::ConnectedTo(IPin** pin) {
-    if (!peer_) {
-        return VFW_E_NOT_CONNECTED;
-    }
-    if (!pin) {
-        return E_POINTER;
-    }
-    peer_->AddRef();
-    *pin = peer_;
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvInputPin::ConnectionMediaType(AM_MEDIA_TYPE* mt) {
-    if (!mt) {
-        return E_POINTER;
-    }
-    copyMediaType(*mt, type_);
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvInputPin::QueryPinInfo(PIN_INFO* info) {
-    return fillPinInfo(info, filter_, PINDIR_INPUT, name_);
-}
-
-HRESULT STDMETHODCALLTYPE dvInputPin::QueryDirection(PIN_DIRECTION* direction) {
-    if (!direction) {
-        return E_POINTER;
-    }
-    *direction = PINDIR_INPUT;
-    return S_OK;
-}
-
 HRESULT STDMETHODCALLTYPE dvInputPin::QueryId(LPWSTR* id) {
     if (!id) {
         return E_POINTER;
     }
-    *id = static_cast<LPWSTR>(CoTaskMemAlloc(sizeof(name_)));
+    *id = static_cast<LPWSTR>(CoTaskMemAlloc(MAX_PIN_NAME * sizeof(wchar_t)));
     if (!*id) {
         return E_OUTOFMEMORY;
     }
-    lstrcpynW(*id, name_, MAX_PIN_NAME);
+    lstrcpynW(*id, name(), MAX_PIN_NAME);
     return S_OK;
 }
 
@@ -193,18 +144,6 @@ HRESULT STDMETHODCALLTYPE dvInputPin::EndOfStream() {
     return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE dvInputPin::BeginFlush() {
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvInputPin::EndFlush() {
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvInputPin::NewSegment(REFERENCE_TIME, REFERENCE_TIME, double) {
-    return S_OK;
-}
-
 HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocator(IMemAllocator** allocator) {
     if (!allocator) {
         return E_POINTER;
@@ -212,7 +151,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocator(IMemAllocator** allocator) {
     if (!allocator_) {
         return VFW_E_NO_ALLOCATOR;
     }
-    if (isForeign()) {
+    if (peerReferenced()) {
         allocator_->AddRef();
     }
     *allocator = allocator_;
@@ -227,13 +166,12 @@ void dvInputPin::dropAllocator() {
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::NotifyAllocator(IMemAllocator* allocator, BOOL) {
-    const bool connected = peer_ != nullptr;
-    if (allocator && connected) {
+    if (allocator && connected()) {
         allocator->AddRef();
     }
     dropAllocator();
     allocator_ = allocator;
-    allocatorReferenced_ = connected;
+    allocatorReferenced_ = connected();
     if (dvSink* const sink = sink_) {
         sink->notifyAllocator(this);
     }
@@ -251,7 +189,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocatorRequirements(ALLOCATOR_PROPERT
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::Receive(IMediaSample* sample) {
-    const bool house = house_;
+    const bool house = !peerReferenced();
     if (dvSink* const sink = sink_) {
         sink->receive(this, sample);
     }
@@ -268,8 +206,8 @@ HRESULT STDMETHODCALLTYPE dvInputPin::ReceiveMultiple(IMediaSample** samples, lo
     if (!samples) {
         return E_POINTER;
     }
-    const bool house = house_;
-    vcore::timed_guard guard(lock_, INFINITE);
+    const bool house = !peerReferenced();
+    vcore::timed_guard guard(sinkLock_, INFINITE);
     dvSink* const sink = sink_;
     for (long i = 0; i < n; ++i) {
         if (sink && sink->receive(this, samples[i])) {

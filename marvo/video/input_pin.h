@@ -2,15 +2,13 @@
 /// The input pin.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/core/semaphore.h"
 #include "marvo/video/enum_media_types.h"
 #include "marvo/video/media_type.h"
-#include "marvo/video/obj.h"
-#include "marvo/video/own_pin.h"
+#include "marvo/video/pin_base.h"
 #include "marvo/video/sink.h"
-
-#include <dshow.h>
 
 #include <atomic>
 
@@ -27,9 +25,9 @@ namespace vvideo {
 /// never `Release`s it.
 ///
 /// Threads: `Receive`, `ReceiveMultiple` and `EndOfStream` come on the upstream streaming thread, everything
-/// else on the thread that builds the graph. The pin's lock is held by `registerSink`, `unregisterSink` and
+/// else on the thread that builds the graph. The sink lock is held by `registerSink`, `unregisterSink` and
 /// `ReceiveMultiple` (while it calls the sink), so no sink vanishes during a batch. `Receive` runs unlocked.
-class MARVO_API dvInputPin : public dvObj<IPin>, public IMemInputPin {
+class MARVO_API dvInputPin : public PinBase, public IMemInputPin {
 public:
     /// A pin of `filter`, which is not referenced. The last argument is not used.
     dvInputPin(IBaseFilter* filter, const wchar_t* name, int);
@@ -42,7 +40,7 @@ public:
     /// Adds a copy of the type to those that the pin enumerates; beyond 16 it is dropped.
     void addType(dvMediaType& type);
     /// The connection type, all zero before the first connection.
-    _AMMediaType* type() { return type_; }
+    _AMMediaType* type() { return mediaType(); }
     /// The allocator that the upstream pin named last, null when none; no reference is added.
     IMemAllocator* allocator() const { return allocator_; }
 
@@ -60,15 +58,6 @@ public:
     HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pin, const AM_MEDIA_TYPE* mt) override;
     /// Forgets the peer and what came with it; `S_FALSE` when not connected.
     HRESULT STDMETHODCALLTYPE Disconnect() override;
-    /// The peer with a reference added; `VFW_E_NOT_CONNECTED`, whatever the argument, when there is none.
-    HRESULT STDMETHODCALLTYPE ConnectedTo(IPin** pin) override;
-    /// A copy of the connection type, connected or not. Its format block is the caller's, from the process
-    /// heap.
-    HRESULT STDMETHODCALLTYPE ConnectionMediaType(AM_MEDIA_TYPE* mt) override;
-    /// The filter with a reference added, the direction and the name.
-    HRESULT STDMETHODCALLTYPE QueryPinInfo(PIN_INFO* info) override;
-    /// `PINDIR_INPUT`.
-    HRESULT STDMETHODCALLTYPE QueryDirection(PIN_DIRECTION* direction) override;
     /// The name, in memory of COM's task allocator.
     HRESULT STDMETHODCALLTYPE QueryId(LPWSTR* id) override;
     /// Asks the sink; `VFW_E_TYPE_NOT_ACCEPTED` also without one.
@@ -79,12 +68,6 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInternalConnections(IPin** pins, ULONG* n) override;
     /// Tells the sink.
     HRESULT STDMETHODCALLTYPE EndOfStream() override;
-    /// Flushing is not needed, since nothing is kept here: `S_OK`.
-    HRESULT STDMETHODCALLTYPE BeginFlush() override;
-    /// As `BeginFlush`.
-    HRESULT STDMETHODCALLTYPE EndFlush() override;
-    /// Ignored: `S_OK`.
-    HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
 
     /// The allocator that was notified; with a reference added only for a foreign peer.
     HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** allocator) override;
@@ -102,21 +85,14 @@ public:
     HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override;
 
 private:
-    bool isForeign() const { return !house_; }
     bool accepts(const AM_MEDIA_TYPE* mt);
-    HRESULT checkUnconnected(IPin* pin) const;
     void takeConnection(IPin* pin, const AM_MEDIA_TYPE* mt);
     void dropAllocator();
 
-    vcore::semaphore lock_;
-    IBaseFilter* const filter_;
-    dvMediaType type_;
-    IPin* peer_ = nullptr;
-    std::atomic<bool> house_{true}; // unconnected, or connected to an own pin
-    pinName name_;
+    vcore::semaphore sinkLock_;
     IMemAllocator* allocator_ = nullptr;
     bool allocatorReferenced_ = false;
-    std::atomic<dvSink*> sink_{nullptr};
+    std::atomic<dvSink*> sink_{nullptr}; // changed under the sink lock, read at any time
     dvEnumMediaTypes types_;
 };
 

@@ -44,6 +44,16 @@ void fillHeader(BITMAPINFOHEADER& header, long width, long height, int bitCount,
     header.biSizeImage = size;
 }
 
+/// Bytes of an uncompressed picture; 0 for the codes of packed formats, and when 32 bits do not hold it.
+unsigned long pictureBytes(unsigned long columns, unsigned long lines, int bitCount) {
+    if (bitCount < 8) {
+        return 0;
+    }
+    const unsigned long long pixels = 1ull * columns * lines;
+    const auto pixelBytes = static_cast<unsigned long>(bitCount / 8);
+    return pixels > 0xFFFFFFFFul / pixelBytes ? 0 : static_cast<unsigned long>(pixels) * pixelBytes;
+}
+
 const GUID& uncompressedSubtype(int bitCount) {
     switch (bitCount) {
     case -2:
@@ -155,7 +165,7 @@ void dvMediaType::initVideoType(unsigned long columns, unsigned long lines, int 
     constexpr unsigned long allocated = sizeof(VIDEOINFOHEADER) + 100;
     VIDEOINFOHEADER* const info = initVideoBlock(allocated);
     subtype = uncompressedSubtype(bitCount);
-    lSampleSize = static_cast<unsigned long>(bitCount / 8) * columns * lines;
+    lSampleSize = pictureBytes(columns, lines, bitCount);
     if (!info) {
         return;
     }
@@ -193,7 +203,7 @@ void dvMediaType::initAudioType(int samplesPerSec, int channels, int bitsPerSamp
     format.wFormatTag = WAVE_FORMAT_PCM;
     format.nChannels = static_cast<WORD>(channels);
     format.nSamplesPerSec = static_cast<DWORD>(samplesPerSec);
-    format.nBlockAlign = static_cast<WORD>(channels * bitsPerSample / 8);
+    format.nBlockAlign = static_cast<WORD>(1ll * channels * bitsPerSample / 8);
     format.nAvgBytesPerSec = format.nBlockAlign * format.nSamplesPerSec;
     format.wBitsPerSample = static_cast<WORD>(bitsPerSample);
     initType(sizeof(format), &format);

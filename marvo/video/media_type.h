@@ -2,10 +2,10 @@
 /// Media types and the DV frame geometry.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/platform.h"
 #include "marvo/dv/dv_system.h"
 
-#include <dshow.h>
 #include <dvdmedia.h>
 
 namespace vvideo {
@@ -58,7 +58,9 @@ public:
 
     /// The same object, as system calls take it.
     operator _AMMediaType*() { return this; }
-    /// The same object, for calls that only read it.
+    /// The same object, for calls that only read it. Deliberate: a constant type gives a constant pointer, so
+    /// that no call can replace or free the format block of an object that must not change. Copy the type for
+    /// a call that wants to write.
     operator const _AMMediaType*() const { return this; }
     /// The members of the structure.
     _AMMediaType* operator->() { return this; }
@@ -73,8 +75,8 @@ public:
     /// deliberately.
     void initVideoType(unsigned long frameSize, unsigned long timePerFrame);
     /// Uncompressed video. `bitCount` -2 means UYVY, -1 YUY2, 24 RGB24, any other RGB32; the YUV codes give a
-    /// sample size of 0. `timePerFrame` in 100 ns; a negative one means the default: 400000 above 486 lines,
-    /// else 333333.
+    /// sample size of 0, and so does a picture of 4 GB or more. `timePerFrame` in 100 ns; a negative one
+    /// means the default: 400000 above 486 lines, else 333333.
     void initVideoType(unsigned long width, unsigned long height, int bitCount, int timePerFrame);
     /// DV as video or as an interleaved stream. Deliberate: the video form takes sizes above 120000 for PAL,
     /// the interleaved form only 144000 exactly.

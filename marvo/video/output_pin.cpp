@@ -7,20 +7,22 @@
 namespace vvideo {
 
 /// The transport for one call.
-struct dvOutputPin::transport {
+struct dvOutputPin::Transport {
     IMemInputPin* pin = nullptr;
     bool own = false;
-    reference<IMemInputPin> kept; // of a foreign one
+    Reference<IMemInputPin> kept; // of a foreign one
 };
 
-dvOutputPin::dvOutputPin(IBaseFilter* filter, const wchar_t* name) : filter_(filter) {
-    copyPinName(name_, name);
+dvOutputPin::dvOutputPin(IBaseFilter* filter, const wchar_t* name) : PinBase(filter, name, PINDIR_OUTPUT) {}
+
+dvOutputPin::~dvOutputPin() = default;
+
+void dvOutputPin::setType(const AM_MEDIA_TYPE* type) {
+    replaceType(mediaType(), type);
 }
 
-dvOutputPin::~dvOutputPin() {
-    if (peerReferenced_) {
-        peer_->Release();
-    }
+void dvOutputPin::setType2(const AM_MEDIA_TYPE* type) {
+    replaceType(type2_, type);
 }
 
 // The copy comes first: `by` may be a view of the type that is replaced.
@@ -39,16 +41,16 @@ void dvOutputPin::setMem(IMemAllocator* allocator) {
 }
 
 void dvOutputPin::Run() {
-    if (filter_) {
-        filter_->Run(0);
+    if (filter()) {
+        filter()->Run(0);
     }
 }
 
-dvOutputPin::transport dvOutputPin::useTransport() const {
+dvOutputPin::Transport dvOutputPin::useTransport() const {
     // A worker killed while it holds the lock would leave it held for ever.
     const vwin::winthread::uninterruptible region;
     const vcore::spin_guard guard(transportLock_);
-    transport used{transport_.get(), transport_ && transportIsOwn_, {}};
+    Transport used{transport_.get(), transport_ && transportIsOwn_, {}};
     // Own pins count plainly, so they are not touched once per sample; they live as long as their filters.
     if (!used.own) {
         used.kept = transport_;
@@ -56,40 +58,53 @@ dvOutputPin::transport dvOutputPin::useTransport() const {
     return used;
 }
 
-void dvOutputPin::setTransport(reference<IMemInputPin> next, bool own) {
+void dvOutputPin::setTransport(Reference<IMemInputPin> next, bool own) {
     const vcore::spin_guard guard(transportLock_);
     std::swap(transport_, next);
     transportIsOwn_ = own;
 }
 
 bool dvOutputPin::deliver(IMediaSample* sample) {
-    if (sample) {
-        sample->AddRef();
-    }
-    return sendSample(sample);
-}
-
-bool dvOutputPin::sendSample(IMediaSample* sample) {
-    const transport to = useTransport();
+    const Transport to = useTransport();
     if (!sample) {
         return !to.pin;
     }
-    HRESULT result = S_OK;
+    // An own peer uses a reference up, so it gets one of its own.
     if (to.own) {
-        result = to.pin->Receive(sample);
-        if (SUCCEEDED(result)) {
-            return true;
-        }
-    } else if (to.pin) {
-        const vwin::winthread::killable foreignCall;
-        result = to.pin->Receive(sample);
+        sample->AddRef();
     }
-    sample->Release();
-    return SUCCEEDED(result);
+    const bool taken = send(to, sample);
+    if (to.own && !taken) {
+        sample->Release();
+    }
+    return taken;
+}
+
+bool dvOutputPin::sendSample(IMediaSample* sample) {
+    const Transport to = useTransport();
+    if (!sample) {
+        return !to.pin;
+    }
+    const bool taken = send(to, sample);
+    if (!to.pin || !taken) {
+        sample->Release();
+    }
+    return taken;
+}
+
+bool dvOutputPin::send(const Transport& to, IMediaSample* sample) {
+    if (!to.pin) {
+        return true;
+    }
+    if (to.own) {
+        return SUCCEEDED(to.pin->Receive(sample));
+    }
+    const vwin::winthread::killable foreignCall;
+    return SUCCEEDED(to.pin->Receive(sample));
 }
 
 void dvOutputPin::sendSamples(IMediaSample** samples, long n) {
-    const transport to = useTransport();
+    const Transport to = useTransport();
     if (!samples) {
         return;
     }
@@ -100,8 +115,6 @@ void dvOutputPin::sendSamples(IMediaSample** samples, long n) {
         } catch (...) {
             // A receiver's fault must not stop the sender.
         }
-    }
-    if (to.own) {
         return;
     }
     for (long i = 0; i < n; ++i) {
@@ -111,29 +124,13 @@ void dvOutputPin::sendSamples(IMediaSample** samples, long n) {
     }
 }
 
-HRESULT STDMETHODCALLTYPE dvOutputPin::QueryInterface(REFIID id, void** out) {
-    const bool pin = id == IID_IPin || id == IID_IUnknown || id == IID_dvOwnPin;
-    return answer(pin ? static_cast<IPin*>(this) : nullptr, out);
-}
-
-HRESULT dvOutputPin::checkUnconnected(IPin* pin) const {
-    if (peer_) {
-        return VFW_E_ALREADY_CONNECTED;
-    }
-    return pin ? S_OK : E_POINTER;
-}
-
-void dvOutputPin::setPeer(IPin* pin, bool own, bool referenced) {
-    if (referenced) {
-        pin->AddRef();
-    }
-    peer_ = pin;
-    peerReferenced_ = referenced;
+void dvOutputPin::takeConnection(IPin* pin, bool own, bool referenced) {
+    setPeer(pin, referenced);
     void* queried = nullptr;
     if (FAILED(pin->QueryInterface(IID_IMemInputPin, &queried))) {
         return;
     }
-    reference<IMemInputPin> next;
+    Reference<IMemInputPin> next;
     next.adopt(static_cast<IMemInputPin*>(queried));
     setTransport(std::move(next), own);
 }
@@ -144,22 +141,22 @@ HRESULT STDMETHODCALLTYPE dvOutputPin::Connect(IPin* receiver, const AM_MEDIA_TY
     }
     // For the time of the call, and with an own peer until that is disconnected and releases it.
     AddRef();
-    const bool own = isOwnPin(receiver);
+    const bool own = isOwn(receiver);
     const bool mutual = (mt && SUCCEEDED(receiver->ReceiveConnection(this, mt))) ||
-                        SUCCEEDED(receiver->ReceiveConnection(this, type_));
-    if (!mutual && receiver->QueryAccept(type_) != S_OK) {
+                        SUCCEEDED(receiver->ReceiveConnection(this, mediaType()));
+    if (!mutual && receiver->QueryAccept(mediaType()) != S_OK) {
         Release();
         return S_FALSE;
     }
     // An own peer that was really connected has taken a reference on itself; `Disconnect` releases that one.
     // Any other peer is referenced here, and releases nothing of this pin's that it has not taken.
     const bool houseRules = own && mutual;
-    setPeer(receiver, own, !houseRules);
+    takeConnection(receiver, own, !houseRules);
     if (!houseRules) {
         Release();
     }
-    if (transport_) {
-        transport_->NotifyAllocator(allocator_.get(), FALSE);
+    if (const Transport to = useTransport(); to.pin) {
+        to.pin->NotifyAllocator(allocator_.get(), FALSE);
     }
     return S_OK;
 }
@@ -169,50 +166,17 @@ HRESULT STDMETHODCALLTYPE dvOutputPin::ReceiveConnection(IPin* pin, const AM_MED
         return free;
     }
     setType(mt);
-    const bool own = isOwnPin(pin);
-    setPeer(pin, own, !own);
+    const bool own = isOwn(pin);
+    takeConnection(pin, own, !own);
     return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE dvOutputPin::Disconnect() {
-    if (!peer_) {
+    if (!connected()) {
         return S_FALSE;
     }
     setTransport({}, false);
-    peerReferenced_ = false;
-    std::exchange(peer_, nullptr)->Release();
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::ConnectedTo(IPin** pin) {
-    if (!peer_) {
-        return VFW_E_NOT_CONNECTED;
-    }
-    if (!pin) {
-        return E_POINTER;
-    }
-    peer_->AddRef();
-    *pin = peer_;
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::ConnectionMediaType(AM_MEDIA_TYPE* mt) {
-    if (!mt) {
-        return E_POINTER;
-    }
-    copyMediaType(*mt, type_);
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::QueryPinInfo(PIN_INFO* info) {
-    return fillPinInfo(info, filter_, PINDIR_OUTPUT, name_);
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::QueryDirection(PIN_DIRECTION* direction) {
-    if (!direction) {
-        return E_POINTER;
-    }
-    *direction = PINDIR_OUTPUT;
+    takePeer()->Release();
     return S_OK;
 }
 
@@ -220,7 +184,7 @@ HRESULT STDMETHODCALLTYPE dvOutputPin::QueryId(LPWSTR* id) {
     if (!id || !*id) {
         return E_POINTER;
     }
-    lstrcpynW(*id, name_, MAX_PIN_NAME);
+    lstrcpynW(*id, name(), MAX_PIN_NAME);
     return S_OK;
 }
 
@@ -234,22 +198,6 @@ HRESULT STDMETHODCALLTYPE dvOutputPin::EnumMediaTypes(IEnumMediaTypes**) {
 
 HRESULT STDMETHODCALLTYPE dvOutputPin::QueryInternalConnections(IPin**, ULONG*) {
     return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::EndOfStream() {
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::BeginFlush() {
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::EndFlush() {
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE dvOutputPin::NewSegment(REFERENCE_TIME, REFERENCE_TIME, double) {
-    return S_OK;
 }
 
 } // namespace vvideo

@@ -2,14 +2,13 @@
 /// The output pin.
 #pragma once
 
+#include "marvo/core/directshow.h"
 #include "marvo/core/mutex2.h"
 #include "marvo/core/platform.h"
+#include "marvo/core/thread_annotations.h"
 #include "marvo/video/media_type.h"
-#include "marvo/video/obj.h"
-#include "marvo/video/own_pin.h"
+#include "marvo/video/pin_base.h"
 #include "marvo/video/reference.h"
-
-#include <dshow.h>
 
 namespace vvideo {
 
@@ -23,18 +22,18 @@ namespace vvideo {
 /// builds the graph. A spin lock guards the transport, so that the pin may be disconnected while a sample is
 /// under way: a foreign transport is referenced for the call, an own one lives as long as its filter. It is
 /// not held during the call.
-class MARVO_API dvOutputPin : public dvObj<IPin> {
+class MARVO_API dvOutputPin : public PinBase {
 public:
     /// A pin of `filter`, which is not referenced.
     dvOutputPin(IBaseFilter* filter, const wchar_t* name);
     ~dvOutputPin() override;
 
     /// Sets the owner, without a reference.
-    void setFilter(IBaseFilter* filter) { filter_ = filter; }
+    void setFilter(IBaseFilter* filter) { PinBase::setFilter(filter); }
     /// Sets the type offered on connection to a copy of `type`; null changes nothing.
-    void setType(const AM_MEDIA_TYPE* type) { replaceType(type_, type); }
+    void setType(const AM_MEDIA_TYPE* type);
     /// Sets a second type, which is kept for the owner, in the same way.
-    void setType2(const AM_MEDIA_TYPE* type) { replaceType(type2_, type); }
+    void setType2(const AM_MEDIA_TYPE* type);
     /// Sets the allocator that the peer is told at the next connection, with a reference; null for none.
     void setMem(IMemAllocator* allocator);
     /// Runs the owning filter.
@@ -44,14 +43,15 @@ public:
     /// peer failed; true also when there is none. A worker thread may be killed while a foreign peer holds it
     /// up.
     bool deliver(IMediaSample* sample);
-    /// The same, but one reference of the caller is used up, in every case.
+    /// The same, but the caller's reference is released when the peer failed or there is none. Nothing is
+    /// released here when the peer took the sample: an own peer has released it, by the house's rules, and
+    /// with a foreign one it is still the caller's. A filter that does not know its peer uses `deliver`.
     bool sendSample(IMediaSample* sample);
-    /// Hands `n` samples on. One reference of each is used up, but a sample that an own peer's sink took is
-    /// the sink's from then on.
+    /// Hands `n` samples on at once. With a peer nothing is released here, also when it failed: a foreign one
+    /// leaves the references to the caller, an own one releases each sample that its sink refused. Without a
+    /// peer one reference of each is released.
     void sendSamples(IMediaSample** samples, long n);
 
-    /// `IUnknown` and `IPin`.
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override;
     /// Offers `mt` (unless null), then the own type. A peer that refuses the connection but accepts the type
     /// by `QueryAccept` counts as connected. `S_FALSE` when it refuses that, too.
     HRESULT STDMETHODCALLTYPE Connect(IPin* receiver, const AM_MEDIA_TYPE* mt) override;
@@ -60,14 +60,6 @@ public:
     HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pin, const AM_MEDIA_TYPE* mt) override;
     /// Forgets the peer and what came with it; `S_FALSE` when not connected.
     HRESULT STDMETHODCALLTYPE Disconnect() override;
-    /// The peer with a reference added; `VFW_E_NOT_CONNECTED`, whatever the argument, when there is none.
-    HRESULT STDMETHODCALLTYPE ConnectedTo(IPin** pin) override;
-    /// A copy of the pin's type, connected or not. Its format block is the caller's, from the process heap.
-    HRESULT STDMETHODCALLTYPE ConnectionMediaType(AM_MEDIA_TYPE* mt) override;
-    /// The filter with a reference added, the direction and the name.
-    HRESULT STDMETHODCALLTYPE QueryPinInfo(PIN_INFO* info) override;
-    /// `PINDIR_OUTPUT`.
-    HRESULT STDMETHODCALLTYPE QueryDirection(PIN_DIRECTION* direction) override;
     /// Deliberate, unlike the input pin: copies the name into the buffer of at least 128 characters that
     /// `*id` points to already. Callers within the library pass one; the graph manager does not call this.
     HRESULT STDMETHODCALLTYPE QueryId(LPWSTR* id) override;
@@ -77,34 +69,21 @@ public:
     HRESULT STDMETHODCALLTYPE EnumMediaTypes(IEnumMediaTypes** out) override;
     /// `E_NOTIMPL`.
     HRESULT STDMETHODCALLTYPE QueryInternalConnections(IPin** pins, ULONG* n) override;
-    /// Ignored: `S_OK`.
-    HRESULT STDMETHODCALLTYPE EndOfStream() override;
-    /// Flushing is not needed, since nothing is kept here: `S_OK`.
-    HRESULT STDMETHODCALLTYPE BeginFlush() override;
-    /// As `BeginFlush`.
-    HRESULT STDMETHODCALLTYPE EndFlush() override;
-    /// Ignored: `S_OK`.
-    HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
 
 private:
-    struct transport;
+    struct Transport;
 
     static void replaceType(dvMediaType& type, const AM_MEDIA_TYPE* by);
-    HRESULT checkUnconnected(IPin* pin) const;
-    void setPeer(IPin* pin, bool own, bool referenced);
-    void setTransport(reference<IMemInputPin> next, bool own);
-    transport useTransport() const;
+    static bool send(const Transport& to, IMediaSample* sample);
+    void takeConnection(IPin* pin, bool own, bool referenced);
+    void setTransport(Reference<IMemInputPin> next, bool own);
+    Transport useTransport() const;
 
-    IBaseFilter* filter_;
-    dvMediaType type_;
     dvMediaType type2_;
-    IPin* peer_ = nullptr;
-    bool peerReferenced_ = false;
     mutable vcore::mutex2 transportLock_;
-    reference<IMemInputPin> transport_;
-    bool transportIsOwn_ = false;
-    pinName name_;
-    reference<IMemAllocator> allocator_;
+    Reference<IMemInputPin> transport_ MARVO_GUARDED_BY(transportLock_);
+    bool transportIsOwn_ MARVO_GUARDED_BY(transportLock_) = false;
+    Reference<IMemAllocator> allocator_;
 };
 
 } // namespace vvideo

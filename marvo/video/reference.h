@@ -10,24 +10,24 @@ namespace vvideo {
 
 /// Holds one reference on a COM object, or none.
 template <class T>
-class reference {
+class Reference {
 public:
-    reference() = default;
+    Reference() = default;
     /// Another reference on the same object.
-    reference(const reference& source) { share(source.object_); }
+    Reference(const Reference& source) { share(source.object_); }
     /// Takes the reference over; `source` holds none then.
-    reference(reference&& source) noexcept : object_(source.release()) {}
+    Reference(Reference&& source) noexcept : object_(source.release()) {}
     /// Releases the reference held before and takes another one on the object of `source`.
-    reference& operator=(const reference& source) {
+    Reference& operator=(const Reference& source) {
         share(source.object_);
         return *this;
     }
     /// Releases the reference held before and takes over that of `source`, which holds none then.
-    reference& operator=(reference&& source) noexcept {
+    Reference& operator=(Reference&& source) noexcept {
         adopt(source.release());
         return *this;
     }
-    ~reference() { adopt(nullptr); }
+    ~Reference() { adopt(nullptr); }
 
     /// Takes over a reference that the caller has; the one held before is released.
     void adopt(T* object) {

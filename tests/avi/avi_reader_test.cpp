@@ -58,6 +58,9 @@ TEST(AviReader, DescribesTheFile) {
     avi::File({.frames = 0, .frameSize = samples::palSize}).save(name);
     ASSERT_TRUE(file.open(name));
     EXPECT_EQ(file.getDataFrameSize(), 144000u) << "known without a frame";
+    dvAVIFile other;
+    other.swap(file);
+    EXPECT_TRUE(other.opened() && other.getDataFrameSize() == 144000u && !file.opened());
 }
 
 TEST(AviReader, SaysWhyAFrameIsNotRead) {

@@ -8,15 +8,15 @@ namespace {
 
 /// A capture device in the system's list, made from a filter class that every system has. The key sorts
 /// behind those of other devices, whose numbers so stay as they are.
-class listed_device {
+class ListedDevice {
 public:
-    listed_device(wchar_t last, const wchar_t* friendlyName)
+    ListedDevice(wchar_t last, const wchar_t* friendlyName)
         : key_(std::wstring(L"CLSID\\{860BB310-5D01-11D0-BD3B-00A0C911CE86}\\Instance\\~marvo test ") +
                last) {
         set(L"FriendlyName", friendlyName);
         set(L"CLSID", L"{70E102B0-5556-11CE-97C0-00AA0055595A}");
     }
-    ~listed_device() { RegDeleteTreeW(HKEY_CLASSES_ROOT, key_.c_str()); }
+    ~ListedDevice() { RegDeleteTreeW(HKEY_CLASSES_ROOT, key_.c_str()); }
 
 private:
     void set(const wchar_t* name, const wchar_t* value) {
@@ -31,8 +31,8 @@ private:
 
 TEST(CaptureDevice, IsSelectedByNumberOrByFriendlyName) {
     const int others = vwin::com_fg::sourceCount();
-    const listed_device first(L'1', L"Marvo Big Camera");
-    const listed_device second(L'2', L"Marvo Big");
+    const ListedDevice first(L'1', L"Marvo Big Camera");
+    const ListedDevice second(L'2', L"Marvo Big");
     ASSERT_EQ(vwin::com_fg::sourceCount(), others + 2);
     const std::wstring number = std::to_wstring(others + 1);
 

@@ -4,7 +4,7 @@
 
 #include <cwchar>
 
-using fake::offer;
+using fake::Offer;
 
 namespace {
 
@@ -12,19 +12,19 @@ namespace {
 /// free output pin that cannot say what it offers.
 struct CaptureGraph : testing::Test {
     CaptureGraph() {
-        source.output(L"Capture", offer::dv);
-        splitter.input(L"Input", offer::dv);
-        splitter.output(L"Sound", offer::sound);
-        splitter.output(L"Video", offer::dv);
+        source.output(L"Capture", Offer::dv);
+        splitter.input(L"Input", Offer::dv);
+        splitter.output(L"Sound", Offer::sound);
+        splitter.output(L"Video", Offer::dv);
         sink.input(L"Input");
-        sink.output(L"Preview", offer::refuses);
+        sink.output(L"Preview", Offer::refuses);
     }
     bool build() {
         return graph.init(true) && graph.add(&source, L"source") && graph.add(&splitter, L"splitter") &&
                graph.add(&sink, L"sink") && holder.ref(&source) && graph.renderSource(holder);
     }
 
-    fake::filter source, splitter, sink;
+    fake::Filter source, splitter, sink;
     vwin::com_filter holder;
     vwin::com_fg graph;
 };
@@ -40,7 +40,7 @@ bool registered(const wchar_t* name) {
 
 TEST(FilterGraph, UnbuiltItAnswersHarmlessly) {
     vwin::com_fg graph;
-    fake::filter filter;
+    fake::Filter filter;
     vwin::com_filter holder;
     EXPECT_TRUE(graph.done(true));
     EXPECT_FALSE(graph.add(&filter, L"a") || graph.addSource(L"input0", holder, L"b") ||
@@ -64,16 +64,16 @@ TEST_F(CaptureGraph, RenderingASourceGoesThroughTheSplitter) {
 
 TEST(FilterGraph, TheSourcePinIsChosenByNameThenByDv) {
     struct {
-        std::vector<std::pair<const wchar_t*, offer>> pins;
+        std::vector<std::pair<const wchar_t*, Offer>> pins;
         int expected;
     } const cases[] = {
-        {{{L"A", offer::dv}, {L"Stream 2", offer::sound}, {L"Output", offer::sound}}, 2},
-        {{{L"A", offer::dv}, {L"Stream 2", offer::sound}}, 1},
-        {{{L"A", offer::sound}, {L"B", offer::refuses}, {L"C", offer::dv}}, 2},
-        {{{L"A", offer::sound}}, -1},
+        {{{L"A", Offer::dv}, {L"Stream 2", Offer::sound}, {L"Output", Offer::sound}}, 2},
+        {{{L"A", Offer::dv}, {L"Stream 2", Offer::sound}}, 1},
+        {{{L"A", Offer::sound}, {L"B", Offer::refuses}, {L"C", Offer::dv}}, 2},
+        {{{L"A", Offer::sound}}, -1},
     };
     for (const auto& [pins, expected] : cases) {
-        fake::filter source, sink;
+        fake::Filter source, sink;
         for (const auto& [name, types] : pins) {
             source.output(name, types);
         }
@@ -94,7 +94,7 @@ TEST_F(CaptureGraph, DoneLeavesNothingConnectedAndEveryCountAsItWas) {
         ASSERT_TRUE(graph.run(0.0) && graph.running());
         EXPECT_TRUE(graph.done(wait));
         holder.clear();
-        for (fake::filter* filter : {&source, &splitter, &sink}) {
+        for (fake::Filter* filter : {&source, &splitter, &sink}) {
             EXPECT_EQ(filter->refs(), 1u);
             EXPECT_EQ(filter->state(), State_Stopped);
             for (const auto& pin : filter->pins()) {
@@ -124,7 +124,7 @@ TEST_F(CaptureGraph, PauseRunStopAndEventsReachTheFilters) {
     ASSERT_TRUE(build());
     EXPECT_TRUE(graph.pause());
     EXPECT_EQ(source.state(), State_Paused);
-    EXPECT_TRUE(graph.run(2.5));
+    EXPECT_TRUE(graph.run(2.5) && !graph.run(1e300));
     EXPECT_EQ(source.state(), State_Running);
     EXPECT_EQ(source.started, 25000000);
     EXPECT_FALSE(graph.completed(0) || graph.finished());

@@ -5,7 +5,7 @@
 using vwin::com_;
 
 TEST(ComPointer, EveryWayInAndOutKeepsTheCount) {
-    fake::filter object;
+    fake::Filter object;
     {
         com_<IBaseFilter> one(&object);
         com_<IBaseFilter> two = one;
@@ -42,9 +42,9 @@ TEST(ComClsid, TextAndGuidStandForEachOther) {
 }
 
 TEST(ComFilter, FindsPinsByNameAndDirection) {
-    fake::filter object;
-    fake::pin& in = object.input(L"Same");
-    fake::pin& out = object.output(L"Same", fake::offer::dv);
+    fake::Filter object;
+    fake::Pin& in = object.input(L"Same");
+    fake::Pin& out = object.output(L"Same", fake::Offer::dv);
     {
         vwin::com_filter filter;
         ASSERT_TRUE(filter.ref(&object));
@@ -57,8 +57,8 @@ TEST(ComFilter, FindsPinsByNameAndDirection) {
 }
 
 TEST(ComFilter, DestroyTakesItOutOfItsGraphButCloseDoesNotAndEmptyItIsHarmless) {
-    fake::filter source, sink;
-    source.output(L"Output", fake::offer::dv);
+    fake::Filter source, sink;
+    source.output(L"Output", fake::Offer::dv);
     sink.input(L"Input");
     vwin::com_fg graph;
     ASSERT_TRUE(graph.init(true) && graph.add(&source, L"source") && graph.add(&sink, L"sink") &&

@@ -10,10 +10,10 @@
 namespace fake {
 
 /// What a pin offers when it is asked for its media types.
-enum class offer { nothing, refuses, sound, dv };
+enum class Offer { nothing, refuses, sound, dv };
 
 /// Types that the caller frees, as foreign filters give them.
-class type_enumerator final : public vvideo::dvEnumMediaTypes {
+class TypeEnumerator final : public vvideo::dvEnumMediaTypes {
 public:
     STDMETHODIMP Next(ULONG n, AM_MEDIA_TYPE** out, ULONG* fetched) override {
         const HRESULT result = dvEnumMediaTypes::Next(n, out, fetched);
@@ -27,21 +27,21 @@ public:
 };
 
 /// A pin that shares its filter's reference count.
-class pin final : public ForeignPin {
+class Pin final : public ForeignPin {
 public:
-    pin(IBaseFilter& owner, std::wstring name, PIN_DIRECTION direction, offer types, offer wants)
+    Pin(IBaseFilter& owner, std::wstring name, PIN_DIRECTION direction, Offer types, Offer wants)
         : owner_(owner), name_(std::move(name)), direction_(direction), types_(types), wants_(wants) {}
 
     STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
     STDMETHODIMP Connect(IPin* receiver, const AM_MEDIA_TYPE*) override {
         AM_MEDIA_TYPE type = {};
-        type.majortype = types_ == offer::sound ? MEDIATYPE_Audio : MEDIATYPE_Interleaved;
+        type.majortype = types_ == Offer::sound ? MEDIATYPE_Audio : MEDIATYPE_Interleaved;
         const HRESULT result = receiver->ReceiveConnection(this, &type);
         return SUCCEEDED(result) ? ForeignPin::ReceiveConnection(receiver, &type) : result;
     }
     STDMETHODIMP ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) override {
-        const bool refused = wants_ == offer::dv && type->majortype != MEDIATYPE_Interleaved;
+        const bool refused = wants_ == Offer::dv && type->majortype != MEDIATYPE_Interleaved;
         return peer()    ? VFW_E_ALREADY_CONNECTED
                : refused ? VFW_E_TYPE_NOT_ACCEPTED
                          : ForeignPin::ReceiveConnection(connector, type);
@@ -59,13 +59,13 @@ public:
     }
     STDMETHODIMP QueryDirection(PIN_DIRECTION* direction) override { return *direction = direction_, S_OK; }
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes** out) override {
-        type_enumerator* const types = types_ == offer::refuses ? nullptr : new type_enumerator;
+        TypeEnumerator* const types = types_ == Offer::refuses ? nullptr : new TypeEnumerator;
         *out = types;
-        const bool dv = types_ == offer::dv;
+        const bool dv = types_ == Offer::dv;
         AM_MEDIA_TYPE type = {};
         type.majortype = dv ? MEDIATYPE_Interleaved : MEDIATYPE_Audio;
         type.subtype = dv ? MEDIASUBTYPE_dvsd : MEDIASUBTYPE_PCM;
-        if (types && types_ != offer::nothing) {
+        if (types && types_ != Offer::nothing) {
             types->setType(type);
         }
         return types ? S_OK : E_NOTIMPL;
@@ -75,15 +75,15 @@ private:
     IBaseFilter& owner_;
     std::wstring name_;
     PIN_DIRECTION direction_;
-    offer types_, wants_;
+    Offer types_, wants_;
 };
 
-using pin_list = std::vector<std::unique_ptr<pin>>;
+using PinList = std::vector<std::unique_ptr<Pin>>;
 
 /// As the engine's own, it refuses to work without a `fetched` count.
-class pin_enumerator final : public vvideo::dvObj<IEnumPins> {
+class PinEnumerator final : public vvideo::dvObj<IEnumPins> {
 public:
-    pin_enumerator(IBaseFilter& owner, const pin_list& pins) : owner_(&owner), pins_(pins) {}
+    PinEnumerator(IBaseFilter& owner, const PinList& pins) : owner_(&owner), pins_(pins) {}
 
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
         return answer(iid == IID_IUnknown || iid == IID_IEnumPins ? this : nullptr, out);
@@ -103,21 +103,21 @@ public:
 
 private:
     vwin::com_<IBaseFilter> owner_;
-    const pin_list& pins_;
+    const PinList& pins_;
     size_t position_ = 0;
 };
 
 /// The test owns it: refs() is 1 when every other reference has been given back.
-class filter final : public vvideo::dvBaseFilter {
+class Filter final : public vvideo::dvBaseFilter {
 public:
-    pin& input(const wchar_t* name, offer wants = offer::nothing) {
-        return *pins_.emplace_back(std::make_unique<pin>(*this, name, PINDIR_INPUT, offer::nothing, wants));
+    Pin& input(const wchar_t* name, Offer wants = Offer::nothing) {
+        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_INPUT, Offer::nothing, wants));
     }
-    pin& output(const wchar_t* name, offer types) {
-        return *pins_.emplace_back(std::make_unique<pin>(*this, name, PINDIR_OUTPUT, types, offer::nothing));
+    Pin& output(const wchar_t* name, Offer types) {
+        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_OUTPUT, types, Offer::nothing));
     }
     IPin* peer(size_t index) const { return pins_.at(index)->peer(); }
-    const pin_list& pins() const { return pins_; }
+    const PinList& pins() const { return pins_; }
     ULONG refs() { return AddRef(), Release(); }
     FILTER_STATE state() {
         FILTER_STATE now;
@@ -126,10 +126,10 @@ public:
     REFERENCE_TIME started = -1;
 
     STDMETHODIMP Run(REFERENCE_TIME start) override { return started = start, dvBaseFilter::Run(start); }
-    STDMETHODIMP EnumPins(IEnumPins** out) override { return *out = new pin_enumerator(*this, pins_), S_OK; }
+    STDMETHODIMP EnumPins(IEnumPins** out) override { return *out = new PinEnumerator(*this, pins_), S_OK; }
 
 private:
-    pin_list pins_;
+    PinList pins_;
 };
 
 } // namespace fake

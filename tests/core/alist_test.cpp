@@ -2,64 +2,65 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 namespace {
 
-struct counted {
-    explicit counted(int value) : value(value) { ++alive; }
-    ~counted() { --alive; }
+struct Counted {
+    explicit Counted(int value) : value(value) { ++alive; }
+    ~Counted() { --alive; }
     int value;
     static inline int alive = 0;
 };
 
-using list = vcore::alist<counted>;
+using List = vcore::alist<Counted>;
 
-std::vector<int> values(const list& l) {
+std::vector<int> values(const List& l) {
     std::vector<int> result;
-    for (const counted* element : l) {
+    for (const Counted* element : l) {
         result.push_back(element->value);
     }
     return result;
 }
 
-void fill(list& l, int first, int last) {
+void fill(List& l, int first, int last) {
     for (int value = first; value <= last; ++value) {
-        ASSERT_TRUE(l.add(new counted(value)));
+        ASSERT_TRUE(l.add(new Counted(value)));
     }
 }
 
 } // namespace
 
 TEST(Alist, InsertsTakesAndSwapsInOrder) {
-    list l;
-    EXPECT_FALSE(l.allocArray(0xFFFFFFFF));
+    List l;
+    EXPECT_TRUE(!l.allocArray(0xFFFFFFFF) && !l.allocArray(1 << 30) && List(0xFFFFFFFF).capacity() == 0);
     fill(l, 1, 3);
-    l.insert(new counted(0), 0);
-    l.insert(new counted(9), 99);
+    l.insert(new Counted(0), 0);
+    l.insert(new Counted(9), 99);
     l.swap(0, 4);
     l.swap(0, 5);
     EXPECT_EQ(values(l), (std::vector<int>{9, 1, 2, 3, 0}));
     EXPECT_TRUE(l.pos(l[2]) == 2 && l.pos(nullptr) == -1 && !l[5]);
-    const std::unique_ptr<counted> popped(l.pop()), removed(l[1]);
+    const std::unique_ptr<Counted> popped(l.pop()), removed(l[1]);
     EXPECT_TRUE(l.remove(removed.get()));
     EXPECT_FALSE(l.remove(removed.get()) || l.member(popped.get()));
     EXPECT_EQ(values(l), (std::vector<int>{9, 2, 3}));
 }
 
 TEST(Alist, DeletesOnlyWhatItOwns) {
-    counted kept(1);
-    list borrowed(0, false), owned(0, true);
+    Counted kept(1);
+    List borrowed(0, false), owned(0, true);
     EXPECT_TRUE(borrowed.add(&kept) && borrowed.del(&kept) && borrowed.add(&kept));
     borrowed.clearAll();
     fill(owned, 1, 4);
-    EXPECT_TRUE(owned.del(0ul) && !owned.del(3ul) && !owned.del(&kept) && counted::alive == 4);
+    EXPECT_TRUE(owned.del(0ul) && !owned.del(3ul) && !owned.del(&kept) && Counted::alive == 4);
     owned.clearAll();
-    EXPECT_TRUE(counted::alive == 1 && !owned.pop());
+    EXPECT_TRUE(Counted::alive == 1 && !owned.pop());
 }
 
 TEST(Alist, MovesAnotherListsElements) {
-    list a, b;
+    List a, b;
     fill(a, 1, 2);
     fill(b, 10, 25);
     EXPECT_TRUE(!a.takeList(a, 0) && a.takeList(b, 1));

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using vcore::daytime;
 using vcore::str;
 
@@ -55,6 +57,18 @@ TEST(Daytime, ReadsNumbersInTheOrderTheFlagsTell) {
     EXPECT_TRUE(asText(readTime(L"2006-1-2005T18:30:05", false, true)).endsWith(L".01.2005 18:30:05"));
     EXPECT_TRUE(time.timeFromStr(str(L"7:05")));
     EXPECT_EQ(time.timeToStr(text), L"07:05:00");
+}
+
+TEST(Daytime, HoldsNowAfterATextThatIsNoTime) {
+    daytime time;
+    for (const wchar_t* text : {L"65537.1.2007", L"1.65537.2007", L"1.1.67543", L"1.1.2007 -65535:00",
+                                L"1.1.2007 25:00", L"1.1.1500", L"99999999999"}) {
+        EXPECT_FALSE(time.timeFromStr(str(text)) || time.fromStr(str(text), false, false))
+            << str(text).getS();
+        EXPECT_EQ(asText(time), asText(daytime(time.count(), true)));
+        EXPECT_LT(std::abs(daytime::diff_secs(time.count(), daytime().count())), 60.0);
+    }
+    EXPECT_EQ(asText(daytime(5, 3, 1500)), asText(daytime(5, 3, 0))) << "a year that cannot be counted";
 }
 
 TEST(Daytime, CountsDifferencesAndTheTimeBackTo1970) {

@@ -1,5 +1,4 @@
-#include "marvo/core/daytime.h"
-#include "marvo/core/inifile.h"
+#include "tests/support/import_patch.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +6,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 
 using namespace vcore;
 
@@ -42,6 +42,17 @@ protected:
         return {reinterpret_cast<const wchar_t*>(bytes.data()) + 1, bytes.size() / sizeof(wchar_t) - 1};
     }
 };
+
+BOOL WINAPI writeNothing(HANDLE, const void*, DWORD, DWORD* done, OVERLAPPED*) {
+    *done = 0;
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+BOOL WINAPI moveNothing(const wchar_t*, const wchar_t*, DWORD) {
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
 
 } // namespace
 
@@ -218,6 +229,66 @@ TEST_F(IniFileTest, SavesTopLevelFirstAndSectionsAsTheyCome) {
     EXPECT_EQ(savedText(),
               L"  top = TRUE\r\n\r\n[a]\r\n  x.z = \u4e2d\r\n\r\n[B]\r\n  x = cut\n\r\n[b]\r\n  y = 2\r\n");
     EXPECT_STREQ(iniFile(name.c_str()).getS(L"a.x.z"), L"\u4e2d");
+}
+
+TEST_F(IniFileTest, ReadsEveryEncodingAndLineEnd) {
+    for (const std::wstring end : {L"\n", L"\r\n", L"\r"}) {
+        const std::wstring text =
+            L"\ufeff[v]" + end + L"t\u00e9xt = \u4e2d" + end + end + L"[w]" + end + L"x=1";
+        const std::string little(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+        std::string big(little);
+        for (std::size_t i = 0; i < big.size(); i += 2) {
+            std::swap(big[i], big[i + 1]);
+        }
+        const str wide(text.c_str());
+        str utf8;
+        utf8.encodeUTF8(&wide);
+        for (const std::string& bytes : {little + "\n", big, std::string(utf8.getStr(), utf8.len())}) {
+            write(bytes);
+            SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
+            const iniFile ini(name.c_str());
+            SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+            EXPECT_STREQ(ini.getS(L"v.t\u00e9xt"), L"\u4e2d");
+            EXPECT_STREQ(ini.getS(L"w.x"), L"1");
+        }
+    }
+    write("a = 1\rb = \xe4\r");
+    EXPECT_STREQ(iniFile(name.c_str()).getS(L"b"), L"\u00e4");
+}
+
+TEST_F(IniFileTest, WhatWasSetIsReadBack) {
+    iniFile ini(nullptr);
+    ini.set(L"zero", 0);
+    ini.set(L"yes", true);
+    EXPECT_TRUE(ini.get(L"zero").isI() && ini.get(L"yes").isB() && var(true).isB());
+    ini.set(L"large", varI64(LLONG_MIN + 1));
+    ini.set(L"small", -1.5e-12);
+    ini.set(L"third", 1.0 / 3);
+    ini.set(L"half", 0.5);
+    ASSERT_TRUE(ini.save(name.c_str()));
+    const iniFile back(name.c_str());
+    EXPECT_TRUE(back.getS(L"zero") == std::wstring(L"0") && back.get(L"yes").getB());
+    EXPECT_TRUE(back.getS(L"half") == std::wstring(L"0.50000000") && back.get(L"third").getF() == 1.0 / 3);
+    EXPECT_TRUE(back.get(L"large").getI64() == LLONG_MIN + 1 && back.get(L"small").getF() == -1.5e-12);
+}
+
+TEST_F(IniFileTest, AFileThatCannotBeReplacedStays) {
+    write("[old]\nkey = 1");
+    iniFile ini(name.c_str());
+    ini.set(L"old.key", L"2");
+    const HMODULE library = engineModule() ? engineModule() : GetModuleHandleW(nullptr);
+    for (const auto& [call, failing] : {std::pair{"WriteFile", reinterpret_cast<void*>(&writeNothing)},
+                                        {"MoveFileExW", reinterpret_cast<void*>(&moveNothing)}}) {
+        const ImportPatch patch(library, call, failing);
+        EXPECT_FALSE(ini.save(nullptr)) << call;
+        EXPECT_EQ(ini.error(), static_cast<unsigned long>(ERROR_DISK_FULL)) << call;
+    }
+    EXPECT_EQ(content(), "[old]\nkey = 1");
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((name + L"*").c_str(), &found);
+    EXPECT_FALSE(FindNextFileW(search, &found)) << "nothing is left beside it";
+    FindClose(search);
+    EXPECT_TRUE(ini.save(nullptr) && ini.error() == 0 && iniFile(name.c_str()).get(L"old.key").getI() == 2);
 }
 
 TEST_F(IniFileTest, AnyBytesLeaveTheLinesBehindThemReadable) {

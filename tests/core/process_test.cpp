@@ -12,7 +12,7 @@ using vwin::winprocess;
 
 namespace {
 
-constexpr unsigned long patienceMs = 60000;
+constexpr unsigned long patience_ms = 60000;
 
 /// A command line for the program that lies in the directory `bin` beside that of this one.
 std::wstring child(const std::wstring& arguments) {
@@ -53,7 +53,7 @@ protected:
 TEST_F(ProcessTest, CapturesAConsoleThatNobodyReads) {
     constexpr int lines = 50000;
     ASSERT_TRUE(console(L"write " + std::to_wstring(lines)));
-    EXPECT_TRUE(process.wait(patienceMs)) << "it does not wait for a reader";
+    EXPECT_TRUE(process.wait(patience_ms)) << "it does not wait for a reader";
     EXPECT_EQ(result(), 7u);
     const std::wstring all = output();
     EXPECT_EQ(std::count(all.begin(), all.end(), L'\n'), lines) << "nothing is lost or written over";
@@ -76,7 +76,7 @@ TEST_F(ProcessTest, InheritsHandles) {
     const vcore::handle event(CreateEventW(&inherit, TRUE, FALSE, nullptr));
     const auto number = std::to_wstring(reinterpret_cast<INT_PTR>(event.get()));
     ASSERT_TRUE(process.start(child(L"set " + number).c_str()));
-    EXPECT_TRUE(process.wait(patienceMs) && process.logName().len() == 0 && result() == 0u);
+    EXPECT_TRUE(process.wait(patience_ms) && process.logName().len() == 0 && result() == 0u);
     EXPECT_TRUE(vcore::event::wait(event.get(), 0));
 }
 

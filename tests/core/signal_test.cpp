@@ -1,3 +1,4 @@
+#include "marvo/core/callback.h"
 #include "marvo/core/vobject.h"
 
 #include <gtest/gtest.h>
@@ -8,13 +9,13 @@ using vcore::vObject;
 
 namespace {
 
-struct other {
-    virtual ~other() = default;
+struct Other {
+    virtual ~Other() = default;
     int padding = 1;
 };
 
 // A receiver whose signal base is virtual and not its first base.
-struct receiver : other, virtual vObject {
+struct Receiver : Other, virtual vObject {
     void onPool(unsigned long long in, unsigned long long out, unsigned long size) {
         calls.push_back({in, out, size});
     }
@@ -39,9 +40,9 @@ void takesThree(std::uintptr_t a, std::uintptr_t b, std::uintptr_t c) {
 
 TEST(Signal, UnpacksItsArgumentsForEachReceiver) {
     vObject source;
-    receiver a, b;
-    EXPECT_TRUE(source.connect(L"poolInfo", &a, &a, &receiver::onPool));
-    EXPECT_TRUE(source.connect(L"poolInfo", &b, nullptr, &receiver::onIn));
+    Receiver a, b;
+    EXPECT_TRUE(source.connect(L"poolInfo", &a, &a, &Receiver::onPool));
+    EXPECT_TRUE(source.connect(L"poolInfo", &b, nullptr, &Receiver::onIn));
     EXPECT_EQ(source.emitSignal(L"poolInfo", 20, 1ull << 40, 7ull, 300ul), 2);
     EXPECT_EQ(a.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40, 7, 300}}));
     EXPECT_EQ(b.calls, (std::vector<std::vector<unsigned long long>>{{1ull << 40}}));
@@ -56,12 +57,12 @@ TEST(Signal, UnpacksItsArgumentsForEachReceiver) {
 
 TEST(Signal, KeepsOneLinkPerFunctionReceiverAndName) {
     vObject source;
-    receiver a, b;
+    Receiver a, b;
     for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(source.connect(L"s", &a, &a, &receiver::onNothing));
-        EXPECT_TRUE(source.connect(L"s", &b, &b, &receiver::onNothing));
-        EXPECT_TRUE(source.connect(L"s", &a, &a, &receiver::onIn));
-        EXPECT_TRUE(source.connect(L"t", &a, &a, &receiver::onNothing));
+        EXPECT_TRUE(source.connect(L"s", &a, &a, &Receiver::onNothing));
+        EXPECT_TRUE(source.connect(L"s", &b, &b, &Receiver::onNothing));
+        EXPECT_TRUE(source.connect(L"s", &a, &a, &Receiver::onIn));
+        EXPECT_TRUE(source.connect(L"t", &a, &a, &Receiver::onNothing));
     }
     EXPECT_EQ(source.emitSignal(L"S", 0), 0) << "letter case matters";
     EXPECT_EQ(source.emitSignal(L"s", 0), 3);
@@ -73,9 +74,9 @@ TEST(Signal, KeepsOneLinkPerFunctionReceiverAndName) {
 
 TEST(Signal, LetsReceiversDisconnectAndConnectWhileCalled) {
     vObject source;
-    receiver first, second;
-    source.connect(L"s", &first, &first, &receiver::onceOnly);
-    source.connect(L"s", &second, &second, &receiver::onNothing);
+    Receiver first, second;
+    source.connect(L"s", &first, &first, &Receiver::onceOnly);
+    source.connect(L"s", &second, &second, &Receiver::onNothing);
     EXPECT_EQ(source.emitSignal(L"s", 0), 1) << "the list has moved up under the emitter's index";
     EXPECT_TRUE(source.emitSignal(L"s", 0) == 1 && second.from == &source);
 }
@@ -89,6 +90,22 @@ TEST(Signal, ReachesPlainFunctionsAndOtherObjectsSignals) {
     EXPECT_TRUE(source.emitSignal(L"s", 4, 21) == 2 && plainCalls == 42);
     source.disconnect();
     EXPECT_EQ(source.emitSignal(L"s", 4, 21), 0);
+}
+
+TEST(Callback, NamesTheCallerUnlessASenderIsGiven) {
+    struct : vcore::eCallback {
+        void onCallback(const vcore::str& name, const vcore::str& value, void* sender) override {
+            from.push_back(name == L"state" && value == L"live" ? sender : nullptr);
+        }
+        std::vector<void*> from;
+    } listener;
+    vcore::eCaller caller;
+    for (const bool listens : {false, true, false}) {
+        caller.setCallback(listens ? &listener : nullptr);
+        caller.callback(L"state", L"live", nullptr);
+        caller.callback(L"state", L"live", &listener);
+    }
+    EXPECT_EQ(listener.from, (std::vector<void*>{&caller, &listener}));
 }
 
 TEST(CallFunc, PassesStackWords) {

@@ -18,10 +18,10 @@ namespace {
 
 class Random {
 public:
-    explicit Random(unsigned int seed) : _engine(seed) {}
+    explicit Random(unsigned int seed) : engine_(seed) {}
 
     /// From 0 to `n` - 1.
-    unsigned long below(std::size_t n) { return static_cast<unsigned long>(_engine() % n); }
+    unsigned long below(std::size_t n) { return static_cast<unsigned long>(engine_() % n); }
     wchar_t character(std::wstring_view set) { return set[below(set.size())]; }
     std::wstring text(std::wstring_view set, std::size_t longest) {
         std::wstring result(below(longest + 1), 0);
@@ -30,7 +30,7 @@ public:
     }
 
 private:
-    std::mt19937 _engine;
+    std::mt19937 engine_;
 };
 
 /// Letters without a second case beyond ASCII, so that the model needs to know none.
@@ -55,13 +55,13 @@ struct Arguments {
 /// A string and the standard library's string that has gone through the same operations.
 class Model {
 public:
-    Model(unsigned long capacity, int flags) : _s(capacity, flags), _fixed(!(flags & str::growable)) {}
+    Model(unsigned long capacity, int flags) : s_(capacity, flags), fixed_(!(flags & str::growable)) {}
 
     /// Changes both in the same way and compares them. Little is allocated, since on a guarded heap that
     /// takes long.
     void change(Random& random) {
-        const Arguments a{random.below(_m.size() + 3),
-                          random.below(_m.size() + 1),
+        const Arguments a{random.below(m_.size() + 3),
+                          random.below(m_.size() + 1),
                           random.below(20),
                           random.character(letters),
                           random.text(letters, random.below(50) ? 7 : 300),
@@ -106,16 +106,16 @@ public:
             [](str& s, Std&, Args& a) { s.allocBuffer(a.n * 4); },
             [](str& s, Std& m, Args&) { codecs(s, m); },
         };
-        changes[random.below(std::size(changes))](_s, _m, a);
-        if (_fixed) {
-            _m.resize(std::min<std::size_t>(_m.size(), _s.bufferSize() - 1));
+        changes[random.below(std::size(changes))](s_, m_, a);
+        if (fixed_) {
+            m_.resize(std::min<std::size_t>(m_.size(), s_.bufferSize() - 1));
         }
-        ASSERT_EQ(view(_s), _m);
-        ASSERT_TRUE(_s.oleStr()[_s.len()] == 0 && _s.bufferSize() > _s.len());
+        ASSERT_EQ(view(s_), m_);
+        ASSERT_TRUE(s_.oleStr()[s_.len()] == 0 && s_.bufferSize() > s_.len());
         query(a);
-        if (_m.size() > 500) {
-            _s.Clear();
-            _m.clear();
+        if (m_.size() > 500) {
+            s_.Clear();
+            m_.clear();
         }
     }
 
@@ -158,38 +158,38 @@ private:
         const auto place = [](std::size_t found) {
             return found == std::wstring::npos ? -1 : static_cast<int>(found);
         };
-        const std::wstring_view m = _m;
-        ASSERT_EQ(_s.findStr(a.set.c_str(), a.pos), place(m.find(a.set, a.pos)));
-        ASSERT_EQ(_s.findChar(a.set.c_str(), a.pos), place(m.find_first_of(a.set, a.pos)));
-        ASSERT_EQ(_s.findRChar(a.set.c_str(), a.pos), place(m.find_last_of(a.set, a.pos)));
-        ASSERT_EQ(_s.startsWith(a.set.c_str()), m.starts_with(a.set));
-        ASSERT_EQ(_s.endsWith(a.set.c_str()), m.ends_with(a.set));
-        ASSERT_EQ(_s.compare(a.text.c_str()) < 0, m < a.text);
-        ASSERT_EQ(_s == a.text.c_str(), m == a.text);
-        ASSERT_EQ(_s.equal(a.text.c_str(), true), m == a.text);
-        ASSERT_EQ(_s.compare(a.text.c_str(), a.n) == 0,
+        const std::wstring_view m = m_;
+        ASSERT_EQ(s_.findStr(a.set.c_str(), a.pos), place(m.find(a.set, a.pos)));
+        ASSERT_EQ(s_.findChar(a.set.c_str(), a.pos), place(m.find_first_of(a.set, a.pos)));
+        ASSERT_EQ(s_.findRChar(a.set.c_str(), a.pos), place(m.find_last_of(a.set, a.pos)));
+        ASSERT_EQ(s_.startsWith(a.set.c_str()), m.starts_with(a.set));
+        ASSERT_EQ(s_.endsWith(a.set.c_str()), m.ends_with(a.set));
+        ASSERT_EQ(s_.compare(a.text.c_str()) < 0, m < a.text);
+        ASSERT_EQ(s_ == a.text.c_str(), m == a.text);
+        ASSERT_EQ(s_.equal(a.text.c_str(), true), m == a.text);
+        ASSERT_EQ(s_.compare(a.text.c_str(), a.n) == 0,
                   m.substr(0, a.n) == std::wstring_view(a.text).substr(0, a.n));
         const auto view = [](const strtoken& token) { return std::wstring_view(token.start(), token.len()); };
-        ASSERT_EQ(view(_s.mid(static_cast<int>(a.pos), a.n)), m.substr(a.place(m), a.n));
-        ASSERT_EQ(view(_s.right(a.n)), m.substr(m.size() - std::min<std::size_t>(a.n, m.size())));
+        ASSERT_EQ(view(s_.mid(static_cast<int>(a.pos), a.n)), m.substr(a.place(m), a.n));
+        ASSERT_EQ(view(s_.right(a.n)), m.substr(m.size() - std::min<std::size_t>(a.n, m.size())));
         if (a.n > 0) {
             return;
         }
         std::string narrow(m.size() + 1, 0);
         std::transform(m.begin(), m.end(), narrow.begin(),
                        [](wchar_t c) { return c == L'\u4e2d' ? '?' : static_cast<char>(c); });
-        ASSERT_STREQ(_s.getStr(), narrow.c_str());
+        ASSERT_STREQ(s_.getStr(), narrow.c_str());
     }
 
-    str _s;
-    std::wstring _m;
-    bool _fixed;
+    str s_;
+    std::wstring m_;
+    bool fixed_;
 };
 
-using words = std::vector<std::wstring>;
+using Words = std::vector<std::wstring>;
 
-words list(const strtokens& tokens) {
-    words result;
+Words list(const strtokens& tokens) {
+    Words result;
     for (int i = 0; i < tokens.count(); ++i) {
         result.emplace_back(tokens[i].start(), tokens[i].len());
     }
@@ -197,8 +197,8 @@ words list(const strtokens& tokens) {
 }
 
 /// Every piece between separators; those between quotes do not separate when these count, and then go.
-words pieces(const std::wstring& text, std::wstring_view separators, bool quotes = false) {
-    words result(1);
+Words pieces(const std::wstring& text, std::wstring_view separators, bool quotes = false) {
+    Words result(1);
     bool quoted = false;
     for (const wchar_t c : text) {
         if (quotes && c == L'"') {
@@ -234,8 +234,8 @@ TEST(StrModel, AnyTextIsCalculatedAlikeInBrackets) {
 }
 
 TEST(Strtokens, SplitAsTheModelDoes) {
-    const auto filled = [](words all) { return std::erase(all, L""), all; };
-    const auto withoutEmptyEnd = [](words all) { return all.resize(all.size() - all.back().empty()), all; };
+    const auto filled = [](Words all) { return std::erase(all, L""), all; };
+    const auto withoutEmptyEnd = [](Words all) { return all.resize(all.size() - all.back().empty()), all; };
     Random random(1);
     for (int i = 0; i < rounds(20000); ++i) {
         const std::wstring text = random.text(L"ab\\/ \n\t\";,", random.below(100) ? 12 : 400);
@@ -251,8 +251,8 @@ TEST(Strtokens, SplitAsTheModelDoes) {
         ASSERT_EQ(list(strtokens_cpp(s)), filled(pieces(text, L" \t\n\r", true)));
     }
     const str crs(L"a\r\n\r\nb\rc\n");
-    EXPECT_EQ(list(strtokens_lines(crs)), (words{L"a", L"", L"b\rc"}));
-    EXPECT_EQ(list(strtokens_line(crs)), (words{L"a", L"b", L"c"}));
+    EXPECT_EQ(list(strtokens_lines(crs)), (Words{L"a", L"", L"b\rc"}));
+    EXPECT_EQ(list(strtokens_line(crs)), (Words{L"a", L"b", L"c"}));
 }
 
 TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
@@ -265,7 +265,7 @@ TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
     EXPECT_EQ(tokens.splitStr(text = L"x y"), 2);
     EXPECT_EQ(str(tokens.takeLast()), L"y");
     tokens.newToken().set(L"new", 3);
-    EXPECT_EQ(list(tokens), (words{L"x", L"new"}));
+    EXPECT_EQ(list(tokens), (Words{L"x", L"new"}));
     EXPECT_EQ(copy.count(), 200);
     tokens.clearAll();
     EXPECT_TRUE(tokens.takeLast().start() == nullptr && tokens[0].len() == 0);
@@ -279,7 +279,7 @@ TEST(Strtokens, KeepManyInOrderAndForgetThemOnTheNextSplit) {
 TEST(Strtokens, CommandLinesKeepSeparatorsInQuotes) {
     const struct {
         const wchar_t *text, *edited;
-        words quoted;
+        Words quoted;
     } cases[] = {{L"x=\"b c\"d e", L"x=b cd e", {L"x=\"b c\"d", L"e"}},
                  {L"\"a\"\" b\" c", L"a b c", {L"\"a\"\" b\"", L"c"}},
                  {L"\"d:\\my dir\\\" x", L"d:\\my dir\\ x", {L"d:\\my dir\\", L"x"}},
@@ -296,5 +296,5 @@ TEST(Strtokens, CommandLinesKeepSeparatorsInQuotes) {
     str text(L"a,\"b,c\" d,,\"e");
     strtokens_cpp atCommas(L",\"");
     atCommas.splitStr(text);
-    EXPECT_EQ(list(atCommas), (words{L"a", L"b,c d", L"e"}));
+    EXPECT_EQ(list(atCommas), (Words{L"a", L"b,c d", L"e"}));
 }

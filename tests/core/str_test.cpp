@@ -1,4 +1,5 @@
 #include "marvo/core/cstr.h"
+#include "marvo/core/nameable.h"
 #include "marvo/core/str.h"
 
 #include <gtest/gtest.h>
@@ -79,6 +80,8 @@ TEST(Str, EditsInPlace) {
     EXPECT_EQ(text(str(L"a12b345").cleanStr(L"ab", L'#', 2, true)), L"a##b##");
     EXPECT_EQ(text(str(L"aab").cleanStr(L"a", L'x', 0, false).cleanStr(nullptr)), L"xxb");
     EXPECT_FALSE(str(8ul, str::narrowStale).allocBuffer(9)) << "its capacity is fixed";
+    str kept(L"kept");
+    EXPECT_FALSE(kept.allocBuffer(0x80000001) || kept.allocBuffer(str::toEnd) || kept != L"kept");
 }
 
 TEST(Str, TakesNullForEmptyTextAndSurvivesLargeNumbers) {
@@ -110,6 +113,8 @@ TEST(Str, KeepsZerosWhereLengthsAreKnown) {
     EXPECT_EQ(std::wstring(t.oleStr(), t.len()), std::wstring(L"\0b\0b\0b\0b", 8));
     EXPECT_TRUE(t == L"" && t.findChar(L'b', 2) == 3 && t.countChar(0) == 4);
     EXPECT_STREQ(t.getStr() + 7, "b");
+    EXPECT_TRUE(t.append(L"; ").trimStr(L" b").len() == 9 && t.tok(L'b').len() == 1 && t.len() == 7);
+    EXPECT_TRUE(t.tok(L'b').len() == 1 && t.tok(L';').len() == 4 && t.len() == 0);
 }
 
 TEST(Str, PascalStringsCarryAtMost255Bytes) {
@@ -136,6 +141,14 @@ TEST(Cstr, HoldsACopyOfAnySource) {
     EXPECT_TRUE(b.findStr(L"ef", 2) == 4 && b.findStr(L"ef", 7) == -1);
     b = static_cast<const wchar_t*>(nullptr);
     EXPECT_EQ(b.len() + b.size(), 0u);
+}
+
+TEST(Nameable, CountsItsNamesMemory) {
+    vcore::nameable camera;
+    const unsigned long before = camera.memSize();
+    camera.rename(L"left");
+    EXPECT_STREQ(camera.name().getStr(), "left");
+    EXPECT_EQ(camera.memSize(), before + camera.name().bufferSize()) << "the narrow copy";
 }
 
 TEST(StrSearch, FindsComparesAndCutsOut) {

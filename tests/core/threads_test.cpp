@@ -21,13 +21,13 @@ void onThreads(int count, const std::function<void(int)>& body) {
     }
 }
 
-constexpr unsigned long patienceMs = 30000;
+constexpr unsigned long patience_ms = 30000;
 
-class worker final : public winthread {
+class Worker final : public winthread {
 public:
-    explicit worker(std::function<void(worker&)> body) : _body(std::move(body)) {}
-    worker(const worker& source) : winthread(source), _body(source._body) {}
-    ~worker() { terminate(); }
+    explicit Worker(std::function<void(Worker&)> body) : body_(std::move(body)) {}
+    Worker(const Worker& source) : winthread(source), body_(source.body_) {}
+    ~Worker() { terminate(); }
     using winthread::finish;
     std::atomic<int> step{0};
 
@@ -36,19 +36,19 @@ public:
     }
 
 protected:
-    void run() override { _body(*this); }
+    void run() override { body_(*this); }
 
 private:
-    std::function<void(worker&)> _body;
+    std::function<void(Worker&)> body_;
 };
 
-void polite(worker& w) {
+void polite(Worker& w) {
     w.step = 1;
     w.finishing(INFINITE);
     w.step = 2;
 }
 
-void stubborn(worker& w) {
+void stubborn(Worker& w) {
     w.step = 1;
     for (;;) {
         Sleep(1000);
@@ -202,20 +202,20 @@ TEST(State, ChangesOnceForAllThreads) {
 }
 
 TEST(Thread, TellsWhereItStands) {
-    worker w(polite);
+    Worker w(polite);
     EXPECT_TRUE(w.finished() && !w.running() && w.wait(0) && !w.suspend() && !w.resume());
     w.terminate();
     EXPECT_TRUE(w.start() && w.reaches(1) && w.running() && !w.finished());
     EXPECT_TRUE(w.wait(1)) << "true on a time-out";
-    worker copy(w);
+    Worker copy(w);
     EXPECT_TRUE(!copy.running() && copy.start()) << "a copy is a new object";
     w.stop(0);
-    EXPECT_FALSE(w.wait(patienceMs)) << "false when it ended";
+    EXPECT_FALSE(w.wait(patience_ms)) << "false when it ended";
     EXPECT_TRUE(w.step == 2 && w.finished() && copy.running());
 }
 
 TEST(Thread, StartsAgainInEveryStateAndIsKilledWhenItDoesNotStopInTime) {
-    worker running(stubborn);
+    Worker running(stubborn);
     for (int i = 0; i < 3; ++i) {
         running.step = 0;
         EXPECT_GE(samples::elapsed_ms([&] { EXPECT_TRUE(running.start()); }), i ? 80u : 0u)
@@ -224,19 +224,19 @@ TEST(Thread, StartsAgainInEveryStateAndIsKilledWhenItDoesNotStopInTime) {
     }
     EXPECT_GE(samples::elapsed_ms([&] { running.stop(60); }), 40u);
     EXPECT_TRUE(running.finished() && !running.suspend());
-    worker ended([](worker& self) { ++self.step; });
+    Worker ended([](Worker& self) { ++self.step; });
     for (int i = 1; i <= 20; ++i) {
-        EXPECT_TRUE(ended.start() && !ended.wait(patienceMs) && ended.step == i);
+        EXPECT_TRUE(ended.start() && !ended.wait(patience_ms) && ended.step == i);
     }
 }
 
 TEST(Thread, TellsARequestToStopFromAnotherSignalAndOnlyAsksForAStopOfNoTime) {
     const vcore::event tick;
-    worker w([&](worker& self) {
+    Worker w([&](Worker& self) {
         while (!self.finishing(-1, tick.handle())) {
             ++self.step;
         }
-        tick.wait(patienceMs);
+        tick.wait(patience_ms);
         self.step += 100;
     });
     w.start();
@@ -245,12 +245,12 @@ TEST(Thread, TellsARequestToStopFromAnotherSignalAndOnlyAsksForAStopOfNoTime) {
     }
     w.stop(0);
     EXPECT_TRUE(w.wait(20) && !w.finished());
-    EXPECT_TRUE(tick.set() && !w.wait(patienceMs) && w.step == 103);
+    EXPECT_TRUE(tick.set() && !w.wait(patience_ms) && w.step == 103);
 }
 
 TEST(Thread, IsKilledInsideAShieldedRegionOnlyWhereThatIsOpen) {
     for (const bool opens : {true, false}) {
-        worker w([&](worker& self) {
+        Worker w([&](Worker& self) {
             winthread::uninterruptible whole;
             { winthread::killable brief; }
             self.step = 1;
@@ -275,7 +275,7 @@ TEST(Thread, IsKilledInsideAShieldedRegionOnlyWhereThatIsOpen) {
 TEST(Thread, SurvivesManyKills) {
     std::atomic<int> held{0};
     for (int i = 0; i < 60; ++i) {
-        worker w([&](worker& self) {
+        Worker w([&](Worker& self) {
             self.step = 1;
             for (int n = 0; n < i * 50; ++n) {
                 winthread::uninterruptible region;
@@ -292,14 +292,14 @@ TEST(Thread, SurvivesManyKills) {
 
 TEST(Thread, MayVanishAfterItsEndWasTold) {
     for (int i = 0; i < 20; ++i) {
-        const auto w = std::make_unique<worker>([](worker& self) { self.finish(); });
+        const auto w = std::make_unique<Worker>([](Worker& self) { self.finish(); });
         w->start();
-        EXPECT_FALSE(w->wait(patienceMs));
+        EXPECT_FALSE(w->wait(patience_ms));
     }
 }
 
 TEST(Thread, SuspendsAndResumesByCount) {
-    worker w([](worker& self) {
+    Worker w([](Worker& self) {
         while (!self.finishing(1)) {
             ++self.step;
         }
@@ -311,11 +311,11 @@ TEST(Thread, SuspendsAndResumesByCount) {
     EXPECT_LE(w.step, stands + 1);
     EXPECT_FALSE(w.resume()) << "one suspension is left";
     EXPECT_TRUE(w.resume() && w.reaches(stands + 2));
-    w.stop(patienceMs);
+    w.stop(patience_ms);
 }
 
 TEST(Thread, ASuspensionDoesNotKeepAShieldedRegionFromEnding) {
-    worker w([](worker& self) {
+    Worker w([](Worker& self) {
         const winthread::uninterruptible whole;
         polite(self);
     });
@@ -325,7 +325,7 @@ TEST(Thread, ASuspensionDoesNotKeepAShieldedRegionFromEnding) {
 }
 
 TEST(Thread, RunsInTheMultithreadedApartmentWithClampedPriorities) {
-    worker w([](worker& self) {
+    Worker w([](Worker& self) {
         APTTYPE type;
         APTTYPEQUALIFIER qualifier;
         EXPECT_TRUE(SUCCEEDED(CoGetApartmentType(&type, &qualifier)) && type == APTTYPE_MTA);

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <climits>
 #include <cmath>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace vcore;
@@ -26,7 +28,7 @@ str asText(const var& v, bool quote = false) {
 }
 
 /// An object that only counts its references, from 1 on.
-class counting : public IUnknown {
+class Counting : public IUnknown {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
@@ -43,12 +45,12 @@ var referTo(VARTYPE type, void* payload) {
 }
 
 /// What a value is expected to be, without any of the machinery.
-struct expected {
+struct Expected {
     VARTYPE type = VT_EMPTY;
     double number = 0;
     std::wstring text{};
     int object = -1;
-    std::vector<expected> elements{};
+    std::vector<Expected> elements{};
 };
 
 class VarModel : public testing::Test {
@@ -59,7 +61,7 @@ protected:
     void change(int i) {
         const int other = below(slots), object = below(objectCount), n = below(2000001) - 1000000;
         const std::wstring text(static_cast<std::size_t>(below(40)), static_cast<wchar_t>(L'a' + n % 26));
-        const std::pair<var, expected> fresh[] = {{varI(n), {VT_I4, n * 1.0}},
+        const std::pair<var, Expected> fresh[] = {{varI(n), {VT_I4, n * 1.0}},
                                                   {varI64(n * (1ll << 32)), {VT_I8, n * 0x1p32}},
                                                   {varF(n / 16.0), {VT_R8, n / 16.0}},
                                                   {varB(n % 2), {VT_BOOL, n % 2 ? -1.0 : 0.0}},
@@ -71,7 +73,7 @@ protected:
             model[i] = fresh[kind].second;
         } else if (kind == 6 || other == i) {
             real[i] = real[other];
-            model[i] = expected(model[other]);
+            model[i] = Expected(model[other]);
         } else if (kind == 7) {
             real[i] = std::move(real[other]);
             model[i] = std::exchange(model[other], {});
@@ -79,25 +81,25 @@ protected:
             makeArray(i);
         } else if (!model[i].elements.empty()) { // becomes the first element of its own array
             real[i] = *static_cast<const var*>(real[i].parray->pvData);
-            model[i] = expected(model[i].elements[0]);
+            model[i] = Expected(model[i].elements[0]);
         }
     }
 
     void makeArray(int i) {
         var_array array(below(5));
-        expected e{.type = VT_ARRAY | VT_VARIANT};
+        Expected e{.type = VT_ARRAY | VT_VARIANT};
         for (int k = 0; k < array.count(); ++k) {
             const int from = below(slots);
             // Few arrays of arrays, or they would grow without bounds.
             const bool plain = !real[from].isArray() || below(8) == 0;
             ASSERT_TRUE(array.set(k, plain ? real[from] : var()));
-            e.elements.push_back(plain ? model[from] : expected{});
+            e.elements.push_back(plain ? model[from] : Expected{});
         }
         real[i].setArray(array.getArray());
         model[i] = e;
     }
 
-    void compare(const var& v, const expected& e, std::vector<ULONG>& references) {
+    void compare(const var& v, const Expected& e, std::vector<ULONG>& references) {
         ASSERT_EQ(v.vt, e.type);
         if (e.type != VT_BSTR) {
             ASSERT_EQ(v.getF(), e.number);
@@ -116,9 +118,9 @@ protected:
     }
 
     std::mt19937 random{20070305};
-    std::array<counting, objectCount> objects;
+    std::array<Counting, objectCount> objects;
     std::array<var, slots> real;
-    std::array<expected, slots> model;
+    std::array<Expected, slots> model;
 };
 
 var* volatile noVar = nullptr;
@@ -202,8 +204,26 @@ TEST(Var, OwnsItsText) {
     EXPECT_EQ(asText(varS(longText.c_str()), true).len(), longText.size() + 2);
 }
 
+TEST(Var, NarrowTextsStayForEightConversionsOfTheirThread) {
+    std::atomic<int> wrong{0};
+    const auto convert = [&](std::string narrow) {
+        const std::wstring wide(narrow.begin(), narrow.end());
+        for (int i = 0; i < 20000; ++i) {
+            const char* const text = varS(wide.c_str());
+            for (int k = 0; k < 7; ++k) {
+                wrong += *static_cast<const char*>(varS(L"other")) != 'o';
+            }
+            wrong += narrow != text;
+        }
+    };
+    std::thread thread(convert, std::string(300, 'b'));
+    convert("aa");
+    thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
 TEST(VarOwnership, BorrowsWhatAReferencePointsTo) {
-    counting object;
+    Counting object;
     IDispatch* dispatch = object.dispatch();
     BSTR words = SysAllocString(L"yes");
     var_array array(3);
@@ -224,7 +244,7 @@ TEST(VarOwnership, BorrowsWhatAReferencePointsTo) {
 }
 
 TEST(VarOwnership, CopiesOwnTextArraysAndInterfaces) {
-    counting object;
+    Counting object;
     {
         var text;
         text.vt = VT_BSTR;
@@ -276,7 +296,7 @@ TEST(VarOwnership, ArraysKeepTheirBoundsAndTypes) {
 }
 
 TEST(VarOwnership, ListsAndArraysOfValuesGrow) {
-    counting object;
+    Counting object;
     {
         vars values(2);
         values[1] = var(&object);
@@ -318,7 +338,7 @@ TEST_F(VarModel, BehavesAsASimpleModel) {
         }
     }
     real = {};
-    for (const counting& object : objects) {
+    for (const Counting& object : objects) {
         EXPECT_EQ(object.references, 1u);
     }
 }

@@ -9,20 +9,11 @@ using device_tests::test_folder;
 using devices::camera_config;
 
 TEST(camera_config, reads_every_key) {
-    const camera_config config = camera_config::parse("\xEF\xBB\xBFstream = clips/a b#1.dv  # the clip\r\n"
-                                                      "speed=2.5\n"
-                                                      "\n"
-                                                      "  burst = 4\t\n"
-                                                      "stall = 10:250\n"
-                                                      "stall = 20 : 5\n"
-                                                      "drop = 3-5\n"
-                                                      "drop = 9-9\n"
-                                                      "# drop = 0-99\n"
-                                                      "lose = 50\n"
-                                                      "return = 700\n"
-                                                      "log = C:\\out.txt\n"
-                                                      "devices = 3",
-                                                      L"R:\\here", "test");
+    const camera_config config = camera_config::parse(
+        "\xEF\xBB\xBFstream = clips/a b#1.dv  # the clip\r\nspeed=2.5\n\n  burst = 4\t\nstall = 10:250\n"
+        "stall = 20 : 5\ndrop = 3-5\ndrop = 9-9\n# drop = 0-99\nlose = 50\nreturn = 700\nlog = C:\\out.txt\n"
+        "devices = 3",
+        L"R:\\here", "test");
     EXPECT_EQ(config.stream, L"R:\\here\\clips/a b#1.dv");
     EXPECT_EQ(config.log, L"C:\\out.txt");
     EXPECT_TRUE(config.speed == 2.5 && config.burst == 4 && config.devices == 3);

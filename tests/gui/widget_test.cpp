@@ -7,9 +7,9 @@
 
 namespace {
 
-class noting_widget : public vwin::vWidget {
+class NotingWidget : public vwin::vWidget {
 public:
-    noting_widget() : vWidget(L"MARVO TEST", 0x100000) {}
+    NotingWidget() : vWidget(L"MARVO TEST", 0x100000) {}
     void destroyEvent() override {
         ++destroyed;
         reparent(nullptr);
@@ -42,7 +42,7 @@ protected:
 } // namespace
 
 TEST_F(WidgetTest, IsAHiddenPopupUntilItIsPutIntoAHost) {
-    noting_widget widget;
+    NotingWidget widget;
     EXPECT_TRUE(widget.hide(true) && widget.show(false) && widget.reparent(nullptr));
     EXPECT_FALSE(widget.invalidate()) << "hiding must not make a window";
     ASSERT_NE(widget.handle(), nullptr);
@@ -55,6 +55,9 @@ TEST_F(WidgetTest, IsAHiddenPopupUntilItIsPutIntoAHost) {
     EXPECT_TRUE(widget.visible());
     EXPECT_TRUE(widget.size.cx == 320 && widget.size.cy == 240);
     EXPECT_FALSE(widget.resize(-1, 5));
+    EXPECT_FALSE(widget.reparent(widget.handle())) << "a window cannot be in itself";
+    EXPECT_EQ(GetAncestor(widget.handle(), GA_PARENT), host);
+    EXPECT_TRUE(GetWindowLongPtrW(widget.handle(), GWL_STYLE) & WS_CHILD);
 
     EXPECT_TRUE(widget.reparent(nullptr));
     EXPECT_NE(GetAncestor(widget.handle(), GA_PARENT), host);
@@ -62,7 +65,7 @@ TEST_F(WidgetTest, IsAHiddenPopupUntilItIsPutIntoAHost) {
 }
 
 TEST_F(WidgetTest, EventsReachTheWidget) {
-    noting_widget widget;
+    NotingWidget widget;
     SendMessageW(widget.handle(), WM_TIMER, 7, 0);
     EXPECT_EQ(widget.timer, 7);
     widget.setEraseBackground(false);
@@ -71,7 +74,7 @@ TEST_F(WidgetTest, EventsReachTheWidget) {
 }
 
 TEST_F(WidgetTest, OutlivesItsHostTogetherWithTheWindowsInsideIt) {
-    noting_widget widget;
+    NotingWidget widget;
     ASSERT_TRUE(widget.reparent(host));
     HWND inside = makeWindow(widget.handle(), WS_CHILD | WS_VISIBLE);
     DestroyWindow(host);
@@ -84,7 +87,7 @@ TEST_F(WidgetTest, OutlivesItsHostTogetherWithTheWindowsInsideIt) {
 }
 
 TEST_F(WidgetTest, AnOwnerThatDispatchesNoMessagesIsGivenUp) {
-    noting_widget widget;
+    NotingWidget widget;
     std::promise<void> leave;
     std::promise<HWND> made;
     std::thread owner([&] {

@@ -93,7 +93,7 @@ bool feed(dvFrameStore& store, const Stream& stream, unsigned long ringFrames, u
         if (!samples.getSample(&taken, -1, -1)) {
             return false;
         }
-        vvideo::reference<IMediaSample> sample;
+        vvideo::Reference<IMediaSample> sample;
         sample.adopt(taken);
         BYTE* bytes = nullptr;
         sample->GetPointer(&bytes);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace {
 
@@ -70,13 +71,105 @@ TEST(FrameLoader, KeepsTheFileForTheNextRange) {
     vvideo::dvFrame frame(samples::palSize, nullptr);
     EXPECT_TRUE(loader.get(&frame, 9)) << "the same range has not been reloaded";
     ASSERT_TRUE(loader.init(name, 30, 200, 50));
-    EXPECT_EQ(loader.outPoint(), 200u) << "a range of the open file is not clamped";
+    EXPECT_EQ(loader.outPoint(), 58u) << "clamped as the first range is";
     EXPECT_TRUE(arrives(loader, 40));
     recording::append(name, 60, 20);
+    ASSERT_TRUE(loader.init(name, 30, 200, 50));
+    EXPECT_EQ(loader.outPoint(), 78u);
     EXPECT_TRUE(arrives(loader, 75)) << "written after the file was opened";
-    loader.get(&frame, 150);
-    Sleep(100);
-    EXPECT_FALSE(loader.get(&frame, 150)) << "beyond the end of the file";
+    EXPECT_FALSE(loader.init(L"no such file.dv", 0, 9, 50));
+    EXPECT_TRUE(loader.loaded(name, 30, 78) && loader.get(&frame, 75)) << "a refused range costs nothing";
+}
+
+TEST(FrameLoader, RepeatsTheLastFrameBehindTheEnd) {
+    recording::write(name, 0);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 99, 50)) << "nothing yet, so nothing to clamp to";
+    recording::append(name, 0, 10);
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    const auto shows = [&](unsigned long long number, std::uint32_t seed) {
+        return samples::eventually([&] { return loader.get(&frame, number); }) &&
+               samples::holds(frame.data(), seed);
+    };
+    EXPECT_TRUE(shows(50, 9)) << "the last one under the number asked for";
+    {
+        const vcore::handle writer(CreateFileW(name, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(writer);
+        loader.get(&frame, 10);
+        Sleep(100);
+        EXPECT_FALSE(loader.get(&frame, 10)) << "it may still be written";
+    }
+    EXPECT_TRUE(shows(10, 9)) << "nobody writes it any more";
+    EXPECT_FALSE(loader.get(&frame, ~0ull)) << "an empty slot has no number";
+}
+
+TEST(FrameLoader, LoadsARangeOnceWhenItShallNotLoop) {
+    struct : dvFrameLoad {
+        void run() override {
+            setEndless(false);
+            dvFrameLoad::run();
+        }
+    } loader;
+    recording::write(name, 40);
+    ASSERT_TRUE(loader.init(name, 10, 29, 50));
+    EXPECT_TRUE(samples::eventually([&] { return loader.finished(); }));
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    for (std::uint32_t k = 10; k < 30; ++k) {
+        EXPECT_TRUE(loader.get(&frame, k) && samples::holds(frame.data(), k)) << k;
+    }
+    loader.done();
+}
+
+/// A frame that cannot be written to until `release`; a copy into it waits there.
+class HeldFrame : public vvideo::dvFrame {
+public:
+    HeldFrame() : dvFrame(samples::palSize) {
+        held_ = this;
+        VirtualProtect(data(), size(), PAGE_READONLY, &access_);
+        handler_ = AddVectoredExceptionHandler(1, &onFault);
+    }
+    ~HeldFrame() { RemoveVectoredExceptionHandler(handler_); }
+    bool reached() { return reached_.wait(30000); }
+    void release() { go_.set(); }
+
+private:
+    static LONG CALLBACK onFault(EXCEPTION_POINTERS* fault) {
+        const auto at = fault->ExceptionRecord->ExceptionInformation[1];
+        const auto first = reinterpret_cast<ULONG_PTR>(held_->data());
+        if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION ||
+            at - first >= held_->size()) {
+            return EXCEPTION_CONTINUE_SEARCH;
+        }
+        held_->reached_.set();
+        held_->go_.wait(30000);
+        VirtualProtect(held_->data(), held_->size(), held_->access_, &held_->access_);
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+
+    static inline HeldFrame* held_ = nullptr;
+    vcore::event reached_, go_;
+    DWORD access_ = 0;
+    void* handler_ = nullptr;
+};
+
+TEST(FrameLoader, TheBreakerIsSetWhileAFrameIsCopied) {
+    recording::write(name, 20);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 9, 10));
+    ASSERT_TRUE(arrives(loader, 5));
+    // Waiting for the reader would take 50 ms every time; a busy machine is given several tries.
+    ULONGLONG fastest_ms = ~0ull;
+    for (int i = 0; i < 10 && fastest_ms > 30; ++i) {
+        HeldFrame frame;
+        std::thread reader([&] { EXPECT_TRUE(loader.get(&frame, 5)); });
+        EXPECT_TRUE(frame.reached());
+        fastest_ms = std::min(fastest_ms, samples::elapsed_ms([&] { loader.setBreaker(i + 3); }));
+        EXPECT_EQ(loader.breaker(), i + 3u);
+        frame.release();
+        reader.join();
+    }
+    EXPECT_LE(fastest_ms, 30u);
 }
 
 TEST(FrameLoader, AnswersBadFilesAndRanges) {
@@ -111,7 +204,6 @@ TEST(FrameLoader, PlaysAnAviFileThatGrows) {
     const auto grow = [&](size_t frames) {
         avi::File::write(avi, built.bytes.substr(0, built.frameOffsets[frames] + 1000));
     };
-    vvideo::dvFrame frame(samples::palSize, nullptr);
     vvideo::dvMediaType type;
     dvFrameLoad loader;
     grow(1);
@@ -123,7 +215,6 @@ TEST(FrameLoader, PlaysAnAviFileThatGrows) {
     EXPECT_EQ(type.frameSize(), samples::palSize);
     grow(8);
     EXPECT_TRUE(arrives(loader, 7)) << "written after the file was opened";
-    EXPECT_FALSE(loader.get(&frame, 8));
     grow(39);
     ASSERT_TRUE(loader.init(avi, 30, 100, 8));
     EXPECT_EQ(loader.outPoint(), 37u);

@@ -1,10 +1,12 @@
 #include "marvo.h"
 
 #include "tests/support/avi_builder.h"
+#include "tests/video/fakes.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -33,8 +35,10 @@ TEST(FrameStore, NumbersFramesAndKeepsTheNewest) {
     samples::Source source;
     dvFrameStore store;
     EXPECT_FALSE(source.addTo(store, 0)) << "no ring yet";
+    EXPECT_FALSE(store.init(samples::palSize, 400000, 0) || store.startRecord(name)) << "a ring needs a slot";
     ASSERT_TRUE(store.init(samples::palSize, 400000, 5));
     vvideo::dvFrame frame(samples::palSize, nullptr);
+    EXPECT_FALSE(store.findFrame(~0ull) || store.get(&frame, ~0ull)) << "an empty slot has no number";
     for (std::uint32_t k = 0; k < 12; ++k) {
         ASSERT_TRUE(source.addTo(store, k));
         EXPECT_EQ(store.lastFrame(), k + 1);
@@ -58,6 +62,60 @@ TEST(FrameStore, NumbersFramesAndKeepsTheNewest) {
     EXPECT_EQ(sample->GetTime(&time, &time), VFW_E_SAMPLE_TIME_NOT_SET) << "for immediate display";
     EXPECT_TRUE(sample->IsSyncPoint() == S_OK && sample->IsDiscontinuity() == S_OK);
     sample->Release();
+    store.done();
+    EXPECT_TRUE(store.lastFrame() == ~0ull && store.writtenFrame() == ~0ull);
+}
+
+/// A sample that has a look around while it is being copied.
+struct Watched : fake::Sample {
+    using Sample::Sample;
+    std::function<void()> duringCopy;
+    STDMETHODIMP GetPointer(BYTE** out) override {
+        duringCopy();
+        return Sample::GetPointer(out);
+    }
+};
+
+TEST(FrameStore, PublishesANumberWithItsContents) {
+    dvFrameStore store;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 2));
+    Watched sample(samples::palSize);
+    int copies = 0;
+    for (unsigned long long k = 0; k < 5; ++k) {
+        sample.duringCopy = [&] {
+            ++copies;
+            EXPECT_EQ(store.lastFrame(), k);
+            EXPECT_EQ(store.findFrame(k), nullptr) << "not there yet";
+            EXPECT_FALSE(k > 1 && store.findFrame(k - 2)) << "being overwritten";
+        };
+        ASSERT_TRUE(store.add(&sample));
+        EXPECT_NE(store.findFrame(k), nullptr);
+    }
+    EXPECT_EQ(copies, 5);
+}
+
+TEST(FrameStore, TakesFramesFromMemoryAndSaysWhoseNumbersTheyHave) {
+    dvFrameStore store;
+    EXPECT_FALSE(store.add(samples::bytes(0).data(), samples::palSize)) << "no ring yet";
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 5));
+    EXPECT_FALSE(store.add(nullptr, samples::palSize) || store.add(samples::bytes(0).data(), 120000));
+    EXPECT_EQ(store.lastFrame(), 0u) << "a refused frame uses no number up";
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    const auto path = std::filesystem::absolute(name).wstring();
+    const auto holdsFirst = [&](const wchar_t* file) { return store.get(&frame, 0, file); };
+    const auto capture = [&](std::uint32_t seed) {
+        return store.add(samples::bytes(seed).data(), samples::palSize) && store.get(&frame, 0) &&
+               samples::holds(frame.data(), seed);
+    };
+    EXPECT_TRUE(capture(1) && !holdsFirst(path.c_str()) && !holdsFirst(L"") && !holdsFirst(nullptr));
+    ASSERT_TRUE(store.startRecord(name));
+    EXPECT_TRUE(capture(2) && holdsFirst(path.c_str()));
+    store.stopRecord();
+    expectRecorded(2, 1);
+    EXPECT_TRUE(holdsFirst(path.c_str())) << "the recording is over, but the numbers are still its own";
+    EXPECT_FALSE(holdsFirst((path + L"x").c_str()));
+    store.flush();
+    EXPECT_TRUE(capture(3) && !holdsFirst(path.c_str())) << "numbers that no file has";
 }
 
 TEST(FrameStore, KnowsTheFrameRateAndRecordsSizeAndDuration) {
@@ -169,6 +227,32 @@ TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
         const unsigned long backlog = watcher.seen[i - 1].first;
         EXPECT_EQ(watcher.seen[i].second, backlog > 15 ? 2 : backlog > 10 ? 1 : -1) << "at report " << i;
     }
+}
+
+TEST(FrameStore, LeavesAFileOnAStalledDiskToItsWriter) {
+    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\marvo_frame_store_test"; // as slow as who reads from it
+    const vcore::handle disk(
+        CreateNamedPipeW(pipe, PIPE_ACCESS_INBOUND, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr));
+    samples::Source source;
+    dvFrameStore store;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 5));
+    ASSERT_TRUE(store.startRecord(pipe));
+    ASSERT_TRUE(source.addTo(store, 7));
+    ASSERT_TRUE(samples::eventually([&] { return store.writtenFrame() == 1; }));
+    Sleep(100);
+    store.done();
+    ASSERT_TRUE(store.running()) << "held up for longer than it is waited for";
+    std::vector<unsigned char> file(1000000);
+    DWORD got = 0, bytes = 0;
+    while (ReadFile(disk.get(), file.data() + bytes, 4096, &got, nullptr) && got != 0) {
+        bytes += got;
+    }
+    EXPECT_GE(bytes, samples::palSize + 8u) << "the whole record";
+    EXPECT_TRUE(samples::holds(file.data() + 8, 7));
+    EXPECT_TRUE(samples::eventually([&] { return store.finished(); }));
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(name) && source.addTo(store, 8));
+    store.stopRecord();
+    expectRecorded(8, 1);
 }
 
 TEST(FrameStore, AStopRightAfterAStartIsNotLost) {

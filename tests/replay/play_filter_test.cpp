@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <thread>
 
 namespace {
 
@@ -126,6 +127,7 @@ TEST_F(PlayFilter, ShowsGrayBeforeTheFirstFrameAndThenTheNewest) {
     EXPECT_EQ(std::memcmp(sink.arrivals().back().bytes.data(), gray.data(), samples::palSize), 0);
     EXPECT_EQ(filter.playedFrame(), ~0ull);
     EXPECT_FALSE(filter.playing());
+    filter.setRecording(true);
     capture(0, 1);
     expectShown(0);
     const auto first = sink.arrivals().front();
@@ -133,6 +135,12 @@ TEST_F(PlayFilter, ShowsGrayBeforeTheFirstFrameAndThenTheNewest) {
     EXPECT_EQ(first.mediaStart, 0);
     EXPECT_EQ(first.mediaStop, 400000);
     EXPECT_FALSE(sink.arrivals()[1].discontinuity);
+    drain.next(1);
+    EXPECT_TRUE(drain.info.recording);
+    disconnect(sink);
+    start(sink);
+    drain.next(2);
+    EXPECT_FALSE(drain.info.recording) << "that was the session before";
 }
 
 TEST_F(PlayFilter, CatchesUpGentlyAndJumpsWhenFarBehind) {
@@ -225,6 +233,51 @@ TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
     EXPECT_NE(filter.playedFrame(), ~0ull) << "no frame, whatever the empty slots of the ring hold";
 }
 
+TEST_F(PlayFilter, ASeekInTheMiddleOfATickIsNotSteppedOver) {
+    struct : vcore::vObject {
+        dvPlayFilter* filter = nullptr;
+        std::atomic<bool> seek = false;
+        void onPlayTime() {
+            if (seek.exchange(false)) {
+                filter->seekFrame(33);
+            }
+        }
+    } seeker;
+    seeker.filter = &filter;
+    filter.connect(L"playTime", &seeker, &seeker, &std::remove_reference_t<decltype(seeker)>::onPlayTime);
+    recording::write(name, 60);
+    ASSERT_TRUE(filter.play(10, 49, name, 0.0, 100, 50));
+    expectShown(10);
+    filter.setSpeed(1.0);
+    drain.take();
+    seeker.seek = true;
+    const auto frames = drain.next(10);
+    EXPECT_NE(std::find(frames.begin(), frames.end(), 33ul), frames.end());
+    filter.disconnect();
+}
+
+TEST_F(PlayFilter, ReplaysAnotherFileThanTheRingsFromThatFile) {
+    constexpr wchar_t other[] = L"play_filter_other.dv";
+    recording::write(other, 40);
+    DeleteFileW(name);
+    capture(100, 20);
+    for (const bool recorded : {false, true}) {
+        if (recorded) {
+            ASSERT_TRUE(store.startRecord(name));
+            capture(200, 20); // seed 200 + k under number k
+        }
+        ASSERT_TRUE(filter.play(5, 12, other, 0.0, 100, 50));
+        expectShown(5);
+        filter.live();
+    }
+    EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 20; }));
+    ASSERT_TRUE(filter.play(6, 12, L".\\PLAY_filter_test.dv", 0.0, 100, 50));
+    expectShown(206);
+    ASSERT_TRUE(filter.play(7, 12, nullptr, 0.0, 100, 50));
+    expectShown(207);
+    store.stopRecord();
+}
+
 TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {
     recording::write(name, 40);
     capture(0, 1);
@@ -243,6 +296,19 @@ TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
     EXPECT_LT(samples::elapsed_ms([&] { EXPECT_TRUE(filter.play(5, 30, name, 0.0, 20000, 50)); }), 10000u)
         << "no reload, so no delay";
     expectShown(5);
+}
+
+TEST_F(PlayFilter, OpensARecordingOnce) {
+    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\marvo_play_filter_test"; // can be opened only once
+    const vcore::handle file(CreateNamedPipeW(pipe, PIPE_ACCESS_OUTBOUND, 0, 1, 65536, 65536, 0, nullptr));
+    std::thread content([&] {
+        const std::vector<char> firstSector(65536);
+        DWORD written = 0;
+        ConnectNamedPipe(file.get(), nullptr);
+        WriteFile(file.get(), firstSector.data(), 4096, &written, nullptr);
+    });
+    EXPECT_TRUE(filter.play(0, 9, pipe, 1.0, 0, 50)) << "a recording without frames so far";
+    content.join();
 }
 
 TEST_F(PlayFilter, LiveAndRefusedReplays) {

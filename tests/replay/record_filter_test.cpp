@@ -2,8 +2,11 @@
 
 #include "tests/support/samples.h"
 #include "tests/support/foreign_pin.h"
+#include "tests/video/fakes.h"
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace {
 
@@ -76,9 +79,31 @@ TEST_F(RecordFilter, PauseOnlyPassesOnAndDoneRefusesUntilTheNextInit) {
     feed(2);
     EXPECT_EQ(preview.count(), 2u);
     EXPECT_FALSE(filter.store().initialized());
+    EXPECT_FALSE(filter.init(0)) << "a ring needs a slot";
     ASSERT_TRUE(filter.init(5));
     feed(3);
     EXPECT_EQ(filter.store().lastFrame(), 1u);
+}
+
+TEST_F(RecordFilter, RecordsTheSampleThatIsOnItsWayWhenDoneComes) {
+    struct Slow : fake::Sample {
+        vcore::event entered{1, nullptr};
+        Slow() : Sample(samples::palSize) {}
+        STDMETHODIMP GetPointer(BYTE** out) override {
+            entered.set();
+            Sleep(40); // less than `done` waits
+            return fake::Sample::GetPointer(out);
+        }
+    } slow;
+    constexpr wchar_t name[] = L"record_filter_test.dv";
+    ASSERT_TRUE(filter.store().startRecord(name));
+    std::thread capture([&] { transport->Receive(&slow); });
+    ASSERT_TRUE(slow.entered.wait(30000));
+    filter.done();
+    capture.join();
+    dvPlayFile recorded;
+    ASSERT_TRUE(recorded.open(name, 0));
+    EXPECT_EQ(recorded.frameCount(), 1u);
 }
 
 TEST_F(RecordFilter, AnUnconnectedPreviewKeepsSamplesBalanced) {

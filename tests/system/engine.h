@@ -1,5 +1,5 @@
 /// @file
-/// The whole engine on the simulated camera, as a test drives it.
+/// The fixture of the whole engine on the simulated camera.
 #pragma once
 
 #include "marvo.h"

@@ -93,8 +93,34 @@ TEST_F(Commands, ThePictureIsInTheHostsWindow) {
         return colours.size() > 20;
     })) << "a moving test picture has many colours";
     ReleaseDC(window, dc);
-    EXPECT_TRUE(dvFE.hideWindow());
-    EXPECT_TRUE(dvFE.showWindow(window));
+    const HWND none = reinterpret_cast<HWND>(0x7ffe);
+    EXPECT_FALSE(dvFE.showWindow(none) || dvFE.init(none, false));
+    EXPECT_TRUE(dvFE.visible()) << "the picture stays where it was";
+    for (HWND host : {HWND{}, window}) {
+        EXPECT_TRUE(dvFE.hideWindow());
+        EXPECT_FALSE(dvFE.visible()) << "without a host it would stand on the desktop";
+        EXPECT_TRUE(dvFE.showWindow(host));
+        EXPECT_EQ(dvFE.visible(), host != nullptr);
+    }
+    dvFE.done();
+    EXPECT_TRUE(dvFE.init(none, false)) << "capture does not need a window";
+    EXPECT_FALSE(dvFE.visible());
+}
+
+TEST_F(Commands, DoneEndsTheSession) {
+    ASSERT_TRUE(dvFE.init(window, false));
+    ASSERT_TRUE(dvFE.startRecord(nullptr));
+    ASSERT_TRUE(pumpUntil([&] { return info.recording; }));
+    dvFE.done();
+    EXPECT_EQ(dvFE.lastFrame(), ~0ull);
+    EXPECT_EQ(dvFE.writtenFrame(), ~0ull);
+    dvFE.setMaxRecFrames(0);
+    EXPECT_FALSE(dvFE.init(window, false)) << "a ring needs a slot";
+    EXPECT_NE(log().find("no video - init - 7"), std::string::npos);
+    dvFE.setMaxRecFrames(50);
+    ASSERT_TRUE(dvFE.init(window, false));
+    nextTicks(2);
+    EXPECT_FALSE(info.recording);
 }
 
 TEST_F(Commands, AnElementIsReplayedFromItsMarkers) {

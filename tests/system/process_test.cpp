@@ -4,15 +4,14 @@ namespace {
 
 class Process : public Engine {
 protected:
-    /// Runs the probe, which builds the engine, records, and ends in the given way. Its exit code, or -1 when
-    /// it hangs.
-    static int probe(const std::string& way) {
+    /// Runs a probe, which builds the engine and ends in the given way. Its exit code, or -1 when it hangs.
+    static int probe(const std::string& way, const std::string& name = "marvo-exit-probe") {
         char module[MAX_PATH];
         GetModuleFileNameA(nullptr, module, sizeof(module));
         const std::string folder = std::string(module).substr(0, std::string(module).find_last_of('\\') + 1);
         // A directory of its own, since its library begins a new log.
         CreateDirectoryA("probe", nullptr);
-        std::string command = "\"" + folder + "marvo-exit-probe.exe\" " + way;
+        std::string command = "\"" + folder + name + ".exe\" " + way;
         STARTUPINFOA startup{};
         startup.cb = sizeof(startup);
         PROCESS_INFORMATION process{};
@@ -37,6 +36,10 @@ TEST_F(Process, EndsWithoutDone) {
     for (const char* way : {"return", "exit", "no-com"}) {
         EXPECT_EQ(probe(way), 42) << way;
     }
+}
+
+TEST_F(Process, UnloadsTheLibraryOnceTheEngineIsTakenApart) {
+    EXPECT_EQ(probe("", "marvo-unload-probe"), 42) << "its number is the step that failed";
 }
 
 TEST_F(Process, AKilledProcessLeavesItsRecording) {

@@ -300,7 +300,7 @@ class Refusals(Case):
                 (USAGE, "export a.dv b.dv --to 4294967296", "not '4294967296'"),
                 (USAGE, "export a.dv b.dv --to 3", "the last frame is 2"),
                 (USAGE, "export a.dv b.dv --from 2 --to 1", "no range from frame 2 to 1"),
-                (USAGE, "export a.dv b.mov", "neither with .dv nor with .avi"),
+                (USAGE, "export a.dv b.mov", "none of .avi and .dv"),
                 (USAGE, "info a.dv --sector 500", "a power of two"),
                 (USAGE, "grab a.dv a.png", "--frame N"),
                 (USAGE, "grab a.dv a.gif --frame 0", "none of .bmp"),

@@ -43,12 +43,17 @@ TEST(Alloc, HandsOutWhatItWasInitialisedFor) {
     waiter.join();
     EXPECT_EQ(sample->Release(), 0u);
     EXPECT_EQ(allocator.count(), 0u);
+    // Sizes that wrap in the system's allocator would give buffers that lie over each other.
+    for (const auto& [size, buffers] : {std::pair{2000ul, 0ul}, {0x20000001, 8}, {0x80000000, 1}}) {
+        EXPECT_FALSE(allocator.init(size, buffers, 0, 1) || take(allocator)) << size << " x " << buffers;
+    }
+    EXPECT_TRUE(allocator.init(1000, 1, 0, 16));
+    EXPECT_FALSE(allocator.init(2000, 1, 0, 0)) << "the buffers of 1000 bytes do not serve";
     {
         dvAlloc copy(allocator), assigned;
         assigned = copy;
         EXPECT_EQ(static_cast<IMemAllocator*>(assigned), static_cast<IMemAllocator*>(allocator)) << "shared";
     }
-    IMemAllocator* const raw = allocator;
-    raw->AddRef();
-    EXPECT_EQ(raw->Release(), 1u);
+    allocator->AddRef();
+    EXPECT_EQ(allocator->Release(), 1u);
 }

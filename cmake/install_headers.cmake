@@ -1,0 +1,18 @@
+# Installs the public headers: marvo.h, and those of ours that it reaches. What else lies in the rooms is the
+# library's own.
+cmake_minimum_required(VERSION 3.22)
+get_filename_component(root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
+set(wanted marvo.h)
+set(installed)
+while(wanted)
+    list(POP_FRONT wanted header)
+    if(header IN_LIST installed)
+        continue()
+    endif()
+    list(APPEND installed ${header})
+    get_filename_component(folder include/${header} DIRECTORY)
+    file(INSTALL ${root}/${header} DESTINATION ${CMAKE_INSTALL_PREFIX}/${folder})
+    file(STRINGS ${root}/${header} includes REGEX "^#include \"marvo/")
+    list(TRANSFORM includes REPLACE "^#include \"(.*)\".*" "\\1")
+    list(APPEND wanted ${includes})
+endwhile()

@@ -1,0 +1,209 @@
+"""The library as a host meets it: what `cmake --install` puts down, in every order with other headers, under
+every compiler, with flags that are not the library's own, linked as the README says.
+
+Compiled by each compiler in each standard: marvo.h alone, in front of all standard headers and behind them
+(`ORDERS`), with every switch of the Windows headers and with a host's own macros (`FLAGS`). By some of them:
+both orders reversed, behind headers of Windows that break others (`HARSH`), and the other sets of flags.
+Each standard header on its own in front of marvo.h, and each combination of the switches, is preprocessed
+only: when the library's declarations are then word for word those of marvo.h alone, they compile alike."""
+import concurrent.futures
+import itertools
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import unittest
+
+import extract_examples
+import scripted_tests
+from scripted_tests import PRESET, ROOT, TARGET
+
+TRIPLET = {"win32": "i686-w64-mingw32", "win64": "x86_64-w64-mingw32"}[TARGET]
+FOLDER = scripted_tests.scratch()
+SDK = FOLDER / "sdk"
+POSIX, WIN32 = f"{TRIPLET}-g++-posix", f"{TRIPLET}-g++-win32"
+STANDARDS = ("c++17", "c++20")
+MARVO, STRICT = ["marvo.h"], ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
+
+
+def output(*words, status=0, **options):
+    """What a command prints on both channels; it must end with the status."""
+    done = subprocess.run(list(map(str, words)), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, errors="replace", check=False, **options)
+    if done.returncode != status:
+        raise AssertionError(f"{words} ended with {done.returncode}:\n{done.stdout[-4000:]}")
+    return done.stdout
+
+
+LIBRARY = pathlib.Path(output(POSIX, "-print-file-name=include/c++").strip())
+COMPILERS = {
+    "g++ posix": [POSIX],
+    "g++ win32": [WIN32],
+    # It does not find the headers of a compiler whose version is called "12-posix".
+    "clang++": ["clang++", f"--target={TRIPLET}",
+                *(f"-isystem{LIBRARY / part}" for part in ("", TRIPLET, "backward"))],
+}
+_names = sorted(path.name for path in LIBRARY.iterdir() if path.is_file())
+HEADERS = [*_names, *(name[1:] + ".h" for name in _names
+                      if name[0] == "c" and pathlib.Path(f"/usr/{TRIPLET}/include/{name[1:]}.h").is_file())]
+HARSH = ("dshow.h", "windows.h", "strsafe.h", "winsock2.h", "objbase.h")
+ORDERS = {"alone": MARVO, "first": MARVO + HEADERS, "last": HEADERS + MARVO}
+REVERSED = ("first, reversed", MARVO + HEADERS[::-1]), ("last, reversed", HEADERS[::-1] + MARVO)
+SWITCHES = ["-DNOMINMAX", "-DNO_DSHOW_STRSAFE", "-DUNICODE"]
+COMBINED = [flags for count in (1, 2, 3) for flags in itertools.combinations(SWITCHES, count)]
+HOST_MACROS = ["-Dmin(a,b)=((a)<(b)?(a):(b))", "-Dmax(a,b)=((a)<(b)?(b):(a))", "-DWIN32_LEAN_AND_MEAN"]
+FLAGS = [SWITCHES, HOST_MACROS]
+
+
+def compile_text(compiler, standard, includes, options):
+    """Runs the compiler over a source that consists of includes; what it printed."""
+    text = "".join(f'#include {name if name[0] == "<" else "<" + name + ">"}\n' for name in includes)
+    words = [*COMPILERS[compiler], f"-std={standard}", f"-I{SDK / 'include'}", *options, "-xc++", "-"]
+    done = subprocess.run(words, input=text, capture_output=True, text=True, errors="replace", check=False)
+    if done.returncode != 0:
+        errors = [line for line in done.stderr.splitlines() if "error" in line][:3]
+        raise AssertionError(f"{compiler} {standard} {options}: {includes[:3]}...: {errors}")
+    return done.stdout
+
+
+def own_words(preprocessed):
+    """The words that come from the library's headers."""
+    words, ours = [], False
+    for line in preprocessed.splitlines():
+        if line.startswith("# "):
+            ours = f'"{SDK}' in line
+        elif ours:
+            words += line.split()
+    return words
+
+
+def in_parallel(function, jobs):
+    """The results of all calls; an AssertionError in its place for one that failed."""
+    def guarded(job):
+        try:
+            return function(*job)
+        except AssertionError as error:
+            return error
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        return list(pool.map(guarded, jobs))
+
+
+class Header(unittest.TestCase):
+    def test_compiles_in_every_order_and_with_all_flags(self):
+        jobs = []
+        for place, (standard, compiler) in enumerate(itertools.product(STANDARDS, COMPILERS)):
+            orders = {**ORDERS, f"behind {HARSH[place % len(HARSH)]}": [HARSH[place % len(HARSH)]] + MARVO}
+            if compiler == "clang++":
+                orders.update([REVERSED[STANDARDS.index(standard)]])
+            jobs += [(compiler, standard, name, includes, []) for name, includes in orders.items()]
+            jobs += [(compiler, standard, "alone", MARVO, flags) for flags in FLAGS]
+            if compiler != "g++ win32":
+                state = "-DMARVO_STATIC" if standard == "c++17" else "-DMARVO_BUILD"
+                jobs.append((compiler, standard, "alone", MARVO, [state]))
+        results = in_parallel(lambda compiler, standard, _, includes, flags: compile_text(
+            compiler, standard, includes, ["-fsyntax-only", *STRICT, *flags]), jobs)
+        alone = own_words(compile_text("clang++", "c++17", MARVO, ["-E"]))
+        self.assertGreater(len(alone), 1000)
+        preprocessed = [([name] + MARVO, ["-E"]) for name in HEADERS]
+        preprocessed += [(MARVO, ["-E", *flags]) for flags in COMBINED]
+        singles = in_parallel(
+            lambda *job: own_words(compile_text("clang++", "c++17", *job)) == alone, preprocessed)
+
+        table = [f"{PRESET}: marvo.h, -Wall -Wextra -Wpedantic -Werror, {len(HEADERS)} standard headers",
+                 f"{'compiler':10} {'standard':8} {'orders':>6} {'flag sets':>9} {'compiled':>8}  result"]
+        for compiler, standard in itertools.product(COMPILERS, STANDARDS):
+            mine = [(job, result) for job, result in zip(jobs, results) if job[:2] == (compiler, standard)]
+            wrong = sum(isinstance(result, AssertionError) for _, result in mine)
+            table.append(f"{compiler:10} {standard:8} {len({job[2] for job, _ in mine}):6} "
+                         f"{len({' '.join(job[4]) for job, _ in mine}):9} {len(mine):8}  "
+                         f"{f'{wrong} failed' if wrong else 'ok'}")
+        same = singles.count(True)
+        table.append("the same words behind each standard header and with each set of switches: "
+                     f"{same} of {len(singles)}")
+        print("\n" + "\n".join(table), flush=True)
+        results_folder = ROOT / "build" / PRESET / "results"
+        results_folder.mkdir(parents=True, exist_ok=True)
+        (results_folder / "consumer.txt").write_text("\n".join(table) + "\n", encoding="utf-8")
+        self.assertEqual([], [str(result) for result in results if isinstance(result, AssertionError)])
+        self.assertEqual([], [f"{job}: {found}" for job, found in zip(preprocessed, singles)
+                              if found is not True])
+
+    def test_leaves_no_macro_but_those_of_the_systems_headers(self):
+        files = [path.read_text(encoding="utf-8") for path in (SDK / "include").rglob("*.h")]
+        system = sorted({name for text in files for name in re.findall(r"^#include <(.*)>", text, re.M)})
+        # Those of Windows in the order that the library gives them.
+        system = ["winsock2.h", "windows.h", *system]
+
+        def macros(compiler, includes, flags):
+            return set(compile_text(compiler, "c++17", includes, ["-E", "-dM", *flags]).splitlines())
+        definitions = [], [*HOST_MACROS, "-Dsprintf=odd"]
+        for compiler, flags in itertools.product(("g++ posix", "clang++"), definitions):
+            with self.subTest(compiler=compiler, flags=flags):
+                known = macros(compiler, system, [*flags, "-DNO_DSHOW_STRSAFE"])
+                left = macros(compiler, MARVO, flags)
+                self.assertEqual(set(), left - known)
+                self.assertEqual({"#define NO_DSHOW_STRSAFE 1"}, known - left)
+
+    def test_each_header_works_behind_the_one_that_has_them_all(self):
+        headers = sorted(str(path.relative_to(SDK / "include")) for path in (SDK / "include").rglob("*.h"))
+        private = sorted(str(path.relative_to(ROOT)) for path in (ROOT / "marvo").rglob("*.h"))
+        for includes in headers[::-1], MARVO + private:
+            compile_text("clang++", "c++20", includes, ["-fsyntax-only", *STRICT, f"-I{ROOT}"])
+
+
+class Program(unittest.TestCase):
+    def version(self):
+        text = (SDK / "include/marvo/version.h").read_text(encoding="utf-8")
+        return ".".join(re.findall(r"version\w+ = (\d+);", text))
+
+    def test_a_host_of_its_own_works(self):
+        source = pathlib.Path(__file__).parent / "project"
+        for compiler in f"{TRIPLET}-g++", POSIX:
+            build = FOLDER / compiler
+            output("cmake", "-G", "Ninja", "-S", source, "-B", build, f"-DMARVO_SDK={SDK}",
+                   "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_CXX_COMPILER={compiler}")
+            output("cmake", "--build", build)
+            # A program that is not linked with -static needs its compiler's own DLLs.
+            for name in "libstdc++-6.dll", "libgcc_s_dw2-1.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll":
+                for found in (pathlib.Path(output(compiler, f"-print-file-name={name}").strip()),
+                              pathlib.Path(f"/usr/{TRIPLET}/lib/{name}")):
+                    if found.is_file():
+                        shutil.copy(found, build)
+        clang = FOLDER / POSIX / "consumer-clang.exe"
+        output(*COMPILERS["clang++"], "-O2", f"-I{SDK}/include", "-c", source / "main.cpp", "-o",
+               FOLDER / "clang.o")
+        output(POSIX, FOLDER / "clang.o", f"-L{SDK}/lib", "-lmarvo", "-static", "-o", clang)
+        programs = sorted(FOLDER.glob("*/consumer-*.exe"))
+        self.assertEqual(9, len(programs))
+        for program in programs:
+            with self.subTest(program=program.relative_to(FOLDER)):
+                shutil.copy(SDK / "bin/marvo.dll", program.parent)
+                done = scripted_tests.run(str(program))
+                self.assertEqual((0, self.version()), (done.returncode, done.stdout.decode().strip()))
+
+    def test_dvrec_tells_the_version_of_the_header(self):
+        done = scripted_tests.run("dvrec", "--version")
+        self.assertEqual((0, f"dvrec {self.version()}"), (done.returncode, done.stdout.decode().strip()))
+
+    def test_the_sample_of_the_readme_works_as_it_stands_there(self):
+        lines = (ROOT / "README.md").read_text(encoding="utf-8").split("\n")
+        (_, _, code), = extract_examples.examples(lines)
+        (_, _, commands), = extract_examples.examples(lines, "sh")
+        folder = FOLDER / "readme"
+        folder.mkdir()
+        (folder / "match.cpp").write_text("\n".join(code), encoding="utf-8")
+        text = "\n".join(commands).replace("i686-w64-mingw32", TRIPLET).replace("win32", PRESET)
+        output("bash", "-euc", text, cwd=folder,
+               env=scripted_tests.environment(marvo=str(ROOT), MARVO_TIMEOUT="60"))
+        # Two seconds at the very least, of 144000 bytes a frame.
+        self.assertGreater((folder / "match.dv").stat().st_size, 2 * 25 * 144000)
+
+
+def setUpModule():
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    FOLDER.mkdir(parents=True)
+    output("cmake", "--install", ROOT / "build" / PRESET, "--prefix", SDK)
+
+
+scripted_tests.main()
