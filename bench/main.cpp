@@ -45,7 +45,8 @@ void declare(Options& options, CLI::App& parser) {
     parser.footer(footer);
     parser.add_flag("--quick", options.quick, "shorter rounds and fewer of them");
     parser.add_option("--only", options.only, "one group of measurements")
-        ->check(CLI::IsMember(names).description("GROUP"));
+        ->type_name("GROUP")
+        ->check(CLI::IsMember(names).description(""));
     parser.add_option("--out", options.out, "where the figures go as JSON")
         ->type_name("FILE")
         ->capture_default_str();
