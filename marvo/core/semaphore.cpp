@@ -13,9 +13,9 @@ bool sensible(int maximum, int initial) {
 }
 
 /// The end of a bounded wait. The performance counter, because the tick count steps by 16 ms.
-class deadline {
+class Deadline {
 public:
-    explicit deadline(unsigned long ms) : infinite_(ms == INFINITE) {
+    explicit Deadline(unsigned long ms) : infinite_(ms == INFINITE) {
         QueryPerformanceFrequency(&frequency_);
         end_ = now() + static_cast<long long>(ms) * frequency_.QuadPart / 1000;
     }
@@ -45,7 +45,7 @@ private:
 
 /// A thread that is killed right after it was woken takes the wake-up with it; nobody sleeps longer than this
 /// for it.
-constexpr unsigned long longestSleepMs = 100;
+constexpr unsigned long longestSleep_ms = 100;
 
 } // namespace
 
@@ -86,7 +86,7 @@ bool semaphore::tryTake() const {
 // waiters. With sequentially consistent accesses one of the two always sees the other, so no wake-up is
 // missed.
 bool semaphore::waitPrivate(unsigned long timeoutMs) const {
-    const deadline end(timeoutMs);
+    const Deadline end(timeoutMs);
     waiting_.fetch_add(1);
     bool taken = tryTake();
     while (!taken) {
@@ -94,7 +94,7 @@ bool semaphore::waitPrivate(unsigned long timeoutMs) const {
         if (!left) {
             break;
         }
-        const DWORD result = WaitForSingleObject(kernel_.get(), std::min(left, longestSleepMs));
+        const DWORD result = WaitForSingleObject(kernel_.get(), std::min(left, longestSleep_ms));
         if (result == WAIT_FAILED) {
             Sleep(1);
         }
