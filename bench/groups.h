@@ -24,5 +24,6 @@ void measureReplay(Bench& bench);
 void measureSeek(Bench& bench);
 void measureLoss(Bench& bench);
 void measureAllocations(Bench& bench);
+void measureStart(Bench& bench);
 void measureStrings(Bench& bench);
 void measureInfo(Bench& bench);

@@ -27,6 +27,7 @@ const Group groups[] = {
     {"seek", "from the seek command to the frame", measureSeek},
     {"loss", "recording a camera at eight times real time", measureLoss},
     {"allocations", "memory allocated while frames flow", measureAllocations},
+    {"start", "how long dvrec takes to start, against an empty program", measureStart},
     {"strings", "strings against the standard library's, lookups of settings", measureStrings},
     {"info", "other figures, without targets", measureInfo},
 };

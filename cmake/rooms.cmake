@@ -3,8 +3,8 @@
 # views of the rooms that it stands on are on its include path. So an include of a room above it does not
 # compile.
 #
-# For programs that link what they need of some rooms into themselves there is marvo_<room>_static, which brings
-# the rooms below it along, and with them only their include directories.
+# For programs that link what they need of some rooms into themselves there is marvo_<room>_static, which
+# brings the rooms below it along, and with them only their include directories.
 
 # marvo_room(name [STANDS_ON rooms...] SOURCES sources...)
 function(marvo_room name)

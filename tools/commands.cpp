@@ -41,7 +41,7 @@ const std::vector<Command>& commands() {
          "duration, the\n"
          "camera's time code with its gaps, the date and time of recording, the file's structure, and "
          "whether the\n"
-         "file was finished. Only the begin of each frame is read.\n",
+         "file was finished. Only the start of each frame is read.\n",
          {"sector", "json", "progress"},
          showInfo},
         {"verify",
@@ -67,7 +67,7 @@ const std::vector<Command>& commands() {
          "FILE OUT",
          2,
          "raw recording to AVI, and back",
-         "Writes all frames as an AVI file when OUT ends with .avi, else as a raw recording for the disk on "
+         "Writes all frames as an AVI file when OUT holds .avi, else as a raw recording for the disk on "
          "which\n"
          "OUT lies. FILE is of any kind.\n",
          {"sector", "force", "json", "progress"},
@@ -78,7 +78,7 @@ const std::vector<Command>& commands() {
          "saves what is in a damaged or cut-off recording",
          "Searches all of FILE for undamaged frames, whatever its headers and indexes say, and writes them "
          "as a\n"
-         "sound new recording: an AVI file when OUT ends with .avi, else one of the same kind as FILE. FILE "
+         "sound new recording: an AVI file when OUT holds .avi, else one of the same kind as FILE. FILE "
          "is not\n"
          "touched. Exit status 0 when a recording was written, also if frames were lost; the result says how "
          "many.\n",

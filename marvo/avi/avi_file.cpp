@@ -11,8 +11,8 @@ dvAVIFile::~dvAVIFile() = default;
 
 bool dvAVIFile::create(const wchar_t* name, unsigned long frameSize) {
     FileIOAVI::Video video;
-    video.is625 = frameSize == vdv::palFrameBytes;
-    video.height = video.is625 ? 576 : 480;
+    video.is625 = frameSize == vdv::system625.frameBytes;
+    video.height = (video.is625 ? vdv::system625 : vdv::system525).lines;
     return io_->create(name, video, true) == FileIOAVI::Ok;
 }
 

@@ -1,3 +1,5 @@
+/// @file
+/// DV frames in an AVI file.
 #pragma once
 
 #include "marvo/core/platform.h"
@@ -6,9 +8,8 @@
 
 class FileIOAVI;
 
-/// DV frames in an AVI file that other video software opens, also beyond 1 GiB. The frame store writes
-/// recordings through it, the frame loader reads replays. A thin wrapper around `FileIOAVI`, which has the
-/// details and the reasons of failure.
+/// DV frames in an AVI file that other video software opens, also beyond 1 GiB. A thin wrapper around
+/// `FileIOAVI`, which has the details and the reasons of failure.
 ///
 /// Not locked: one thread at a time, or the owner's lock.
 class MARVO_API dvAVIFile {

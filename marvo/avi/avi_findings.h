@@ -1,3 +1,5 @@
+/// @file
+/// What an inspection of an AVI file has found.
 #pragma once
 
 #include "marvo/avi/avi_index.h"

@@ -12,10 +12,14 @@ namespace {
 /// Most that is read of a standard index at once; it is one of 2044 frames many times over.
 constexpr unsigned long blockBytes = 0x40000;
 
+/// What is read behind each standard index: there is the next chunk, with its header, and often the start of
+/// the next piece. Each of them would take a read of its own later.
+constexpr unsigned long behindIndexBytes = 0x400;
+
 /// Chunks of an index that are compared with the file.
 constexpr unsigned long samples = 4;
 
-/// Entries at the begin of a legacy index that are tried to find out what their offsets are counted from.
+/// Entries at the start of a legacy index that are tried to find out what their offsets are counted from.
 constexpr int baseTries = 64;
 
 /// Chunks looked at behind the first "movi" list to find the legacy index.
@@ -29,15 +33,17 @@ struct StandardIndexHead {
 } // namespace
 
 void AviFrameFinder::find() {
-    findPieces();
+    addPiece(0);
     restart();
     loadSuperIndex();
+    findPieces();
     loadLegacyIndex();
     if (!samplesFit()) {
         doubtIndexes(L"an index contradicts the chunks");
         restart();
     }
     walkTo(~0ull);
+    source_.forget();
     info_.totalFrames = index_.count();
 }
 
@@ -61,7 +67,6 @@ bool AviFrameFinder::doubtIndexes(const wchar_t* reason) {
 
 /// Goes from piece to piece by the sizes they give themselves, as far as these are true.
 void AviFrameFinder::findPieces() {
-    addPiece(0);
     RiffWalker walker(source_, 0);
     RiffChunk piece;
     while (walker.next(piece) == RiffWalker::Step::Chunk && piece.id == fourcc("RIFF")) {
@@ -70,8 +75,10 @@ void AviFrameFinder::findPieces() {
 }
 
 void AviFrameFinder::addPiece(unsigned long long offset) {
-    if (info_.piecePositions.empty() || offset > info_.piecePositions.back()) {
-        info_.piecePositions.push_back(offset);
+    std::vector<unsigned long long>& known = info_.piecePositions;
+    const auto place = std::lower_bound(known.begin(), known.end(), offset);
+    if (place == known.end() || *place != offset) {
+        known.insert(place, offset);
     }
     info_.pieces = static_cast<unsigned long>(info_.piecePositions.size());
 }
@@ -103,6 +110,7 @@ void AviFrameFinder::loadSuperIndex() {
             return;
         }
         last = offset;
+        indexStarts_.push_back(index_.count());
         if (loadStandardIndex(entry)) {
             info_.indexPositions.push_back(offset);
         }
@@ -113,11 +121,15 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
     StandardIndexHead head{};
     const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
-    block_.resize(std::max<size_t>(block_.size(), wanted));
-    const unsigned long got = source_.read(offset, block_.data(), wanted);
+    block_.resize(std::max<size_t>(block_.size(), wanted + behindIndexBytes));
+    const unsigned long all = source_.read(offset, block_.data(), wanted + behindIndexBytes);
+    const unsigned long got = std::min(all, wanted);
     if (got < sizeof(head)) {
         return doubtIndexes(L"no ix chunk found in movi LIST");
     }
+    // The chunk header of the index itself is passed by the last walk.
+    source_.keep(offset, block_.data(), sizeof(head));
+    source_.keep(offset + got, block_.data() + got, all - got);
     std::memcpy(&head, block_.data(), sizeof(head));
     if (head.index.type == 0) {
         return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
@@ -234,7 +246,7 @@ bool AviFrameFinder::findLegacyIndex(RiffChunk& found) {
     return false;
 }
 
-/// What the offsets of a legacy index are counted from: the type of the list of frames, or the begin of the
+/// What the offsets of a legacy index are counted from: the type of the list of frames, or the start of the
 /// file. False when `entry` fits neither.
 bool AviFrameFinder::legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base) {
     for (const unsigned long long candidate : {header_.movi.data(), 0ull}) {
@@ -270,12 +282,25 @@ bool AviFrameFinder::isFrameAt(unsigned long long offset, std::uint32_t size) {
     return source_.peek(offset, &header, sizeof(header)) && header_.isFrame(header.id) && header.size == size;
 }
 
+/// A frame from `frame` on, less than `step` behind it: one whose chunk header need not be read any more, if
+/// there is one among those with which the indexes start.
+unsigned long AviFrameFinder::sampleNear(unsigned long frame, unsigned long step) const {
+    auto start = std::lower_bound(indexStarts_.begin(), indexStarts_.end(), frame);
+    for (; start != indexStarts_.end() && *start < index_.count() && *start - frame < step; ++start) {
+        if (source_.has(index_.offset(*start), sizeof(riff::ChunkHeader))) {
+            return *start;
+        }
+    }
+    return frame;
+}
+
 /// Whether the file holds what the indexes say: at some frames, and at the last, where a walk is to go on.
 bool AviFrameFinder::samplesFit() {
     const unsigned long count = index_.count();
     const unsigned long step = std::max(count / samples, 1ul);
     for (unsigned long frame = 0; frame < count; frame += step) {
-        if (!isFrameAt(index_.offset(frame), index_.size(frame))) {
+        const unsigned long sample = sampleNear(frame, step);
+        if (!isFrameAt(index_.offset(sample), index_.size(sample))) {
             return false;
         }
     }

@@ -1,3 +1,5 @@
+/// @file
+/// The search for the frames of a sound AVI file.
 #pragma once
 
 #include "marvo/avi/avi_header.h"
@@ -40,6 +42,7 @@ private:
     bool addIndexed(unsigned long long offset, std::uint32_t size);
     bool isFrameAt(unsigned long long offset, std::uint32_t size);
     bool samplesFit();
+    unsigned long sampleNear(unsigned long frame, unsigned long step) const;
     void restart();
     bool walkTo(unsigned long long end);
     void addWalked(const RiffChunk& chunk);
@@ -53,4 +56,5 @@ private:
     const wchar_t* doubt_ = nullptr;
     std::vector<unsigned char> block_;
     std::vector<riff::StandardIndexEntry> entries_;
+    std::vector<unsigned long> indexStarts_; ///< numbers of the frames with which the indexes start
 };

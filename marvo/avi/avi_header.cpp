@@ -9,7 +9,7 @@ using riff::fourcc;
 
 namespace {
 
-/// The structure at the begin of a chunk; what the chunk is too short for stays 0.
+/// The structure at the start of a chunk; what the chunk is too short for stays 0.
 template <class Structure>
 Structure leading(AviSource& source, const RiffChunk& chunk) {
     Structure structure{};
@@ -149,5 +149,5 @@ unsigned long AviHeader::nominalFrameSize() const {
     if (vdv::isFrameSize(format.sizeImage)) {
         return format.sizeImage;
     }
-    return format.height == 576 ? vdv::palFrameBytes : vdv::ntscFrameBytes;
+    return format.height == static_cast<int>(vdv::system625.lines) ? vdv::palFrameBytes : vdv::ntscFrameBytes;
 }

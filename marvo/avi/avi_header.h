@@ -1,3 +1,5 @@
+/// @file
+/// What the headers of an AVI file say.
 #pragma once
 
 #include "marvo/avi/riff_walker.h"

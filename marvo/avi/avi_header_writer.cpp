@@ -33,13 +33,18 @@ struct PieceHead {
     riff::ChunkHeader junk;
 };
 
+const vdv::System& systemFor(bool is625) {
+    return is625 ? vdv::system625 : vdv::system525;
+}
+
 std::uint32_t dvFrameSize(unsigned long subKind, bool is625) {
+    const unsigned long channel = systemFor(is625).frameBytes;
     switch (subKind) {
     case 411:
     case 420:
-        return is625 ? 144000 : 120000;
+        return channel;
     case 422:
-        return is625 ? 288000 : 240000;
+        return 2 * channel;
     default:
         return 0;
     }

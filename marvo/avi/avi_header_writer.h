@@ -1,3 +1,5 @@
+/// @file
+/// The headers of an AVI file that is written.
 #pragma once
 
 #include "marvo/avi/file_io_avi.h"
@@ -52,7 +54,7 @@ public:
     const void* pieceBlock() const { return piece_.get(); }
     std::uint32_t pieceBlockSize() const { return sector_; }
 
-    /// Sets the sizes of the first piece, or of the later piece: bytes from its begin to the end of its
+    /// Sets the sizes of the first piece, or of the later piece: bytes from its start to the end of its
     /// "movi" list and to its own end.
     void setSizes(bool firstPiece, std::uint64_t moviEnd, std::uint64_t end);
 

@@ -1,3 +1,5 @@
+/// @file
+/// Where the frames of a file stand.
 #pragma once
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+/// @file
+/// The indexes of an AVI file that is written.
 #pragma once
 
 #include "marvo/avi/riff.h"

@@ -1,3 +1,5 @@
+/// @file
+/// The check of a whole AVI file.
 #pragma once
 
 #include "marvo/core/str.h"

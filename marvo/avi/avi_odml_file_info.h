@@ -1,3 +1,5 @@
+/// @file
+/// The OpenDML facts of an AVI file.
 #pragma once
 
 #include "marvo/core/platform.h"

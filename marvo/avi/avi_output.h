@@ -1,3 +1,5 @@
+/// @file
+/// The file that an AVI writer fills.
 #pragma once
 
 #include "marvo/core/handle.h"

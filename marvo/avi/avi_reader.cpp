@@ -154,7 +154,7 @@ unsigned long AviReader::sectorSize() const {
 }
 
 unsigned long AviReader::dataRate() const {
-    const double usual = dataFrameSize() == vdv::palFrameBytes ? 25.0 : 30000.0 / 1001;
+    const double usual = (dataFrameSize() == vdv::palFrameBytes ? vdv::system625 : vdv::system525).rate;
     const double rate = header_.rate() > 0 && header_.rate() <= 1000 ? header_.rate() : usual;
     return static_cast<unsigned long>(std::min(rate * dataFrameSize(), 4294967295.0));
 }

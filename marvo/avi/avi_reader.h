@@ -1,3 +1,5 @@
+/// @file
+/// The reading half of `FileIOAVI`.
 #pragma once
 
 #include "marvo/avi/avi_frame_finder.h"

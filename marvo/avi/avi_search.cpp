@@ -15,7 +15,7 @@ constexpr unsigned long numberBytes = 2;
 /// Blocks overlap by the bytes of an id but one, so that every id is whole in one of them.
 constexpr unsigned long overlap = 3;
 
-/// A chunk header and the begin of a frame.
+/// A chunk header and the start of a frame.
 struct Signature {
     riff::ChunkHeader header;
     unsigned char start[vdv::startBytes];

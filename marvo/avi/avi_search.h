@@ -1,10 +1,12 @@
+/// @file
+/// The search for frames in damaged AVI files.
 #pragma once
 
 #include "marvo/avi/avi_header.h"
 #include "marvo/avi/avi_index.h"
 
 /// Finds the frames of a damaged AVI file without relying on anything else in it: every place is looked at
-/// where the chunk header of a frame stands, with the size of a DV frame and the begin of a DV frame behind
+/// where the chunk header of a frame stands, with the size of a DV frame and the start of a DV frame behind
 /// it. What lies between is read through, frames are stepped over.
 class AviSearch {
 public:

@@ -14,6 +14,7 @@ bool AviSource::open(const wchar_t* name) {
 
 void AviSource::updateSize() {
     windowBytes_ = 0;
+    forget();
     LARGE_INTEGER size{};
     if (file_ && GetFileSizeEx(file_.get(), &size)) {
         size_ = static_cast<unsigned long long>(size.QuadPart);
@@ -39,17 +40,37 @@ unsigned long AviSource::read(unsigned long long offset, void* dest, unsigned lo
     return done ? std::min<unsigned long>(got, bytes) : 0;
 }
 
-bool AviSource::peek(unsigned long long offset, void* dest, unsigned long bytes) {
-    const bool inside = offset >= windowOffset_ && offset - windowOffset_ <= windowBytes_ &&
-                        windowBytes_ - (offset - windowOffset_) >= bytes;
-    if (!inside) {
-        window_.resize(std::max(readAhead_, bytes));
-        windowOffset_ = offset;
-        windowBytes_ = read(offset, window_.data(), static_cast<unsigned long>(window_.size()));
-        if (windowBytes_ < bytes) {
-            return false;
-        }
+/// Where in memory these bytes of the file are; null when they must be read.
+const unsigned char* AviSource::held(unsigned long long offset, unsigned long bytes) const {
+    const auto inside = [&](unsigned long long start, unsigned long long count) {
+        return offset >= start && offset - start <= count && count - (offset - start) >= bytes;
+    };
+    if (inside(windowOffset_, windowBytes_)) {
+        return window_.data() + (offset - windowOffset_);
     }
-    std::memcpy(dest, window_.data() + (offset - windowOffset_), bytes);
+    const auto before = [](unsigned long long place, const Kept& kept) { return place < kept.offset; };
+    const auto behind = std::upper_bound(kept_.begin(), kept_.end(), offset, before);
+    if (behind == kept_.begin() || !inside((behind - 1)->offset, (behind - 1)->bytes.size())) {
+        return nullptr;
+    }
+    return (behind - 1)->bytes.data() + (offset - (behind - 1)->offset);
+}
+
+void AviSource::keep(unsigned long long offset, const unsigned char* data, unsigned long bytes) {
+    kept_.push_back({offset, {data, data + bytes}});
+}
+
+bool AviSource::peek(unsigned long long offset, void* dest, unsigned long bytes) {
+    if (const unsigned char* known = held(offset, bytes)) {
+        std::memcpy(dest, known, bytes);
+        return true;
+    }
+    window_.resize(std::max(readAhead_, bytes));
+    windowOffset_ = offset;
+    windowBytes_ = read(offset, window_.data(), static_cast<unsigned long>(window_.size()));
+    if (windowBytes_ < bytes) {
+        return false;
+    }
+    std::memcpy(dest, window_.data(), bytes);
     return true;
 }

@@ -1,8 +1,11 @@
+/// @file
+/// The file that an AVI reader reads.
 #pragma once
 
 #include "marvo/core/handle.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 /// A file that is read at any offset, also beyond 2 GiB and while another process writes it. Nothing is read
@@ -30,6 +33,13 @@ public:
     /// Copies a small structure out of a window that is read ahead. False unless all of it is there.
     bool peek(unsigned long long offset, void* dest, unsigned long bytes);
 
+    /// Keeps bytes that were read at `offset`, behind all that are kept, for `peek`.
+    void keep(unsigned long long offset, const unsigned char* data, unsigned long bytes);
+    /// Whether `peek` has these bytes without reading.
+    bool has(unsigned long long offset, unsigned long bytes) const { return held(offset, bytes) != nullptr; }
+    /// Forgets what is kept.
+    void forget() { kept_.clear(); }
+
     /// Calls `function` with each of `count` structures from `offset` on, which are read in large blocks,
     /// until it returns false. False then, and when the file ends before.
     template <class Record, class Function>
@@ -39,7 +49,9 @@ public:
         while (count > 0) {
             const std::uint32_t now = std::min(count, perBlock);
             const auto bytes = static_cast<unsigned long>(now * sizeof(Record));
-            if (read(offset, block.data(), bytes) != bytes) {
+            if (const unsigned char* known = held(offset, bytes)) {
+                std::memcpy(block.data(), known, bytes);
+            } else if (read(offset, block.data(), bytes) != bytes) {
                 return false;
             }
             for (std::uint32_t i = 0; i < now; ++i) {
@@ -57,10 +69,18 @@ public:
     void readAhead(unsigned long bytes) { readAhead_ = bytes; }
 
 private:
+    struct Kept {
+        unsigned long long offset;
+        std::vector<unsigned char> bytes;
+    };
+
+    const unsigned char* held(unsigned long long offset, unsigned long bytes) const;
+
     vcore::handle file_;
     unsigned long long size_ = 0;
     unsigned long readAhead_ = 0x1000;
     std::vector<unsigned char> window_;
     unsigned long long windowOffset_ = 0;
     unsigned long windowBytes_ = 0;
+    std::vector<Kept> kept_; ///< by offset
 };

@@ -1,3 +1,5 @@
+/// @file
+/// The check of an AVI file's chunks.
 #pragma once
 
 #include "marvo/avi/avi_findings.h"

@@ -1,3 +1,5 @@
+/// @file
+/// The writing half of `FileIOAVI`.
 #pragma once
 
 #include "marvo/avi/avi_header_writer.h"

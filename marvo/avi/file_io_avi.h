@@ -1,3 +1,5 @@
+/// @file
+/// Writer and reader of AVI files with all their structures.
 #pragma once
 
 #include "marvo/core/str.h"

@@ -1,3 +1,5 @@
+/// @file
+/// The structures of an AVI file.
 #pragma once
 
 #include <cstddef>

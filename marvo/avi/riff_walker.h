@@ -1,3 +1,5 @@
+/// @file
+/// The walk over the chunks of a file.
 #pragma once
 
 #include "marvo/avi/avi_source.h"

@@ -1,9 +1,10 @@
 #include "marvo/recording/drive_search.h"
 
 #include "marvo/core/handle.h"
+#include "marvo/dv/dv_system.h"
 
 namespace {
-constexpr unsigned long long fiveMinutes = 7500ull * 144000;
+constexpr unsigned long long fiveMinutes = 7500ull * vdv::palFrameBytes;
 }
 
 bool dvDriveSearch::enough(unsigned long long bytes) {

@@ -1,3 +1,5 @@
+/// @file
+/// The search for the drive to record on.
 #pragma once
 
 #include "marvo/core/str.h"

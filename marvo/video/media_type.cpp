@@ -6,9 +6,13 @@ namespace vvideo {
 
 namespace {
 
-constexpr long ntscTimePerFrame = 333333;
-constexpr long palTimePerFrame = 400000;
-constexpr long dvWidth = 720;
+constexpr long ntscTimePerFrame = vdv::system525.timePerFrame_100ns;
+constexpr long palTimePerFrame = vdv::system625.timePerFrame_100ns;
+constexpr long dvWidth = static_cast<long>(vdv::system625.width);
+
+// The heights stand here and not in the table of systems, because they are none of the system's but what the
+// partner of each type expects: 480 coded lines of 525/60 in DV video, 486 lines of a studio picture in the
+// types of `initDVType`, and 488 where only DV information tells it.
 constexpr DWORD dvBitRate = 28800000;
 constexpr unsigned long defaultTime = 0xFFFFFFFF;
 constexpr DWORD dvsd = MAKEFOURCC('d', 'v', 's', 'd');

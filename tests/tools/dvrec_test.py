@@ -33,7 +33,7 @@ class Case(unittest.TestCase):
         return (self.folder / name).read_bytes()
 
     def names(self):
-        return {path.name for path in self.folder.iterdir()} - {"marvo.log"}
+        return {path.name for path in self.folder.iterdir()}
 
     def dvrec(self, *arguments, status=FINE, **environment):
         """Runs dvrec, which must end with `status`; its standard output, or its error output when it
@@ -341,6 +341,22 @@ class Refusals(Case):
         self.dvrec("convert", "a.dv", "b.raw", "--force")
         self.assertEqual(self.read("b.raw")[8:8 + PAL], stream("pal", 1)[0])
         self.assertEqual(self.read("b.raw.part"), b"not ours")
+
+    def test_it_needs_no_engine_beside_it_and_leaves_nothing(self):
+        self.file("a.dv", stream("pal", 2))
+        self.folder.chmod(0o555)
+        try:
+            self.assertEqual(self.json("info", "a.dv")["frames"], 2)
+        finally:
+            self.folder.chmod(0o755)
+        self.assertEqual(self.names(), {"a.dv"})
+        # A front end of its own could begin a log and ask for a drive. What is not imported is not there.
+        machine = "i686" if scripted_tests.TARGET == "win32" else "x86_64"
+        objdump = [f"{machine}-w64-mingw32-objdump", "-p", scripted_tests.PROGRAMS / "dvrec.exe"]
+        listed = subprocess.run(objdump, capture_output=True, check=True, text=True).stdout
+        self.assertEqual({line.split()[-1].lower() for line in listed.splitlines() if "DLL Name" in line},
+                         {"kernel32.dll", "msvcrt.dll"})
+        self.assertNotIn("dvFrontEnd", listed)
 
     def test_help_tells_all_commands_and_their_options(self):
         overview = self.dvrec("--help")

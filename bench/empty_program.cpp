@@ -1,0 +1,4 @@
+// What the start of a program costs that does nothing.
+int main() {
+    return 0;
+}
