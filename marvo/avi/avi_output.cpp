@@ -21,7 +21,7 @@ std::wstring folderOf(const wchar_t* name) {
     std::wstring path(size, L'\0');
     path.resize(GetFullPathNameW(name, size, path.data(), nullptr));
     const size_t end = path.find_last_of(L"\\/");
-    return end == std::wstring::npos ? L"" : path.substr(0, end + 1);
+    return end == std::wstring::npos ? std::wstring() : path.substr(0, end + 1);
 }
 
 } // namespace
