@@ -1,5 +1,5 @@
-"""clang's thread-safety analysis over all of the library's sources: what a lock guards is touched only while it is
-held, and locks are taken in their order (marvo/core/thread_annotations.h)."""
+"""clang's thread-safety analysis over all of the library's sources: what a lock guards is touched only while
+it is held, and locks are taken in their order (marvo/core/thread_annotations.h)."""
 import concurrent.futures
 import json
 import os
@@ -14,8 +14,8 @@ BUILD = scripted_tests.PROGRAMS.parent
 ANALYSIS = ["-Wno-everything", "-Wthread-safety", "-Wthread-safety-beta", "-Werror"]
 # Reading these takes longer than all the rest.
 SYSTEM_HEADERS = "".join(f"#include <{name}>\n" for name in (
-    "winsock2.h", "windows.h", "objbase.h", "oleauto.h", "dshow.h", "algorithm", "atomic", "functional", "memory",
-    "string", "tuple", "vector"))
+    "winsock2.h", "windows.h", "objbase.h", "oleauto.h", "dshow.h", "algorithm", "atomic", "functional",
+    "memory", "string", "tuple", "vector"))
 
 TOUCHES_WITHOUT_LOCK = """
 #include "marvo/core/timed_guard.h"
@@ -40,8 +40,9 @@ def library_commands():
 
 def own_headers(compiler):
     """The folders of the compiler's C++ library, which clang does not find by itself."""
-    found = subprocess.run([compiler, "-E", "-x", "c++", "-v", os.devnull], capture_output=True, text=True, check=True)
-    folders = re.search("search starts here:\n(?: .*\n)*", found.stderr.split("#include <...>")[1])[0].split("\n")[1:]
+    told = subprocess.run([compiler, "-E", "-x", "c++", "-v", os.devnull], stderr=subprocess.PIPE, text=True,
+                          check=True).stderr
+    folders = re.search("(?: .*\n)+", told.split("#include <...> search starts here:\n")[1])[0].split("\n")
     return [word for folder in folders if "c++" in folder for word in ("-isystem", folder.strip())]
 
 
@@ -59,8 +60,8 @@ class ThreadSafety(unittest.TestCase):
         subprocess.run([*cls.clang, *defines, "-x", "c++-header", headers, "-o", cls.headers], check=True)
 
     def analyse(self, flags, *source, **options):
-        return subprocess.run([*self.clang, *flags, *ANALYSIS, "-include-pch", self.headers, "-fsyntax-only", *source],
-                              stderr=subprocess.PIPE, text=True, check=False, **options)
+        words = [*self.clang, *flags, *ANALYSIS, "-include-pch", self.headers, "-fsyntax-only", *source]
+        return subprocess.run(words, stderr=subprocess.PIPE, text=True, check=False, **options)
 
     def test_no_guarded_member_is_touched_without_its_lock(self):
         self.assertGreater(len(self.sources), 50)
