@@ -12,9 +12,9 @@ namespace {
 /// Most that is read of a standard index at once; it is one of 2044 frames many times over.
 constexpr unsigned long blockBytes = 0x40000;
 
-/// What is read behind each standard index: there is the next chunk, with its header, and often the start of
-/// the next piece. Each of them would take a read of its own later.
-constexpr unsigned long behindIndexBytes = 0x400;
+/// What is read behind each standard index: there is the next chunk, with its header, and often, behind
+/// padding up to the next sector, the start of the next piece. Each would take a read of its own later.
+constexpr unsigned long behindIndexBytes = 0x1000 + sizeof(riff::ListHeader);
 
 /// Chunks of an index that are compared with the file.
 constexpr unsigned long samples = 4;
@@ -29,6 +29,36 @@ struct StandardIndexHead {
     riff::ChunkHeader chunk;
     riff::IndexHeader index;
 };
+static_assert(sizeof(StandardIndexHead) % sizeof(riff::StandardIndexEntry) == 0);
+
+/// The first entry behind `first` that does not go on with the distance and the size of those before it. Most
+/// of them do, so blocks of them are compared without a decision for each.
+std::size_t endOfRun(const riff::StandardIndexEntry* entries, std::size_t first, std::size_t count,
+                     std::uint32_t stride, std::uint32_t size) {
+    constexpr std::size_t block = 64;
+    const auto difference = [&](std::size_t i) {
+        return ((entries[i].offset - entries[i - 1].offset) ^ stride) |
+               ((entries[i].size & riff::standardSizeMask) ^ size);
+    };
+    constexpr std::size_t promising = 8;
+    std::size_t end = first + 1;
+    while (end < count && end - first < promising && difference(end) == 0) {
+        ++end;
+    }
+    std::uint32_t differs = end - first < promising;
+    for (; differs == 0 && end + block <= count; end += block) {
+        for (std::size_t i = end; i < end + block; ++i) {
+            differs |= difference(i);
+        }
+        if (differs != 0) {
+            break;
+        }
+    }
+    while (end < count && difference(end) == 0) {
+        ++end;
+    }
+    return end;
+}
 
 } // namespace
 
@@ -121,16 +151,17 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
     StandardIndexHead head{};
     const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
-    block_.resize(std::max<size_t>(block_.size(), wanted + behindIndexBytes));
+    block_.resize(std::max<size_t>(block_.size(), (wanted + behindIndexBytes) / sizeof(block_[0]) + 1));
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(block_.data());
     const unsigned long all = source_.read(offset, block_.data(), wanted + behindIndexBytes);
     const unsigned long got = std::min(all, wanted);
     if (got < sizeof(head)) {
         return doubtIndexes(L"no ix chunk found in movi LIST");
     }
     // The chunk header of the index itself is passed by the last walk.
-    source_.keep(offset, block_.data(), sizeof(head));
-    source_.keep(offset + got, block_.data() + got, all - got);
-    std::memcpy(&head, block_.data(), sizeof(head));
+    source_.keep(offset, bytes, sizeof(head));
+    source_.keep(offset + got, bytes + got, all - got);
+    std::memcpy(&head, bytes, sizeof(head));
     if (head.index.type == 0) {
         return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
     }
@@ -144,11 +175,7 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const std::uint32_t entries = head.index.entriesInUse;
     const auto here =
         std::min<std::uint32_t>(entries, (got - sizeof(head)) / sizeof(riff::StandardIndexEntry));
-    entries_.resize(here);
-    if (here != 0) {
-        std::memcpy(entries_.data(), block_.data() + sizeof(head), here * sizeof(entries_[0]));
-    }
-    if (!addEntries(base)) {
+    if (!addEntries(base, block_.data() + sizeof(head) / sizeof(block_[0]), here)) {
         return false;
     }
     const auto add = [this, base](const riff::StandardIndexEntry& frame) {
@@ -160,25 +187,21 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
            doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
 }
 
-/// Appends the frames of `entries_`. Those at equal distances are compared and checked together, since the
-/// time that opening a long recording takes is spent here.
-bool AviFrameFinder::addEntries(unsigned long long base) {
-    const std::size_t count = entries_.size();
+/// Appends the frames of entries. Those at equal distances are compared and checked together, since the time
+/// that opening a long recording takes is spent here.
+bool AviFrameFinder::addEntries(unsigned long long base, const riff::StandardIndexEntry* entries,
+                                std::size_t count) {
     for (std::size_t begin = 0, end = 0; begin < count; begin = end) {
-        const std::uint32_t first = entries_[begin].offset;
-        const std::uint32_t size = entries_[begin].size & riff::standardSizeMask;
-        const std::uint32_t stride = begin + 1 < count ? entries_[begin + 1].offset - first : 0;
-        end = begin + 1;
-        while (end < count && entries_[end].offset - entries_[end - 1].offset == stride &&
-               (entries_[end].size & riff::standardSizeMask) == size) {
-            ++end;
-        }
+        const std::uint32_t first = entries[begin].offset;
+        const std::uint32_t size = entries[begin].size & riff::standardSizeMask;
+        const std::uint32_t stride = begin + 1 < count ? entries[begin + 1].offset - first : 0;
+        end = endOfRun(entries, begin, count, stride, size);
         const unsigned long long offset = base + first - sizeof(riff::ChunkHeader);
         if (addRun(offset, size, stride, static_cast<std::uint32_t>(end - begin))) {
             continue;
         }
         for (std::size_t i = begin; i < end; ++i) {
-            if (!addIndexed(base + entries_[i].offset - sizeof(riff::ChunkHeader), size)) {
+            if (!addIndexed(base + entries[i].offset - sizeof(riff::ChunkHeader), size)) {
                 return false;
             }
         }

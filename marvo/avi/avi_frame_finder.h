@@ -37,7 +37,7 @@ private:
     void loadLegacyIndex();
     bool findLegacyIndex(RiffChunk& found);
     bool legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base);
-    bool addEntries(unsigned long long base);
+    bool addEntries(unsigned long long base, const riff::StandardIndexEntry* entries, std::size_t count);
     bool addRun(unsigned long long offset, std::uint32_t size, std::uint32_t stride, std::uint32_t count);
     bool addIndexed(unsigned long long offset, std::uint32_t size);
     bool isFrameAt(unsigned long long offset, std::uint32_t size);
@@ -54,7 +54,7 @@ private:
     AVI_ODMLFileInfo& info_;
     unsigned long long cursor_ = 0; ///< behind what is known: there a chunk begins
     const wchar_t* doubt_ = nullptr;
-    std::vector<unsigned char> block_;
-    std::vector<riff::StandardIndexEntry> entries_;
+    /// A standard index with its header, and what stands behind it.
+    std::vector<riff::StandardIndexEntry> block_;
     std::vector<unsigned long> indexStarts_; ///< numbers of the frames with which the indexes start
 };
