@@ -160,7 +160,7 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     }
     // The chunk header of the index itself is passed by the last walk.
     source_.keep(offset, bytes, sizeof(head));
-    source_.keep(offset + got, bytes + got, all - got);
+    keepHeaders(offset, got, all);
     std::memcpy(&head, bytes, sizeof(head));
     if (head.index.type == 0) {
         return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
@@ -185,6 +185,20 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
     return source_.forEachRecord<riff::StandardIndexEntry>(rest, entries - here, add) ||
            doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+}
+
+/// Keeps the headers of the chunks from byte `begin` of the block on, which was read at `offset` and has
+/// `end` bytes.
+void AviFrameFinder::keepHeaders(unsigned long long offset, unsigned long begin, unsigned long end) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(block_.data());
+    riff::ChunkHeader header{};
+    unsigned long long position = begin;
+    while (position + sizeof(header) <= end) {
+        const auto at = static_cast<unsigned long>(position);
+        source_.keep(offset + at, bytes + at, end - at);
+        std::memcpy(&header, bytes + at, sizeof(header));
+        position += sizeof(header) + riff::padded(header.size);
+    }
 }
 
 /// Appends the frames of entries. Those at equal distances are compared and checked together, since the time
