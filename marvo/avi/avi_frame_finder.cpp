@@ -2,6 +2,8 @@
 
 #include "marvo/dv/layout.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -31,30 +33,47 @@ struct StandardIndexHead {
 };
 static_assert(sizeof(StandardIndexHead) % sizeof(riff::StandardIndexEntry) == 0);
 
+#if defined(__i386__)
+/// Every processor that the supported systems run on has it, and the compiler does not count on it.
+#define MARVO_SSE2 __attribute__((target("sse2")))
+#else
+#define MARVO_SSE2
+#endif
+
+/// Whether each of the `blockEntries` entries from `entries` on has the distance `stride` from the one before
+/// it, and its size.
+constexpr std::size_t blockEntries = 64;
+MARVO_SSE2 bool goesOn(const riff::StandardIndexEntry* entries, std::uint32_t stride) {
+    const auto distance = static_cast<int>(stride);
+    const __m128i expected = _mm_set_epi32(0, distance, 0, distance);
+    const __m128i counted = _mm_set_epi32(riff::standardSizeMask, -1, riff::standardSizeMask, -1);
+    __m128i differs = _mm_setzero_si128();
+    for (std::size_t i = 0; i < blockEntries; i += 2) {
+        const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(entries + i));
+        const __m128i before = _mm_loadu_si128(reinterpret_cast<const __m128i*>(entries + i - 1));
+        const __m128i difference = _mm_xor_si128(_mm_sub_epi32(here, before), expected);
+        differs = _mm_or_si128(differs, _mm_and_si128(difference, counted));
+    }
+    return _mm_movemask_epi8(_mm_cmpeq_epi32(differs, _mm_setzero_si128())) == 0xFFFF;
+}
+
 /// The first entry behind `first` that does not go on with the distance and the size of those before it. Most
 /// of them do, so blocks of them are compared without a decision for each.
 std::size_t endOfRun(const riff::StandardIndexEntry* entries, std::size_t first, std::size_t count,
                      std::uint32_t stride, std::uint32_t size) {
-    constexpr std::size_t block = 64;
-    const auto difference = [&](std::size_t i) {
-        return ((entries[i].offset - entries[i - 1].offset) ^ stride) |
-               ((entries[i].size & riff::standardSizeMask) ^ size);
-    };
     constexpr std::size_t promising = 8;
+    const auto fits = [&](std::size_t i) {
+        return entries[i].offset - entries[i - 1].offset == stride &&
+               (entries[i].size & riff::standardSizeMask) == size;
+    };
     std::size_t end = first + 1;
-    while (end < count && end - first < promising && difference(end) == 0) {
+    while (end < count && end - first < promising && fits(end)) {
         ++end;
     }
-    std::uint32_t differs = end - first < promising;
-    for (; differs == 0 && end + block <= count; end += block) {
-        for (std::size_t i = end; i < end + block; ++i) {
-            differs |= difference(i);
-        }
-        if (differs != 0) {
-            break;
-        }
+    while (end - first >= promising && end + blockEntries <= count && goesOn(entries + end, stride)) {
+        end += blockEntries;
     }
-    while (end < count && difference(end) == 0) {
+    while (end < count && fits(end)) {
         ++end;
     }
     return end;
@@ -160,7 +179,7 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     }
     // The chunk header of the index itself is passed by the last walk.
     source_.keep(offset, bytes, sizeof(head));
-    source_.keep(offset + got, bytes + got, all - got);
+    keepHeaders(offset, got, all);
     std::memcpy(&head, bytes, sizeof(head));
     if (head.index.type == 0) {
         return doubtIndexes(L"Tried to get the info for a standard index, but the data is for a super index");
@@ -185,6 +204,20 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
     const unsigned long long rest = offset + sizeof(head) + here * sizeof(riff::StandardIndexEntry);
     return source_.forEachRecord<riff::StandardIndexEntry>(rest, entries - here, add) ||
            doubtIndexes(doubt_ ? doubt_ : L"cannot read the standard index entry.");
+}
+
+/// Keeps the headers of the chunks from byte `begin` of the block on, which was read at `offset` and has
+/// `end` bytes.
+void AviFrameFinder::keepHeaders(unsigned long long offset, unsigned long begin, unsigned long end) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(block_.data());
+    riff::ChunkHeader header{};
+    unsigned long long position = begin;
+    while (position + sizeof(header) <= end) {
+        const auto at = static_cast<unsigned long>(position);
+        source_.keep(offset + at, bytes + at, end - at);
+        std::memcpy(&header, bytes + at, sizeof(header));
+        position += sizeof(header) + riff::padded(header.size);
+    }
 }
 
 /// Appends the frames of entries. Those at equal distances are compared and checked together, since the time

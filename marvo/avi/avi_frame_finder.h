@@ -34,6 +34,7 @@ private:
     void addPiece(unsigned long long offset);
     void loadSuperIndex();
     bool loadStandardIndex(const riff::SuperIndexEntry& entry);
+    void keepHeaders(unsigned long long offset, unsigned long begin, unsigned long end);
     void loadLegacyIndex();
     bool findLegacyIndex(RiffChunk& found);
     bool legacyBase(const riff::LegacyIndexEntry& entry, unsigned long long& base);

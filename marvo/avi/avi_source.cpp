@@ -50,14 +50,16 @@ const unsigned char* AviSource::held(unsigned long long offset, unsigned long by
     }
     const auto before = [](unsigned long long place, const Kept& kept) { return place < kept.offset; };
     const auto behind = std::upper_bound(kept_.begin(), kept_.end(), offset, before);
-    if (behind == kept_.begin() || !inside((behind - 1)->offset, (behind - 1)->bytes.size())) {
+    if (behind == kept_.begin() || !inside((behind - 1)->offset, (behind - 1)->count)) {
         return nullptr;
     }
-    return (behind - 1)->bytes.data() + (offset - (behind - 1)->offset);
+    return (behind - 1)->bytes + (offset - (behind - 1)->offset);
 }
 
 void AviSource::keep(unsigned long long offset, const unsigned char* data, unsigned long bytes) {
-    kept_.push_back({offset, {data, data + bytes}});
+    Kept kept{offset, std::min(bytes, mostKept), {}};
+    std::memcpy(kept.bytes, data, kept.count);
+    kept_.push_back(kept);
 }
 
 bool AviSource::peek(unsigned long long offset, void* dest, unsigned long bytes) {

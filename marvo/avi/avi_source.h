@@ -33,7 +33,7 @@ public:
     /// Copies a small structure out of a window that is read ahead. False unless all of it is there.
     bool peek(unsigned long long offset, void* dest, unsigned long bytes);
 
-    /// Keeps bytes that were read at `offset`, behind all that are kept, for `peek`.
+    /// Keeps the first `mostKept` of bytes that were read at `offset`, behind all that are kept, for `peek`.
     void keep(unsigned long long offset, const unsigned char* data, unsigned long bytes);
     /// Whether `peek` has these bytes without reading.
     bool has(unsigned long long offset, unsigned long bytes) const { return held(offset, bytes) != nullptr; }
@@ -69,9 +69,13 @@ public:
     void readAhead(unsigned long bytes) { readAhead_ = bytes; }
 
 private:
+    /// Enough for a chunk or list header.
+    static constexpr unsigned long mostKept = 16;
+
     struct Kept {
         unsigned long long offset;
-        std::vector<unsigned char> bytes;
+        unsigned long count;
+        unsigned char bytes[mostKept];
     };
 
     const unsigned char* held(unsigned long long offset, unsigned long bytes) const;
