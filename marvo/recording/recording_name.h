@@ -1,3 +1,5 @@
+/// @file
+/// Which names mean an AVI recording.
 #pragma once
 
 #include "marvo/core/str.h"
