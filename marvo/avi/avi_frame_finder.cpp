@@ -40,9 +40,11 @@ static_assert(sizeof(StandardIndexHead) % sizeof(riff::StandardIndexEntry) == 0)
 #define MARVO_SSE2
 #endif
 
+/// Entries that are compared without a decision for each.
+constexpr std::size_t blockEntries = 64;
+
 /// Whether each of the `blockEntries` entries from `entries` on has the distance `stride` from the one before
 /// it, and its size.
-constexpr std::size_t blockEntries = 64;
 MARVO_SSE2 bool goesOn(const riff::StandardIndexEntry* entries, std::uint32_t stride) {
     const auto distance = static_cast<int>(stride);
     const __m128i expected = _mm_set_epi32(0, distance, 0, distance);
