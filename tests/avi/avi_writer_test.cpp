@@ -1,6 +1,7 @@
 #include "marvo.h"
 
 #include "marvo/avi/avi_writer.h"
+#include "marvo/core/sector_memory.h"
 #include "tests/support/avi_builder.h"
 #include "tests/support/avi_disk.h"
 
@@ -16,7 +17,7 @@ struct Recording {
     AVI_ODMLFileInfo info;
     std::unique_ptr<AviWriter> writer;
     unsigned long frameSize;
-    vvideo::dvFrame slot;
+    SectorBuffer record;
 
     explicit Recording(const AviWriter::Limits& limits = {}, unsigned long size = samples::ntscSize)
         : writer(std::make_unique<AviWriter>(std::make_unique<avi::DiskOutput>(disk), limits)),
@@ -27,12 +28,12 @@ struct Recording {
         video.is625 = frameSize == samples::palSize;
         video.height = video.is625 ? 576 : 480;
         const int code = writer->create(name, video, true, info);
-        slot.init(writer->slotSize());
+        record = allocSectors(writer->slotSize());
         return code;
     }
     int write(std::uint32_t seed) {
-        std::memcpy(slot.data() + 8, samples::bytes(seed, frameSize).data(), frameSize);
-        return writer->writeFrame(reinterpret_cast<char*>(slot.data()), slot.size(), frameSize);
+        std::memcpy(record.get() + 8, samples::bytes(seed, frameSize).data(), frameSize);
+        return writer->writeFrame(reinterpret_cast<char*>(record.get()), writer->slotSize(), frameSize);
     }
     /// Creates the file and writes frames until one is refused; how many were written.
     unsigned long fill(unsigned long frames) {
