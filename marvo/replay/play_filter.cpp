@@ -86,6 +86,7 @@ void dvPlayFilter::goLive(long long position_100ns) {
     replaying_ = false;
     live_ = true;
     position_100ns_ = position_100ns;
+    displayStale_ = true;
 }
 
 bool dvPlayFilter::live() {
@@ -156,6 +157,7 @@ void dvPlayFilter::startRange(double speed) {
     speed_ = speed;
     replaying_ = true;
     live_ = false;
+    displayStale_ = true;
 }
 
 void dvPlayFilter::startLoadedRange(const wchar_t* name, double speed) {
@@ -312,12 +314,13 @@ bool dvPlayFilter::fetchInto(vvideo::dvFrame* frame, unsigned long long number) 
 
 void dvPlayFilter::fetch(long long frame) {
     const auto number = static_cast<unsigned long long>(frame);
-    if (number != lastShown_ && !fetchInto(display_.get(), number)) {
+    if ((displayStale_ || number != lastShown_) && !fetchInto(display_.get(), number)) {
         return;
     }
     if (!paused_) {
         advance();
     }
+    displayStale_ = false;
     lastShown_ = number;
 }
 

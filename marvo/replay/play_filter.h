@@ -153,6 +153,9 @@ private:
     vcore::str replayFile_ MARVO_GUARDED_BY(filterLock());
     double speed_ MARVO_GUARDED_BY(filterLock()) = 1.0;
     unsigned long long lastShown_ MARVO_GUARDED_BY(filterLock()) = ~0ull;
+    /// The numbers belong to another recording from now on, so the frame that was shown last is another
+    /// picture than the frame of that number.
+    bool displayStale_ MARVO_GUARDED_BY(filterLock()) = false;
     bool recording_ MARVO_GUARDED_BY(filterLock()) = false;
     /// The host's thread only.
     vvideo::dvMediaType type_;

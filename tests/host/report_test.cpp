@@ -48,8 +48,8 @@ TEST(Report, HoldsStepsWatchesAndScreenshots) {
     EXPECT_EQ(step["status"]["newest"].dump(), "-1");
     EXPECT_EQ(json["steps"][1]["message"], "no UTF-8: \xef\xbf\xbd");
     EXPECT_EQ(json["screenshots"][0], "out\\live.bmp");
-    const auto expected =
-        nlohmann::json::parse(R"([{"frame": 7, "time_ms": 40, "ticks": 2, "replaying": true},
-                                                    {"frame": 8, "time_ms": 40, "ticks": 1, "replaying": true}])");
+    const auto expected = nlohmann::json::parse(R"([
+        {"frame": 7, "time_ms": 40, "ticks": 2, "replaying": true},
+        {"frame": 8, "time_ms": 40, "ticks": 1, "replaying": true}])");
     EXPECT_EQ(json["watches"]["w"], expected);
 }
