@@ -31,8 +31,13 @@ function(marvo_room name)
         target_link_libraries(marvo_${name} PRIVATE marvo_${name}_view marvo_options)
         target_compile_definitions(marvo_${name} PRIVATE MARVO_BUILD)
         # Reading these takes longer than compiling most sources. DirectShow is left to the rooms that use it.
-        target_precompile_headers(marvo_${name} PRIVATE <winsock2.h> <windows.h> <objbase.h> <oleauto.h>
-            <algorithm> <atomic> <memory> <string> <utility> <vector>)
+        # Read once for all rooms: the lowest one's serves the others.
+        if(TARGET marvo_core AND NOT name STREQUAL core)
+            target_precompile_headers(marvo_${name} REUSE_FROM marvo_core)
+        else()
+            target_precompile_headers(marvo_${name} PRIVATE <winsock2.h> <windows.h> <objbase.h> <oleauto.h>
+                <algorithm> <atomic> <memory> <string> <utility> <vector>)
+        endif()
         add_library(marvo_${name}_static STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:marvo_${name}>)
         set_target_properties(marvo_${name}_static PROPERTIES LINKER_LANGUAGE CXX)
         target_link_libraries(marvo_${name}_static INTERFACE marvo_${name}_view marvo_options ${lower_static}
