@@ -122,8 +122,8 @@ class Header(unittest.TestCase):
                          f"{len({' '.join(job[4]) for job, _ in mine}):9} {len(mine):8}  "
                          f"{f'{wrong} failed' if wrong else 'ok'}")
         same = singles.count(True)
-        table.append(f"the same words behind {GROUPS} groups of standard headers and with each set of switches: "
-                     f"{same} of {len(singles)}")
+        table.append(f"the same words behind {GROUPS} groups of standard headers and with each set of "
+                     f"switches: {same} of {len(singles)}")
         print("\n" + "\n".join(table), flush=True)
         results_folder = ROOT / "build" / PRESET / "results"
         results_folder.mkdir(parents=True, exist_ok=True)
