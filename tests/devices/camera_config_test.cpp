@@ -45,19 +45,3 @@ TEST(camera_config, names_bad_lines_and_goes_on) {
             << line;
     }
 }
-
-TEST(camera_config, comes_from_the_named_file) {
-    test_folder folder;
-    const std::string text = "stream = clip.dv\n";
-    const std::wstring file = folder.write("plan.txt", bytes(text.begin(), text.end()));
-    SetEnvironmentVariableW(L"MARVO_CAMERA", file.c_str());
-    EXPECT_EQ(camera_config::location(), file);
-    SetEnvironmentVariableW(L"MARVO_CAMERA", nullptr);
-    const std::wstring beside = camera_config::location();
-    EXPECT_EQ(beside.substr(beside.find_last_of(L'\\')), L"\\camera.txt");
-
-    EXPECT_EQ(camera_config::load(file).stream, file.substr(0, file.find_last_of(L'\\')) + L"\\clip.dv");
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(camera_config::load(file + L".missing").stream.empty());
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("plan.txt.missing"), std::string::npos);
-}
