@@ -128,23 +128,6 @@ TEST_F(camera_test, drops_and_stalls_as_told) {
     EXPECT_NEAR(came[8].start - came[4].start, 160000, 1) << "after a stall the rate is as before";
 }
 
-TEST_F(camera_test, sends_bursts) {
-    const int bursts = 6;
-    config_.speed = 1;
-    config_.burst = 5;
-    const auto came = play(bursts * 5);
-    // The middle ones count, since a busy machine may hold up single frames.
-    std::vector<double> lengths, distances;
-    for (int burst = 1; burst < bursts; ++burst) {
-        lengths.push_back(came[burst * 5 + 4].ms - came[burst * 5].ms);
-        distances.push_back(came[burst * 5].ms - came[burst * 5 - 5].ms);
-    }
-    std::sort(lengths.begin(), lengths.end());
-    std::sort(distances.begin(), distances.end());
-    EXPECT_LT(lengths[bursts / 2 - 1], 80) << "half of what single frames would take";
-    EXPECT_NEAR(distances[bursts / 2 - 1], 200, 80);
-}
-
 TEST_F(camera_test, goes_on_after_refused_frames_and_after_a_pause) {
     std::atomic<bool> refuses = false;
     graph graph;

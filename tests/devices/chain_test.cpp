@@ -95,23 +95,5 @@ TEST_P(chain_test, connects_only_what_fits) {
     EXPECT_FALSE(pictures_->pin(0)->connected());
 }
 
-TEST_P(chain_test, hands_short_samples_on_as_they_are) {
-    ASSERT_TRUE(graph_.connect(source_, parts_) == S_OK && graph_.connect(parts_, sink_) == S_OK);
-    ASSERT_EQ(parts_->Pause(), S_OK);
-    const auto input = query<IMemInputPin>(pin(parts_, 0), IID_IMemInputPin);
-    com_ref<IMemAllocator> allocator;
-    ASSERT_TRUE(input->GetAllocator(allocator.put()) == S_OK && allocator->Commit() == S_OK);
-    com_ref<IMediaSample> sample;
-    ASSERT_EQ(allocator->GetBuffer(sample.put(), nullptr, nullptr, 0), S_OK);
-    for (const long length : {0L, 1L, 80L, static_cast<long>(system_.frame_bytes)}) {
-        ASSERT_EQ(sample->SetActualDataLength(length), S_OK);
-        ASSERT_EQ(input->Receive(sample.get()), S_OK);
-        EXPECT_EQ(sink_->wait_for(1).back().data.size(), static_cast<size_t>(length));
-    }
-    EXPECT_EQ(references(sample.get()), 1u) << "the sender's reference stays the sender's";
-    parts_->Stop();
-    EXPECT_EQ(input->Receive(sample.get()), VFW_E_WRONG_STATE);
-}
-
 INSTANTIATE_TEST_SUITE_P(systems, chain_test, testing::Bool(),
                          [](const auto& info) { return info.param ? "pal" : "ntsc"; });
