@@ -142,6 +142,14 @@ bool dvFrameLoad::get(vvideo::dvFrame* frame, unsigned long long number) {
     return slot && slot->copyTo(frame);
 }
 
+void dvFrameLoad::expect(unsigned long long number) {
+    {
+        vcore::timed_guard lock(lock_, lockWait_ms);
+        requestPosition_ = number;
+    }
+    expected_.set();
+}
+
 bool dvFrameLoad::getType(vvideo::dvMediaType& type) const {
     vcore::timed_guard lock(lock_, lockWait_ms);
     if (fileName_.len() == 0) {
@@ -293,7 +301,7 @@ void dvFrameLoad::_dynamicLoad() {
     while (!stop_.asked()) {
         const Decision decision = decide(ringFrames);
         if (!decision.load) {
-            Sleep(idle_ms);
+            expected_.wait(idle_ms);
             continue;
         }
         const bool read = ringFrames != 0 && readFrame(decision.frame, staging);

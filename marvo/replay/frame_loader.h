@@ -2,6 +2,7 @@
 /// The frames of a replay, read ahead from its recording.
 #pragma once
 
+#include "marvo/core/event.h"
 #include "marvo/core/semaphore.h"
 #include "marvo/core/str.h"
 #include "marvo/core/thread_annotations.h"
@@ -62,6 +63,9 @@ public:
     /// number. The number also tells the loader where play is and, by its distance from the number asked
     /// before, in which direction it goes; asking for the same number twice means that play stands still.
     bool get(vvideo::dvFrame* frame, unsigned long long number);
+
+    /// Play has jumped to frame `number` and will ask for it at its next tick: loading goes on there at once.
+    void expect(unsigned long long number);
 
     /// Describes the open recording's video in `type`. False when no file is open.
     bool getType(vvideo::dvMediaType& type) const;
@@ -125,6 +129,8 @@ private:
     double direction_ MARVO_GUARDED_BY(lock_) = 1.0;
     bool endless_ MARVO_GUARDED_BY(lock_) = false;
     StopFlag stop_;
+    /// Ends the rest of a loader that has nothing to load.
+    vcore::event expected_;
     std::unique_ptr<recording::Reader> reader_ MARVO_GUARDED_BY(fileLock_);
     /// Name that the recording was opened under, empty when none is open, and its video.
     vcore::str fileName_ MARVO_GUARDED_BY(lock_);

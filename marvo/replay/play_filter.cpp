@@ -171,6 +171,7 @@ void dvPlayFilter::seekFrame(long long frame) {
     vcore::timed_guard lock(filterLock(), lockWait_ms);
     if (replaying_ && rangeLength() > 0) {
         frame = wrapIntoRange(frame);
+        loader_.expect(static_cast<unsigned long long>(frame));
     }
     position_100ns_ = positionOf(frame);
 }

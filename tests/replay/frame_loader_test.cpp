@@ -61,6 +61,21 @@ TEST(FrameLoader, ReadsAheadInTheDirectionOfPlay) {
     EXPECT_TRUE(readsAhead(loader, 12, 11, {10, 49, 48}));
 }
 
+TEST(FrameLoader, HasTheFrameOfAJumpBeforeTheNextTick) {
+    recording::write(name, 60);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 49, 8));
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    bool there = false;
+    for (DWORD wait_ms = 100; wait_ms <= 1600 && !there; wait_ms *= 2) {
+        EXPECT_TRUE(arrives(loader, 3));
+        loader.expect(40);
+        Sleep(wait_ms);
+        there = loader.get(&frame, 40);
+    }
+    EXPECT_TRUE(there) << "a seek would be shown one tick later";
+}
+
 TEST(FrameLoader, KeepsTheFileForTheNextRange) {
     recording::write(name, 60);
     dvFrameLoad loader;
