@@ -4,31 +4,53 @@ namespace {
 
 class Process : public Engine {
 protected:
-    /// Runs a probe, which builds the engine and ends in the given way. Its exit code, or -1 when it hangs.
+    /// A program beside this one, in a directory of its own, since its library begins a new log.
+    class Program {
+    public:
+        explicit Program(const std::string& name, const std::string& words) {
+            char module[MAX_PATH];
+            GetModuleFileNameA(nullptr, module, sizeof(module));
+            const std::string folder =
+                std::string(module).substr(0, std::string(module).find_last_of('\\') + 1);
+            CreateDirectoryA("probe", nullptr);
+            std::string command = "\"" + folder + name + ".exe\" " + words;
+            STARTUPINFOA startup{};
+            startup.cb = sizeof(startup);
+            CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, "probe", &startup,
+                           &process_);
+        }
+        /// Its exit code, or -1 when it hangs.
+        int end() {
+            DWORD code = 0;
+            if (WaitForSingleObject(process_.hProcess, 120000) != WAIT_OBJECT_0) {
+                TerminateProcess(process_.hProcess, 99);
+                code = static_cast<DWORD>(-1);
+            } else {
+                GetExitCodeProcess(process_.hProcess, &code);
+            }
+            CloseHandle(process_.hThread);
+            CloseHandle(process_.hProcess);
+            return static_cast<int>(code);
+        }
+
+    private:
+        PROCESS_INFORMATION process_{};
+    };
+
+    /// Runs a probe, which builds the engine and ends in the given way.
     static int probe(const std::string& way, const std::string& name = "marvo-exit-probe") {
-        char module[MAX_PATH];
-        GetModuleFileNameA(nullptr, module, sizeof(module));
-        const std::string folder = std::string(module).substr(0, std::string(module).find_last_of('\\') + 1);
-        // A directory of its own, since its library begins a new log.
-        CreateDirectoryA("probe", nullptr);
-        std::string command = "\"" + folder + name + ".exe\" " + way;
-        STARTUPINFOA startup{};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION process{};
-        if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, "probe", &startup,
-                            &process)) {
-            return -2;
+        return Program(name, way).end();
+    }
+
+    /// How many colours are seen in a window.
+    static size_t coloursOf(HWND window) {
+        const HDC dc = GetDC(window);
+        std::set<COLORREF> colours;
+        for (int i = 0; i < 1000; ++i) {
+            colours.insert(GetPixel(dc, 20 + i % 40 * 17, 20 + i / 40 * 21));
         }
-        DWORD code = 0;
-        if (WaitForSingleObject(process.hProcess, 120000) != WAIT_OBJECT_0) {
-            TerminateProcess(process.hProcess, 99);
-            code = static_cast<DWORD>(-1);
-        } else {
-            GetExitCodeProcess(process.hProcess, &code);
-        }
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-        return static_cast<int>(code);
+        ReleaseDC(window, dc);
+        return colours.size();
     }
 };
 
@@ -45,6 +67,20 @@ TEST_F(Process, UnloadsTheLibraryOnceTheEngineIsTakenApart) {
 TEST_F(Process, AKilledProcessLeavesItsRecording) {
     EXPECT_EQ(probe("killed"), 43);
     expectRecordingFollows("probe\\exit_probe.dv", "pal.dv", 144000, 20);
+}
+
+TEST_F(Process, AHostFeedsFramesOfItsOwn) {
+    EXPECT_EQ(Program("marvo-live-feed", "no-such.dv").end(), 1);
+    for (const char* stream : {"pal.dv", "ntsc.dv"}) {
+        Program host("marvo-live-feed", "\"" + streamPath(stream) + "\"");
+        HWND feed = nullptr;
+        EXPECT_TRUE(pumpUntil([&] {
+            feed = FindWindowW(L"marvo live feed", nullptr);
+            return feed && coloursOf(feed) > 20;
+        })) << "grey alone until the stream is fed";
+        PostMessageW(feed, WM_CLOSE, 0, 0);
+        EXPECT_EQ(host.end(), 0) << stream;
+    }
 }
 
 } // namespace
