@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-BarePipeline::BarePipeline(size_t frameSize, int ringFrames, long long period_100ns)
+BarePipeline::BarePipeline(size_t frameSize, int ringFrames, long long period_100ns, bool recording)
     : ringFrames_(ringFrames), record_(1, recordSize(frameSize)), pool_(8, frameSize) {
     handle_.reset(CreateFileW(file_.name(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
                               FILE_FLAG_NO_BUFFERING, nullptr));
@@ -12,13 +12,17 @@ BarePipeline::BarePipeline(size_t frameSize, int ringFrames, long long period_10
                                       reinterpret_cast<HSEMAPHORE>(tick_.handle()), &advice_))) {
         throw std::runtime_error("there is no file or no clock to measure with");
     }
-    writer_ = std::thread(&BarePipeline::write, this);
+    if (recording) {
+        writer_ = std::thread(&BarePipeline::write, this);
+    }
     player_ = std::thread(&BarePipeline::show, this);
 }
 
 BarePipeline::~BarePipeline() {
     stop_ = true;
-    writer_.join();
+    if (writer_.joinable()) {
+        writer_.join();
+    }
     player_.join();
     clock_->Unadvise(advice_);
     handle_.reset();

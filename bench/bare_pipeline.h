@@ -10,13 +10,13 @@
 #include <thread>
 
 /// What the engine's pipeline asks of the system for each frame, without the engine and without a copy of a
-/// frame: a writer that sleeps 10 ms at a time until a frame is there, writes one record unbuffered, and
-/// flushes once per ring's worth of frames; and a thread that the system's clock wakes once per frame, and
-/// that rests 5 ms and takes and gives back a sample.
+/// frame: a thread that the system's clock wakes once per frame, and that rests 5 ms and takes and gives back
+/// a sample; and, when it records, a writer that sleeps 10 ms at a time until a frame is there, writes one
+/// record unbuffered, and flushes once per ring's worth of frames.
 class BarePipeline {
 public:
     /// Throws std::runtime_error when the file or the clock cannot be had.
-    BarePipeline(size_t frameSize, int ringFrames, long long period_100ns);
+    BarePipeline(size_t frameSize, int ringFrames, long long period_100ns, bool recording);
     ~BarePipeline();
     BarePipeline(const BarePipeline&) = delete;
     BarePipeline& operator=(const BarePipeline&) = delete;

@@ -19,6 +19,7 @@ void describeCamera(const CameraSetup& camera) {
     if (!camera.log.empty()) {
         text << "log = " << folder << "\\" << camera.log << "\n";
     }
+    text << camera.faults;
     SetEnvironmentVariableA("MARVO_CAMERA", file.c_str());
 }
 
@@ -28,7 +29,7 @@ Engine::Engine(const CameraSetup& camera) {
     describeCamera(camera);
     window_ = CreateWindowExW(0, L"STATIC", L"marvo-bench", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 640,
                               nullptr, nullptr, nullptr, nullptr);
-    dvFE.setMaxRecFrames(ringFrames);
+    dvFE.setMaxRecFrames(camera.ringFrames);
     dvFE.setInfoDrain(window_, drainMessage, &info_);
     const Stopwatch watch;
     const bool built = dvFE.init(window_, false);

@@ -12,6 +12,8 @@
 struct CameraSetup {
     double speed = 1;
     std::string log{}; ///< a file in the current directory, or empty
+    unsigned long ringFrames = 50;
+    std::string faults{}; ///< further lines of its configuration
 };
 
 /// The engine `dvFE`, built on the simulated camera's PAL stream in a window of its own, as a host would run

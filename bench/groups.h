@@ -22,6 +22,8 @@ void measureAvi(Bench& bench);
 void measureCpu(Bench& bench);
 void measureReplay(Bench& bench);
 void measureSeek(Bench& bench);
+void measureLateness(Bench& bench);
+void measureCommands(Bench& bench);
 void measureLoss(Bench& bench);
 void measureAllocations(Bench& bench);
 void measureStart(Bench& bench);

@@ -115,5 +115,5 @@ void measureSeek(Bench& bench) {
     seekInFile(engine, random, file.name(), trials, disk, bench.progress);
 
     report(bench, "seek to a frame in the ring", ring, 1);
-    report(bench, "seek to a frame in the file", disk, 3);
+    report(bench, "seek to a frame in the file", disk, 1);
 }

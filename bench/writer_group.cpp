@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -110,15 +111,22 @@ double write(const FrameBuffers& records, const TemporaryFile& file, int frames,
     return watch.seconds();
 }
 
-} // namespace
+/// A kind of recording, and how many bytes its file has beside the frames.
+struct Kind {
+    const char* name;
+    const wchar_t* file;
+    bool recordsAlone;
+};
 
-void measureWriter(Bench& bench) {
-    bench.progress.step("recording as fast as the file takes it");
+constexpr Kind kinds[] = {{"raw", L"bench_writer.dv", true}, {"AVI", L"bench_writer.avi", false}};
+
+void measureKind(Bench& bench, const Kind& kind) {
+    bench.progress.step(std::string("recording as fast as the file takes it, ") + kind.name);
     const FrameBuffers records(ringFrames, recordSize(frameSize));
     Recorder recorder;
     const ImportPatch counting(engineModule(), "FlushFileBuffers", reinterpret_cast<void*>(&countingFlush));
-    const TemporaryFile recording(L"bench_writer.dv");
-    const TemporaryFile plain(L"bench_plain.dv");
+    const TemporaryFile recording(kind.file);
+    const TemporaryFile plain(L"bench_plain.bin");
     // Not a multiple of the ring: there the writer would flush after each frame of its last backlog.
     const int frames = bench.scaled(40, 20) * static_cast<int>(ringFrames) + static_cast<int>(ringFrames) / 2;
     const int rounds = bench.scaled(15, 9);
@@ -126,7 +134,8 @@ void measureWriter(Bench& bench) {
     const auto engine = [&] {
         bench.progress.part(static_cast<double>(flushCounts.size()), rounds + 1);
         const double seconds = recorder.record(recording, frames);
-        if (recording.size() != static_cast<unsigned long long>(frames) * records.size()) {
+        const unsigned long long frameBytes = static_cast<unsigned long long>(frames) * records.size();
+        if (kind.recordsAlone ? recording.size() != frameBytes : recording.size() < frameBytes) {
             throw std::runtime_error("frames are missing from the recording");
         }
         flushCounts.push_back(flushes);
@@ -135,10 +144,19 @@ void measureWriter(Bench& bench) {
     const auto baseline = [&] { return write(records, plain, frames, flushes); };
     const Comparison result = compare(rounds, engine, baseline);
 
-    bench.report.add("frames from the ring to the file, against plain writing", result.ratio, "ratio",
-                     Target::atLeast(0.8), "PAL, both unbuffered, with the same number of flushes");
-    bench.report.add("frames from the ring to the file", frames / result.engine_s, "frames/s");
+    const std::string what = std::string("frames from the ring to the file, ") + kind.name;
+    bench.report.add(what + ", against plain writing", result.ratio, "ratio", Target::atLeast(0.95),
+                     "PAL, both unbuffered, with the same number of flushes");
+    bench.report.add(what, frames / result.engine_s, "frames/s");
     bench.report.add("plain writing of the records", frames / result.baseline_s, "frames/s");
     bench.report.add("flushes per ring's worth of frames", median(flushCounts) * ringFrames / frames,
                      "flushes");
+}
+
+} // namespace
+
+void measureWriter(Bench& bench) {
+    for (const Kind& kind : kinds) {
+        measureKind(bench, kind);
+    }
 }
