@@ -26,8 +26,9 @@ def tell(line):
         file.write(line + "\n")
 
 
-def few(count):
+def few(count, long=None):
     """How often something is tried; less often on the second target, since the formats are the same."""
+    count = long if long and scripted_tests.LONG else count
     return count if scripted_tests.TARGET == "win32" else count // 4
 
 
@@ -129,7 +130,7 @@ class Killed(unittest.TestCase):
     def test_avi_killed_at_random_moments(self):
         # A standard index follows 2044 frames.
         moments = [self.random.randrange(2030, 2045) for _ in range(few(4))]
-        moments += [self.random.randrange(1, 400) for _ in range(few(16))]
+        moments += [self.random.randrange(1, 400) for _ in range(few(16, long=96))]
         for number, frames in enumerate(moments):
             with self.subTest(frames=frames):
                 self.kill_at(f"killed-{number}.avi", (PAL, NTSC)[number % 2], frames)
@@ -160,7 +161,7 @@ class Killed(unittest.TestCase):
                 self.stop_at("stopped.avi", PAL, place)
 
     def test_raw_killed_at_random_moments(self):
-        for number in range(few(6)):
+        for number in range(few(6, long=100)):
             with self.subTest(number=number):
                 self.kill_at(f"killed-{number}.dv", (PAL, NTSC)[number % 2], self.random.randrange(1, 400))
 
