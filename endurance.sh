@@ -37,7 +37,7 @@ while (($# > 0)); do
 done
 
 if ((plot)); then
-    command -v gnuplot >/dev/null || die "this needs gnuplot: as root, apt-get install gnuplot-nox"
+    scripts/setup.sh gnuplot-nox
     gnuplot scripts/endurance.gnuplot
     say "endurance.sh: see docs/endurance.svg"
     exit 0

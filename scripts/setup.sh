@@ -1,6 +1,7 @@
 #!/bin/bash
 # Prepares a fresh Debian 12 machine: installs the packages that are missing, then makes Wine's 32-bit tree
 # and the two Wine prefixes inside build/wine. Safe to run again at any time; does only what is not done yet.
+# setup.sh [PACKAGES...]: further packages that the caller needs.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
@@ -68,6 +69,7 @@ check_machine() {
             "and run it again."
 }
 
+packages+=("$@")
 check_machine
 install_packages
 with_lock setup "$root/scripts/wine_tree.sh"
