@@ -2,6 +2,7 @@
 
 #include "tools/output_file.h"
 #include "tools/progress.h"
+#include "tools/read_ahead.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -57,20 +58,20 @@ Written copyFrames(recording::Reader& from, unsigned long long first, unsigned l
             }
         };
         Progress progress("writing " + quoted(output.name()), arguments.progress);
-        recording::RecordBuffer buffer;
-        allocate(buffer, std::max(from.bufferBytes(), writer->bufferBytes()));
+        ReadAhead frames(from, first, last, std::max(from.bufferBytes(), writer->bufferBytes()));
         for (unsigned long long frame = first; frame <= last; ++frame) {
             std::string fault;
-            if (!readFrame(from, frame, buffer, fault)) {
+            recording::RecordBuffer* const buffer = frames.next(fault);
+            if (!buffer) {
                 throw cannotRead(from, frame, fault);
             }
-            if (buffer.frameBytes() != size) {
+            if (buffer->frameBytes() != size) {
                 throw cannotRead(
                     from, frame,
                     format("has %lu bytes and those before have %lu, which do not go into one file",
-                           buffer.frameBytes(), size));
+                           buffer->frameBytes(), size));
             }
-            check(writer->write(buffer));
+            check(writer->write(*buffer));
             progress.update((frame - first + 1) * size, written.frames * size);
         }
         check(writer->flush() && writer->finish());
