@@ -46,6 +46,8 @@ protected:
             DeleteFileA(name);
         }
         dvFE.setMaxFilesize(0xFFFFFFFF);
+        // Two seconds of this camera's frames: the machine may be busy.
+        dvFE.setMaxRecFrames(200);
     }
 
     void TearDown() override {
@@ -56,6 +58,7 @@ protected:
         Engine::TearDown();
         dvFE.setPlayDelay(100);
         dvFE.setMaxPlayFrames(50);
+        dvFE.setMaxRecFrames(50);
     }
 
     void walk(unsigned seed, int commands) {
