@@ -44,6 +44,16 @@ int priorityFor(unsigned long backlog, unsigned long frames) {
     return THREAD_PRIORITY_BELOW_NORMAL;
 }
 
+/// What a thread needs to throw, the run-time library reserves when it throws first; so that there is memory
+/// for it, that is here.
+void reserveForThrowing() {
+    try {
+        throw std::bad_alloc();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
 void markForImmediateDisplay(IMediaSample* sample) {
     sample->SetTime(nullptr, nullptr);
     sample->SetSyncPoint(TRUE);
@@ -138,6 +148,10 @@ unsigned long long dvFrameStore::lastFrame() const {
 
 unsigned long long dvFrameStore::writtenFrame() const {
     return ring_.outPos();
+}
+
+record_status dvFrameStore::recordStatus() const {
+    return tally_.status();
 }
 
 unsigned long dvFrameStore::frameSize() const {
@@ -275,6 +289,7 @@ void dvFrameStore::done() {
 void dvFrameStore::run() {
     const uninterruptible whole;
     stop_.enter(*this);
+    reserveForThrowing();
     abandonBacklog_ = false;
     { vcore::timed_guard untilStarted(storeLock(), commandWait_ms); }
     writeBacklog(ring_.count());

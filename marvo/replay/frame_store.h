@@ -105,7 +105,7 @@ public:
 
     /// How the recording goes that was started last, or how it went; empty before the first. Any thread;
     /// never waits for the disk.
-    record_status recordStatus() const { return tally_.status(); }
+    record_status recordStatus() const;
 
     /// Bytes of one DV frame; 0 without a ring.
     unsigned long frameSize() const;
