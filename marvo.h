@@ -94,6 +94,7 @@
 #include "marvo/replay/play_info.h"
 #include "marvo/recording/rec_file.h"
 #include "marvo/replay/record_filter.h"
+#include "marvo/replay/record_status.h"
 
 // The library's own macros.
 #undef MARVO_API

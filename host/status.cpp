@@ -21,6 +21,9 @@ constexpr NamedValue values[] = {
     {"shown", [](const Status& s) { return static_cast<double>(s.shown); }},
     {"captured", [](const Status& s) { return static_cast<double>(s.captured); }},
     {"backlog", [](const Status& s) { return static_cast<double>(s.backlog()); }},
+    {"lost", [](const Status& s) { return static_cast<double>(s.record.lost); }},
+    {"failed", [](const Status& s) { return static_cast<double>(s.record.failed); }},
+    {"failing", [](const Status& s) { return s.record.failing ? 1.0 : 0.0; }},
     {"initialised", [](const Status& s) { return s.initialised ? 1.0 : 0.0; }},
     {"recording", [](const Status& s) { return s.recording ? 1.0 : 0.0; }},
     {"playing", [](const Status& s) { return s.playing ? 1.0 : 0.0; }},
@@ -64,6 +67,9 @@ std::string Status::line() const {
     // Without a recording nothing is taken for the file, and the backlog says nothing.
     if (recording) {
         text += ", recording, backlog " + std::to_string(backlog());
+        const std::uint64_t missing = record.lost + record.failed;
+        text += missing != 0 ? ", " + std::to_string(missing) + " FRAMES MISSING" : "";
+        text += record.failing ? ", RECORDING FAILS" : "";
     }
     return text;
 }

@@ -24,8 +24,9 @@ struct Status {
     unsigned long frameSize = 0; ///< bytes
     int time_ms = 0;
     int rawTime_ms = 0;
-    bool result = true; ///< of the last command
-    play_info info;     ///< the last progress record
+    bool result = true;   ///< of the last command
+    record_status record; ///< the recording's frames
+    play_info info;       ///< the last progress record
 
     /// The newest captured frame, -1 for none.
     long long newest() const { return captured - 1; }

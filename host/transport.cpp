@@ -212,6 +212,7 @@ Status Transport::status() const {
         now.taken = static_cast<long long>(dvFE.writtenFrame());
     }
     now.shown = static_cast<long long>(dvFE.playedFrame());
+    now.record = dvFE.recordStatus();
     now.initialised = initialised_;
     now.recording = recording_;
     now.playing = dvFE.playing();

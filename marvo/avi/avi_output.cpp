@@ -1,8 +1,9 @@
 #include "marvo/avi/avi_output.h"
 
-#include "marvo/core/winthread.h"
 #include "marvo/avi/file_io_avi.h"
+#include "marvo/core/disk_file.h"
 #include "marvo/core/volume.h"
+#include "marvo/core/winthread.h"
 
 #include <iterator>
 
@@ -14,41 +15,48 @@ LARGE_INTEGER fileOffset(unsigned long long offset) {
     return value;
 }
 
-/// The folder of `name` with the backslash at its end; empty (the current folder) when the system does not
-/// tell.
-std::wstring folderOf(const wchar_t* name) {
-    const DWORD size = GetFullPathNameW(name, 0, nullptr, nullptr);
-    std::wstring path(size, L'\0');
-    path.resize(GetFullPathNameW(name, size, path.data(), nullptr));
-    const size_t end = path.find_last_of(L"\\/");
-    return end == std::wstring::npos ? std::wstring() : path.substr(0, end + 1);
+/// A name beside `name` that no file has.
+std::wstring freeNameBeside(const wchar_t* name) {
+    const std::wstring start = std::wstring(name) + L".replaced";
+    std::wstring candidate = start;
+    for (int number = 2; GetFileAttributesW(candidate.c_str()) != INVALID_FILE_ATTRIBUTES; ++number) {
+        candidate = start + std::to_wstring(number);
+    }
+    return candidate;
 }
 
 } // namespace
 
 int AviOutput::create(const wchar_t* name, bool unbuffered) {
-    // Not every system refuses to delete such a file.
-    const DWORD attributes = GetFileAttributesW(name);
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
-        return fail(FileIOAVI::SystemRefused, ERROR_ACCESS_DENIED);
+    if (const unsigned long error = vcore::whyNotReplaced(name)) {
+        return fail(FileIOAVI::SystemRefused, error);
     }
-    DeleteFileW(name);
-    const auto make = [&](DWORD disposition) {
-        file_.reset(CreateFileW(name, GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition,
-                                FILE_ATTRIBUTE_NORMAL | (unbuffered ? FILE_FLAG_NO_BUFFERING : 0), nullptr));
+    // A file that somebody holds open is deleted when he closes it, under the name that it has by then: a new
+    // file of that name would go with it.
+    const std::wstring former = freeNameBeside(name);
+    const bool moved = MoveFileW(name, former.c_str()) != FALSE;
+    const auto make = [&](vcore::DiskFile how) {
+        file_ = vcore::openDiskFile(name, GENERIC_WRITE, FILE_SHARE_READ, how,
+                                    unbuffered ? FILE_FLAG_NO_BUFFERING : 0);
     };
     // A file that began by being emptied is written out whole when it is closed, on some file systems; so one
-    // is emptied only where it could not be deleted.
-    make(CREATE_NEW);
+    // is emptied only where it could not be moved.
+    make(vcore::DiskFile::fresh);
     if (!file_ && GetLastError() == ERROR_FILE_EXISTS) {
-        make(CREATE_ALWAYS);
+        make(vcore::DiskFile::emptied);
     }
     if (!file_) {
-        return fail(FileIOAVI::SystemRefused, GetLastError());
+        const DWORD error = GetLastError();
+        if (moved) {
+            MoveFileW(former.c_str(), name);
+        }
+        return fail(FileIOAVI::SystemRefused, error);
+    }
+    if (moved) {
+        DeleteFileW(former.c_str());
     }
     position_ = 0;
     name_ = name;
-    folder_ = folderOf(name);
     return FileIOAVI::Ok;
 }
 
@@ -65,11 +73,12 @@ int AviOutput::write(unsigned long long offset, const void* data, unsigned long 
     {
         const vwin::winthread::killable disk;
         placed = placed || SetFilePointerEx(file_.get(), fileOffset(offset), nullptr, FILE_BEGIN);
-        if (placed && !WriteFile(file_.get(), data, bytes, &done, nullptr)) {
+        if (!placed || !WriteFile(file_.get(), data, bytes, &done, nullptr)) {
             error = GetLastError();
         }
     }
     if (!placed) {
+        systemError_ = error;
         error_ = L"cannot get the file pointer.\n";
         return FileIOAVI::WriteFailed;
     }
@@ -83,10 +92,13 @@ int AviOutput::write(unsigned long long offset, const void* data, unsigned long 
     return FileIOAVI::Ok;
 }
 
+unsigned long long AviOutput::freeBytes() const {
+    const vwin::winthread::killable disk;
+    return freeBytesBeside(file_.get());
+}
+
 bool AviOutput::hasRoom(unsigned long long bytes) {
-    ULARGE_INTEGER available{};
-    if (!GetDiskFreeSpaceExW(folder_.empty() ? nullptr : folder_.c_str(), &available, nullptr, nullptr) ||
-        available.QuadPart >= bytes) {
+    if (freeBytes() >= bytes) {
         return true;
     }
     fail(FileIOAVI::WriteFailed, ERROR_DISK_FULL);
@@ -109,6 +121,7 @@ void AviOutput::discard() {
 }
 
 int AviOutput::fail(int code, unsigned long systemError) {
+    systemError_ = systemError;
     wchar_t text[512] = L"";
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, systemError, 0, text,
                    static_cast<DWORD>(std::size(text)), nullptr);

@@ -18,8 +18,8 @@ public:
     AviOutput(const AviOutput&) = delete;
     AviOutput& operator=(const AviOutput&) = delete;
 
-    /// Creates `name`, in place of a file of that name; others may read it meanwhile. With `unbuffered` it
-    /// passes the system's cache by. Returns a `FileIOAVI::Code`.
+    /// Creates `name`, in place of a file of that name, which stays as it is when that fails; others may read
+    /// it meanwhile. With `unbuffered` it passes the system's cache by. Returns a `FileIOAVI::Code`.
     virtual int create(const wchar_t* name, bool unbuffered);
 
     /// Bytes per sector of the volume that will hold `name`; 0 when unknown.
@@ -28,8 +28,12 @@ public:
     /// Writes at `offset`. Returns a `FileIOAVI::Code`.
     virtual int write(unsigned long long offset, const void* data, unsigned long bytes);
 
-    /// Whether the volume has `bytes` bytes free; true when it does not tell.
-    virtual bool hasRoom(unsigned long long bytes);
+    /// Bytes that are free on the volume; all ones when it does not tell.
+    virtual unsigned long long freeBytes() const;
+
+    /// Whether the volume has `bytes` bytes free; true when it does not tell. When it has not, that is an
+    /// error.
+    bool hasRoom(unsigned long long bytes);
 
     /// Closes the file, which holds `size` bytes then: what a failed write has left behind them goes.
     virtual void close(unsigned long long size);
@@ -39,6 +43,8 @@ public:
 
     /// Why the last operation failed, mostly in the words of the system; empty before the first failure.
     const wchar_t* error() const { return error_.c_str(); }
+    /// The system's number for that.
+    unsigned long systemError() const { return systemError_; }
 
 private:
     static constexpr unsigned long long unknownPosition = ~0ull;
@@ -46,9 +52,9 @@ private:
     int fail(int code, unsigned long systemError);
 
     std::wstring name_;
-    std::wstring folder_;
     vcore::handle file_;
     /// Where the system's file pointer stands; unknown behind a write that failed or whose thread was killed.
     unsigned long long position_ = unknownPosition;
     std::wstring error_;
+    unsigned long systemError_ = ERROR_SUCCESS;
 };

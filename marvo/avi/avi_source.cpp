@@ -1,14 +1,16 @@
 #include "marvo/avi/avi_source.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/core/winthread.h"
 
 #include <algorithm>
 #include <cstring>
 
 bool AviSource::open(const wchar_t* name) {
-    file_.reset(CreateFileW(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    file_ = vcore::openDiskFile(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    const DWORD error = GetLastError();
     updateSize();
+    SetLastError(error);
     return static_cast<bool>(file_);
 }
 

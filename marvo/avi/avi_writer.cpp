@@ -26,14 +26,16 @@ AviWriter::AviWriter() : AviWriter(std::make_unique<AviOutput>(), Limits()) {}
 AviWriter::AviWriter(std::unique_ptr<AviOutput> output, const Limits& limits)
     : output_(std::move(output)), limits_(limits) {}
 
-int AviWriter::refused(int code, const wchar_t* text) {
+int AviWriter::refused(int code, const wchar_t* text, unsigned long systemError) {
     error_ = text;
+    systemError_ = systemError;
     return code;
 }
 
 int AviWriter::failed(int code) {
     if (code != FileIOAVI::Ok) {
         error_ = output_->error();
+        systemError_ = output_->systemError();
     }
     return code;
 }
@@ -51,7 +53,7 @@ int AviWriter::create(const wchar_t* name, const FileIOAVI::Video& video, bool u
     unbuffered_ = unbuffered && alignment_ == sector;
     slotSize_ = slotFor(format_.frameSize);
     if (!reserveMemory()) {
-        return refused(FileIOAVI::SystemRefused, L"there is not enough memory\n");
+        return refused(FileIOAVI::SystemRefused, L"there is not enough memory\n", ERROR_NOT_ENOUGH_MEMORY);
     }
     if (const int code = output_->create(name, unbuffered_)) {
         return failed(code);
@@ -134,7 +136,7 @@ int AviWriter::writeFrame(char* buffer, unsigned long bufferSize, unsigned long 
     fillSlot(buffer, frameSize, slot);
     const void* data = alignedSlot(buffer, slot);
     if (!data) {
-        return refused(FileIOAVI::Refused, L"there is not enough memory\n");
+        return refused(FileIOAVI::Refused, L"there is not enough memory\n", ERROR_NOT_ENOUGH_MEMORY);
     }
     if (const int code = output_->write(end_, data, slot)) {
         return failed(code);
@@ -179,7 +181,9 @@ int AviWriter::makeRoom(unsigned long slot) {
     }
     if (indexes_.standardEntries() == 0 && headers_.indexes() >= limits_.superEntries) {
         const int code = headersStale_ ? writeHeaders() : static_cast<int>(FileIOAVI::Ok);
-        return code != FileIOAVI::Ok ? code : refused(FileIOAVI::Full, L"the super index is full\n");
+        return code != FileIOAVI::Ok
+                   ? code
+                   : refused(FileIOAVI::Full, L"the super index is full\n", ERROR_FILE_TOO_LARGE);
     }
     if (framesUntilSpaceCheck_ == 0) {
         framesUntilSpaceCheck_ = framesOfRoom(slot);

@@ -51,10 +51,14 @@ public:
 
     /// Why the last operation failed.
     const wchar_t* error() const { return error_; }
+    /// The system's number for that, also where it was not the system that refused.
+    unsigned long systemError() const { return systemError_; }
+    /// As `FileIOAVI::freeBytes`.
+    unsigned long long freeBytes() const { return output_->freeBytes(); }
 
 private:
     int failed(int code);
-    int refused(int code, const wchar_t* text);
+    int refused(int code, const wchar_t* text, unsigned long systemError = ERROR_INVALID_PARAMETER);
     bool reserveMemory();
     unsigned long slotFor(unsigned long frameSize) const;
     void fillSlot(char* buffer, unsigned long frameSize, unsigned long slot) const;
@@ -94,4 +98,5 @@ private:
     bool headersStale_ = false;
     unsigned long framesUntilSpaceCheck_ = 0;
     const wchar_t* error_ = L"";
+    unsigned long systemError_ = ERROR_SUCCESS;
 };

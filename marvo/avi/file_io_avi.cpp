@@ -19,13 +19,18 @@ int FileIOAVI::done(int code, const wchar_t* text) {
     return code;
 }
 
+int FileIOAVI::failed(int code, const AviWriter& writer) {
+    systemError_ = writer.systemError();
+    return done(code, writer.error());
+}
+
 int FileIOAVI::create(const wchar_t* name, const Video& video, bool unbuffered) {
     if (!name || opened()) {
         return Refused;
     }
     auto writer = std::make_unique<AviWriter>();
     const int code = writer->create(name, video, unbuffered, info_);
-    done(code, writer->error());
+    failed(code, *writer);
     if (code == Ok) {
         frame_ = 0;
         writer_ = std::move(writer);
@@ -50,7 +55,7 @@ int FileIOAVI::open(const wchar_t* name, Trust trust) {
 int FileIOAVI::close() {
     const int code = writer_ ? writer_->close() : Ok;
     if (code != Ok) {
-        done(code, writer_->error());
+        failed(code, *writer_);
     }
     writer_.reset();
     reader_.reset();
@@ -65,7 +70,7 @@ int FileIOAVI::writeFrame(char* buffer, unsigned long bufferSize, unsigned long 
     }
     const int code = writer_->writeFrame(buffer, bufferSize, frameSize);
     if (code != Ok) {
-        return done(code, writer_->error());
+        return failed(code, *writer_);
     }
     ++frame_;
     return code;
@@ -95,6 +100,10 @@ int FileIOAVI::refresh() {
 
 bool FileIOAVI::framePosition(unsigned long frame, FramePosition& position) const {
     return reader_ && reader_->framePosition(frame, position);
+}
+
+unsigned long long FileIOAVI::freeBytes() const {
+    return writer_ ? writer_->freeBytes() : ~0ull;
 }
 
 unsigned long FileIOAVI::dataFrameSize() const {

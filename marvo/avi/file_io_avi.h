@@ -131,13 +131,19 @@ public:
     /// Why the last operation failed, in the words of the system or of this class, at most 79 characters;
     /// empty when none has failed since the file was opened. Owned by the object.
     const wchar_t* lastError() const { return lastError_; }
+    /// The system's number for why writing failed last, also where the system did not refuse it; 0 before.
+    unsigned long systemError() const { return systemError_; }
+    /// Bytes that are free on the volume of the file being written; all ones when it does not tell.
+    unsigned long long freeBytes() const;
 
 private:
     int done(int code, const wchar_t* text);
+    int failed(int code, const AviWriter& writer);
 
     std::unique_ptr<AviWriter> writer_;
     std::unique_ptr<AviReader> reader_;
     AVI_ODMLFileInfo info_;
     unsigned long frame_ = 0;
     wchar_t lastError_[80] = L"";
+    unsigned long systemError_ = 0;
 };

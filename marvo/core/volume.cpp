@@ -1,12 +1,31 @@
 #include "marvo/core/volume.h"
 
-#include "marvo/core/platform.h"
+#include <winternl.h>
 
 #include <cwchar>
 
 namespace {
 
 constexpr unsigned long maxPath = 1024;
+
+/// What the system tells of a volume's size, and the number of that question.
+struct VolumeSize {
+    LARGE_INTEGER units;
+    LARGE_INTEGER freeForCaller;
+    LARGE_INTEGER free;
+    ULONG sectorsPerUnit;
+    ULONG bytesPerSector;
+};
+constexpr int volumeSizeQuestion = 7;
+
+using QueryVolume = NTSTATUS(NTAPI*)(HANDLE, IO_STATUS_BLOCK*, void*, ULONG, int);
+
+/// The documented functions ask by a path: they take memory, and open a folder.
+QueryVolume queryVolume() {
+    static const auto entry = reinterpret_cast<QueryVolume>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryVolumeInformationFile")));
+    return entry;
+}
 
 } // namespace
 
@@ -25,4 +44,15 @@ unsigned long bytesPerSector(const wchar_t* name) {
     DWORD freeClusters = 0;
     DWORD clusters = 0;
     return GetDiskFreeSpaceW(root, &sectorsPerCluster, &sector, &freeClusters, &clusters) ? sector : 0;
+}
+
+unsigned long long freeBytesBeside(HANDLE file) {
+    VolumeSize size{};
+    IO_STATUS_BLOCK status{};
+    const QueryVolume query = queryVolume();
+    if (!query || query(file, &status, &size, sizeof size, volumeSizeQuestion) < 0) {
+        return ~0ull;
+    }
+    return static_cast<unsigned long long>(size.freeForCaller.QuadPart) * size.sectorsPerUnit *
+           size.bytesPerSector;
 }

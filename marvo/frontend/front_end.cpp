@@ -1,6 +1,7 @@
 #include "marvo/frontend/front_end.h"
 
 #include "marvo/core/process_state.h"
+#include "marvo/core/text.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/recording/drive_search.h"
 
@@ -15,6 +16,33 @@ constexpr int longestBreaker_ms = 20;
 
 constexpr unsigned long widgetStyle = 0x100000;
 
+/// The system's words for an error and its number, for the log.
+std::string inWords(unsigned long systemError) {
+    const vcore::str text(vcore::systemMessage(systemError).c_str());
+    return vcore::format("%s (%lu)", text.getStr(), systemError);
+}
+
+std::string inWords(record_event event, unsigned long long frame, unsigned long long frames,
+                    unsigned long systemError) {
+    switch (event) {
+    case record_event::failing:
+        return vcore::format("recording: frame %llu could not be written: %s", frame,
+                             inWords(systemError).c_str());
+    case record_event::recovered:
+        return vcore::format("recording: goes on with frame %llu, %s could not be written", frame,
+                             vcore::counted(frames, "frame").c_str());
+    case record_event::overrun:
+        return vcore::format(
+            "recording: the disk is too slow, frame %llu was overwritten before it was written", frame);
+    case record_event::caughtUp:
+        return vcore::format("recording: caught up at frame %llu, %s overwritten before", frame,
+                             vcore::counted(frames, "frame").c_str());
+    case record_event::incomplete:
+        return "recording: the file could not be completed: " + inWords(systemError);
+    }
+    return {};
+}
+
 } // namespace
 
 dvFrontEnd dvFE;
@@ -27,6 +55,8 @@ dvFrontEnd::dvFrontEnd()
     CoInitialize(nullptr);
     log_.open();
     recFilter().store().connect(L"poolInfo", this, this, &dvFrontEnd::onRecInfo);
+    recFilter().store().connect(L"recError", this, this, &dvFrontEnd::onRecError);
+    recFilter().store().connect(L"recEnd", this, this, &dvFrontEnd::onRecEnd);
     playFilter().connect(L"playTime", this, this, &dvFrontEnd::onPlayTime);
     settingsFiles_.readInto(settings_);
     log_.writeSuppressible(settings_.logging);
@@ -334,7 +364,13 @@ bool dvFrontEnd::startRecord(const wchar_t* file) {
     log("startRecord", true);
     const frontend::Log::Scope scope(log_);
     elements_.clear();
-    const bool started = recFilter().store().startRecord(file && *file ? file : settings_.recFile.oleStr());
+    const wchar_t* const name = file && *file ? file : settings_.recFile.oleStr();
+    const bool started = recFilter().store().startRecord(name);
+    if (!started) {
+        const vcore::str text = vcore::str(L"startRecord result: ") + name + L" cannot be recorded: " +
+                                recordStatus().firstErrorText;
+        log(text.getStr(), false);
+    }
     playFilter().setRecording(started);
     playFilter().reset();
     return started;
@@ -448,6 +484,10 @@ unsigned long long dvFrontEnd::writtenFrame() {
     return recFilter().store().writtenFrame();
 }
 
+record_status dvFrontEnd::recordStatus() {
+    return recFilter().store().recordStatus();
+}
+
 unsigned long dvFrontEnd::frameSize() {
     return recFilter().store().frameSize();
 }
@@ -488,6 +528,24 @@ void dvFrontEnd::onRecInfo(unsigned long long last, unsigned long long written, 
         static_cast<std::uint32_t>(last) - static_cast<std::uint32_t>(written) - backlogAllowance_frames);
     playFilter().setBreaker(static_cast<unsigned long>(std::clamp(backlog, 0, longestBreaker_ms)));
     emitSignal(L"recInfo", 20, last, written, poolSize);
+}
+
+void dvFrontEnd::onRecError(unsigned long long frame, unsigned long long frames, unsigned long systemError,
+                            record_event event) {
+    log(inWords(event, frame, frames, systemError).c_str(), false);
+    emitSignal(L"recError", 24, frame, frames, systemError, event);
+}
+
+void dvFrontEnd::onRecEnd() {
+    const record_status status = recordStatus();
+    const vcore::str name(recFilter().store().fileName());
+    log(vcore::format(
+            "recording ended: %s: %s taken, %llu written, %llu lost, %llu failed, %llu beyond the limit",
+            name.getStr(), vcore::counted(status.taken, "frame").c_str(), status.written, status.lost,
+            status.failed, status.beyondLimit)
+            .c_str(),
+        false);
+    emitSignal(L"recEnd", 0);
 }
 
 void dvFrontEnd::onPlayTime() {}

@@ -14,6 +14,7 @@
 #include "marvo/frontend/settings_files.h"
 #include "marvo/gui/widget.h"
 #include "marvo/replay/play_info.h"
+#include "marvo/replay/record_status.h"
 
 /// The one object that a host drives: the exported global `dvFE`. It owns the capture graph (capture device,
 /// DV splitter, record filter with the frame store), the play graph (play filter, DV decoder, renderer), the
@@ -31,7 +32,8 @@
 ///
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
-/// is not an error: the value is read anyway. `onRecInfo` is called on the frame store's writer thread.
+/// is not an error: the value is read anyway. `onRecInfo`, `onRecError` and `onRecEnd` are called on the
+/// frame store's writer thread.
 ///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
@@ -143,8 +145,8 @@ public:
     bool seekPosition(unsigned long long frame);
 
     /// Records into `file` or, when null or empty, the recording file. Frame numbers begin again at 0, play
-    /// goes live, and all elements are unset. False when the file cannot be created; play has gone live all
-    /// the same.
+    /// goes live, and all elements are unset. False when the file cannot be created, for the reason that the
+    /// log and `recordStatus` have; play has gone live all the same.
     bool startRecord(const wchar_t* file);
 
     /// The writer finishes, and the file is closed.
@@ -214,6 +216,9 @@ public:
     unsigned long long playedFrame();
     /// The frame the writer takes next; 0 before the first `init`, all ones (2^64 - 1) after `done`.
     unsigned long long writtenFrame();
+    /// How the recording goes that was started last, or how it went: what became of its frames, what failed,
+    /// and the room on the drive. Any thread; never waits for the disk.
+    record_status recordStatus();
     /// Bytes of one DV frame; 0 before `init`.
     unsigned long frameSize();
     /// 25 for frames of 144000 bytes, else 30, also before any frame is known.
@@ -246,6 +251,15 @@ public:
     /// while more than 25 frames wait to be written, and emits "recInfo" with the same arguments (8 + 8 + 4
     /// bytes).
     void onRecInfo(unsigned long long last, unsigned long long written, unsigned long poolSize);
+
+    /// Receives the frame store's "recError" on its writer thread, when frames begin to be missing from the
+    /// recording and when that is over: logs it, and emits "recError" with the same arguments (8 + 8 + 4 + 4
+    /// bytes; see `dvFrameStore`). A system error of 0 means that all is well again.
+    void onRecError(unsigned long long frame, unsigned long long frames, unsigned long systemError,
+                    record_event event);
+
+    /// Receives the frame store's "recEnd" when a recording has ended: logs its totals, and emits "recEnd".
+    void onRecEnd();
 
     /// Receives the play filter's "playTime"; does nothing, since the host gets its progress through the info
     /// drain.

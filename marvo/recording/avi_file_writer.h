@@ -23,6 +23,8 @@ public:
     bool flush() override { return true; }
     bool finish() override { return avi_.close() == FileIOAVI::Ok; }
     std::wstring error() const override;
+    unsigned long systemError() const override { return avi_.systemError(); }
+    unsigned long long freeBytes() const override { return avi_.freeBytes(); }
 
 private:
     FileIOAVI avi_;

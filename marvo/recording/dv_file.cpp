@@ -1,5 +1,6 @@
 #include "marvo/recording/dv_file.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/core/volume.h"
 
 dvFile::dvFile() = default;
@@ -34,15 +35,16 @@ void dvFile::_updateAlignment(const wchar_t* name) {
     }
 }
 
-bool dvFile::openAligned(const wchar_t* name, unsigned long access, unsigned long share,
-                         unsigned long creation, unsigned long sector) {
+bool dvFile::openAligned(const wchar_t* name, unsigned long access, unsigned long share, bool fresh,
+                         unsigned long sector) {
     close();
     if (!name || !*name) {
         return false;
     }
     setName(name);
-    const DWORD flags = FILE_ATTRIBUTE_NORMAL | (sector == 0 ? FILE_FLAG_NO_BUFFERING : 0);
-    if (!attach(CreateFileW(name, access, share, nullptr, creation, flags, nullptr))) {
+    const vcore::DiskFile how = fresh ? vcore::DiskFile::emptied : vcore::DiskFile::existing;
+    const DWORD flags = sector == 0 ? FILE_FLAG_NO_BUFFERING : 0;
+    if (!attach(vcore::openDiskFile(name, access, share, how, flags).release())) {
         return false;
     }
     if (sector == 0) {

@@ -66,11 +66,11 @@ protected:
     /// stays.
     void _updateAlignment(const wchar_t* name);
 
-    /// Closes what is open, opens `name` with the given Win32 access, sharing and creation disposition, and
+    /// Closes what is open, opens `name` with the given Win32 access and sharing, `fresh` as a new file, and
     /// takes the alignment: that of the volume for a `sector` of 0, and the file passes the system's cache
     /// by; otherwise `sector`, and the file is read through the cache, which suits any alignment. False when
     /// the system refuses; nothing is open then.
-    bool openAligned(const wchar_t* name, unsigned long access, unsigned long share, unsigned long creation,
+    bool openAligned(const wchar_t* name, unsigned long access, unsigned long share, bool fresh,
                      unsigned long sector = 0);
 
     /// What `type` tells.

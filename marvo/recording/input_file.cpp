@@ -1,5 +1,6 @@
 #include "marvo/recording/input_file.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/core/winthread.h"
 
 #include <algorithm>
@@ -10,15 +11,10 @@ namespace {
 
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-vcore::handle openExisting(const wchar_t* name, DWORD access, DWORD share) {
-    return vcore::handle(
-        CreateFileW(name, access, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
 } // namespace
 
 bool InputFile::open(const wchar_t* name) {
-    file_ = openExisting(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    file_ = vcore::openDiskFile(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
     return opened();
 }
 
@@ -51,12 +47,13 @@ std::size_t InputFile::read(unsigned long long offset, void* to, std::size_t byt
 }
 
 bool InputFile::isBeingWritten(const wchar_t* name) {
-    return !openExisting(name, GENERIC_READ, FILE_SHARE_READ) && GetLastError() == ERROR_SHARING_VIOLATION;
+    return !vcore::openDiskFile(name, GENERIC_READ, FILE_SHARE_READ) &&
+           GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
 bool InputFile::areSame(const wchar_t* one, const wchar_t* other) {
-    const vcore::handle first = openExisting(one, 0, shareAll);
-    const vcore::handle second = openExisting(other, 0, shareAll);
+    const vcore::handle first = vcore::openDiskFile(one, 0, shareAll);
+    const vcore::handle second = vcore::openDiskFile(other, 0, shareAll);
     BY_HANDLE_FILE_INFORMATION a{};
     BY_HANDLE_FILE_INFORMATION b{};
     return first && second && GetFileInformationByHandle(first.get(), &a) &&

@@ -1,5 +1,6 @@
 #include "marvo/recording/kinds.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/core/str.h"
 #include "marvo/core/text.h"
 #include "marvo/recording/avi_file_reader.h"
@@ -21,6 +22,8 @@ bool namesAvi(const wchar_t* name) {
     lower.lower();
     return lower.findStr(L".avi", 0) > 0;
 }
+
+constexpr wchar_t deviceReason[] = L"it is the name of a device, not of a file";
 
 bool namesNoAvi(const wchar_t* name) {
     return !namesAvi(name);
@@ -74,10 +77,11 @@ Kind kindOfName(const wchar_t* name) {
 }
 
 std::unique_ptr<Reader> openReader(const wchar_t* name, std::wstring* error) {
-    std::wstring firstReason;
+    const bool device = vcore::namesDevice(name);
+    std::wstring firstReason = device ? deviceReason : L"";
     for (const KindRow& row : kinds()) {
         std::wstring reason;
-        if (!name || !row.isMeantBy(name)) {
+        if (!name || device || !row.isMeantBy(name)) {
             continue;
         }
         if (std::unique_ptr<Reader> reader = row.open(name, {}, reason)) {
@@ -95,7 +99,9 @@ std::unique_ptr<Writer> createWriter(const wchar_t* name, unsigned long frameSiz
                                      long long timePerFrame_100ns, std::wstring* error) {
     std::wstring reason;
     std::unique_ptr<Writer> writer;
-    if (name && *name) {
+    if (vcore::namesDevice(name)) {
+        reason = deviceReason;
+    } else if (name && *name) {
         writer = rowOfName(name).create(name, frameSize, timePerFrame_100ns, reason);
     } else {
         reason = vcore::systemMessage(ERROR_INVALID_NAME);

@@ -20,7 +20,7 @@ bool dvPlayFile::openMadeElsewhere(const wchar_t* name, unsigned long sector) {
 
 bool dvPlayFile::openWith(const wchar_t* name, unsigned long frameSize, unsigned long sector) {
     frameCount_ = 0;
-    if (!openAligned(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, sector)) {
+    if (!openAligned(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, false, sector)) {
         return false;
     }
     recording::RecordHeader header{};

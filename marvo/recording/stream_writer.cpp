@@ -1,5 +1,6 @@
 #include "marvo/recording/stream_writer.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/core/text.h"
 
 namespace recording {
@@ -9,8 +10,8 @@ std::unique_ptr<Writer> StreamWriter::create(const wchar_t* name, unsigned long 
     auto writer = std::make_unique<StreamWriter>();
     writer->frameSize_ = frameSize;
     // Frames are no whole number of sectors, so this file does not pass the system's cache by.
-    if (!writer->file_.attach(CreateFileW(name, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr))) {
+    if (!writer->file_.attach(
+            vcore::openDiskFile(name, GENERIC_WRITE, FILE_SHARE_READ, vcore::DiskFile::emptied).release())) {
         error = vcore::systemMessage(GetLastError());
         return nullptr;
     }

@@ -28,7 +28,8 @@ public:
 
     /// Appends the frame that stands in `buffer`, which has the size that the recording was created for. What
     /// is in front of it and behind it is overwritten: `buffer` goes to the disk as it is. False, with the
-    /// reason in `error`, when it could not be written whole; the next frame takes its place.
+    /// reason in `error`, when it could not be written whole; the next frame takes its place, and every frame
+    /// that is in the file stays where it is.
     virtual bool write(RecordBuffer& buffer) = 0;
     /// Has the system write what it holds of the file. An AVI file passes the system's cache by, and there is
     /// nothing to do.
@@ -39,6 +40,11 @@ public:
     /// Why the last operation failed, in words and without a line end or a full stop; empty when none has
     /// failed.
     virtual std::wstring error() const = 0;
+    /// The system's number for that, also where it was not the system that refused; 0 when none has failed.
+    virtual unsigned long systemError() const = 0;
+    /// Bytes that are free on the file's volume; all ones when it does not tell, and behind `finish`. As slow
+    /// as the disk is.
+    virtual unsigned long long freeBytes() const = 0;
 
 protected:
     Writer() = default;

@@ -8,16 +8,19 @@
 #include "marvo/core/thread_annotations.h"
 #include "marvo/core/vobject.h"
 #include "marvo/core/winthread.h"
+#include "marvo/recording/record_buffer.h"
+#include "marvo/replay/record_status.h"
+#include "marvo/replay/record_tally.h"
 #include "marvo/replay/stop_flag.h"
 #include "marvo/video/frame_pool.h"
 
 #include <atomic>
 #include <memory>
+#include <string>
 
 struct IMediaSample;
 
 namespace recording {
-class RecordBuffer;
 class Writer;
 } // namespace recording
 
@@ -26,8 +29,10 @@ class Writer;
 ///
 /// Frame n lives in slot n modulo the ring's size and is found by its number until frame n + size takes the
 /// slot. Capture never waits for the disk: when the writer falls a whole ring behind, the frames in between
-/// are missing from the file. Capture and recording are independent: frames can be added and replayed without
-/// a file.
+/// are missing from the file, and what their slots hold by then stands in their places. A frame that cannot
+/// be written is left out, and the next one is tried. Both are counted (`recordStatus`) and told of
+/// ("recError"); the recording goes on until it is stopped. Capture and recording are independent: frames can
+/// be added and replayed without a file.
 ///
 /// Threads: `add` on the capture thread; `get`, `findFrame` and the positions on the play thread; recording
 /// commands on the host's thread; `run` on the writer thread, which is the only one to use the recording file
@@ -36,8 +41,18 @@ class Writer;
 /// A timed wait that runs out is not an error: the call goes on as if it held the lock (live video outranks
 /// exactness).
 ///
-/// Emits "poolInfo" on the writer thread with (64-bit newest position, 64-bit written position, 32-bit ring
-/// size).
+/// Emits, on the writer thread:
+/// - "poolInfo" before it takes a frame, with (64-bit newest position, 64-bit written position, 32-bit ring
+/// size);
+/// - "recError" when frames begin to be missing from the file and when that is over, with (64-bit frame
+/// number,
+///   64-bit count of the frames that it has cost so far, 32-bit system error, 0 for all is well again, 32-bit
+///   `record_event`);
+/// - "recEnd", without arguments, when a recording has ended and its totals stand. When the writer had to be
+/// killed,
+///   this and what went wrong at the end are emitted by `startRecord`.
+///
+/// A receiver that runs out of memory is not called again; the recording goes on.
 class MARVO_API dvFrameStore : public vcore::vObject, public vwin::winthread, private vcore::semaphore {
 public:
     dvFrameStore();
@@ -84,8 +99,13 @@ public:
     /// after `done`, as long as there is no ring.
     unsigned long long lastFrame() const;
 
-    /// The number of the next frame that the writer will take; 0 and all ones as for `lastFrame`.
+    /// The number of the next frame that the writer will take; 0 and all ones as for `lastFrame`. What became
+    /// of the frames before it is in `recordStatus`.
     unsigned long long writtenFrame() const;
+
+    /// How the recording goes that was started last, or how it went; empty before the first. Any thread;
+    /// never waits for the disk.
+    record_status recordStatus() const;
 
     /// Bytes of one DV frame; 0 without a ring.
     unsigned long frameSize() const;
@@ -98,17 +118,18 @@ public:
     const wchar_t* fileName() const;
 
     /// Limits what is written: frames numbered `limit` and above are captured and can be replayed from
-    /// memory, but do not reach the file. Despite the name it is compared with frame numbers, not bytes.
-    /// Negative: no limit.
+    /// memory, but do not reach the file; they count as neither lost nor failed. Despite the name it is
+    /// compared with frame numbers, not bytes. Negative: no limit.
     void setMaxFilesize(long long limit);
 
     /// Kept for hosts that set it; the engine does not use it.
     void setRemoteFile(const wchar_t* name);
 
     /// Starts recording into a new file, ending a recording that runs. Frame numbers start again at 0 and the
-    /// ring is emptied. False without a ring or when the file cannot be created: no recording runs then, and
-    /// the ring keeps its frames. A writer that has been held up by the disk for five seconds is killed; what
-    /// it wrote by then is kept.
+    /// ring is emptied. False, with the reason in `recordStatus`, without a ring, for a device or a file that
+    /// is write-protected, when the file cannot be created and when there is no memory: no recording runs
+    /// then, the ring keeps its frames, and no new file is left. A writer that has been held up by the disk
+    /// for five seconds is killed; what it wrote by then is kept.
     bool startRecord(const wchar_t* name);
 
     /// Ends the recording: the writer takes the frames that were captured by now (for at most a second) and
@@ -133,14 +154,35 @@ private:
 
     template <class Fill>
     bool addFilled(Fill fill);
+    template <class Copy>
+    bool copyOut(unsigned long long number, const wchar_t* recording, Copy copy);
+
+    /// A frame that the writer has taken.
+    struct Taken {
+        unsigned long long number = 0;
+        bool present = false; ///< there is a ring that holds something in its place
+        bool lost = false;    ///< which is another frame
+    };
+
+    bool openRecording(const wchar_t* name, unsigned long frameSize, std::wstring& reason);
+    void closeFile();
     void stopWriter();
     void endWriter();
     void resetRing() MARVO_REQUIRES(storeLock());
+    unsigned long long endOfRecording();
     bool writerShallEnd(unsigned long long backlog) const;
-    void writeBacklog(recording::RecordBuffer& staging, unsigned long ringFrames);
-    bool stageFrame(recording::RecordBuffer& staging, unsigned long long& number);
-    void writeStaged(recording::RecordBuffer& staging, unsigned long ringFrames);
+    void writeBacklog(unsigned long ringFrames);
+    Taken stageFrame();
+    void writeStaged(const Taken& frame, unsigned long ringFrames);
+    void flushFile();
     void flushIfAsked();
+    void askDriveSpace();
+    void completeFile();
+    std::uint32_t writerError() const;
+    void tellIncomplete();
+    template <class... Arguments>
+    void report(const wchar_t* signal, const Arguments&... arguments);
+    void tell(const std::optional<RecordNews>& news);
 
     vvideo::dvFramePool ring_;
     unsigned long long frameDuration_100ns_ MARVO_GUARDED_BY(storeLock()) = 400000;
@@ -152,9 +194,14 @@ private:
     vcore::event flushed_;
     /// Used by the writer thread while it runs, else by the host's thread, which starts that one.
     std::unique_ptr<recording::Writer> writer_;
-    vcore::str fileName_ MARVO_GUARDED_BY(storeLock());
+    /// The frame on its way to the file; as `writer_`.
+    recording::RecordBuffer staging_;
+    RecordTally tally_;
+    /// When the room on the drive was asked for last; the writer thread's.
+    DWORD driveSpaceAsked_ms_ = 0;
+    std::wstring fileName_ MARVO_GUARDED_BY(storeLock());
     /// Full path of the recording whose numbers the ring holds; empty for none.
-    vcore::str ringFile_ MARVO_GUARDED_BY(storeLock());
+    std::wstring ringFile_ MARVO_GUARDED_BY(storeLock());
     vcore::str remoteFile_ MARVO_GUARDED_BY(storeLock());
     std::atomic<long long> maxFileSize_ = -1;
 };

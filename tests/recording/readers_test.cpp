@@ -1,6 +1,8 @@
 #include "marvo/recording/searched_reader.h"
 
+#include "marvo/core/disk_file.h"
 #include "marvo/recording/recordings.h"
+#include "tests/support/faulty_disk.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
@@ -48,11 +50,15 @@ void write(const KindRow& row, const wchar_t* name, unsigned long frames, unsign
     EXPECT_TRUE(writer->flush() && writer->finish());
 }
 
+std::wstring nameFor(const KindRow& row) {
+    return row.kind == Kind::avi ? L"readers_test.avi" : L"readers_test.dv";
+}
+
 TEST(Readers, EachKindReadsWhatItHasWritten) {
     for (const KindRow& row : kinds()) {
         for (const unsigned long size : {samples::palSize, samples::ntscSize, 2 * samples::palSize}) {
             SCOPED_TRACE(row.identifier + std::to_string(size));
-            const std::wstring name = row.kind == Kind::avi ? L"readers_test.avi" : L"readers_test.dv";
+            const std::wstring name = nameFor(row);
             write(row, name.c_str(), 5, size);
             InputFile file;
             ASSERT_TRUE(file.open(name.c_str()));
@@ -83,6 +89,70 @@ TEST(Readers, EachKindReadsWhatItHasWritten) {
             reader->abandon();
             EXPECT_FALSE(reader->read(0, buffer));
         }
+    }
+}
+
+TEST(Writers, AWriteThatFailsCostsOnlyItsFrame) {
+    FaultyDisk disk(GetModuleHandleW(nullptr));
+    for (const KindRow& row : kinds()) {
+        SCOPED_TRACE(row.identifier);
+        const std::wstring name = nameFor(row);
+        std::wstring error;
+        const std::unique_ptr<Writer> writer = row.create(name.c_str(), samples::palSize, 400000, error);
+        RecordBuffer buffer;
+        ASSERT_TRUE(buffer.allocate(writer->bufferBytes()));
+        EXPECT_EQ(writer->systemError(), 0u);
+        for (std::uint32_t frame = 0, next = 0; frame < 60; ++frame) {
+            disk.fault =
+                frame % 3 == 2 ? static_cast<FaultyDisk::Fault>(1 + frame / 3 % 3) : FaultyDisk::none;
+            fill(buffer, next, samples::palSize);
+            const bool written = writer->write(buffer);
+            EXPECT_EQ(written, disk.fault == FaultyDisk::none);
+            EXPECT_EQ(writer->systemError(), frame < 2 ? 0u : ERROR_DISK_FULL);
+            next += written;
+        }
+        disk.fault = FaultyDisk::none;
+        EXPECT_TRUE(writer->finish());
+        const std::unique_ptr<Reader> reader = row.open(name.c_str(), {}, error);
+        ASSERT_TRUE(reader && buffer.allocate(reader->bufferBytes()));
+        ASSERT_EQ(reader->frames(), 40u);
+        EXPECT_EQ(reader->end().state, Reader::End::State::finished)
+            << "and nothing is left behind the last one";
+        for (std::uint32_t frame = 0; frame < 40; ++frame) {
+            EXPECT_TRUE(reader->read(frame, buffer) && holds(buffer, frame)) << frame;
+        }
+    }
+}
+
+HANDLE WINAPI refuse(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST(Writers, WhatIsReplacedIsKeptUntilThen) {
+    for (const KindRow& row : kinds()) {
+        SCOPED_TRACE(row.identifier);
+        const std::wstring name = nameFor(row);
+        std::wstring error;
+        write(row, name.c_str(), 3, samples::palSize);
+        const auto frames = [&] { return row.open(name.c_str(), {}, error)->frames(); };
+        SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
+        EXPECT_EQ(row.create(name.c_str(), samples::palSize, 400000, error), nullptr);
+        EXPECT_FALSE(error.empty());
+        SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (row.kind == Kind::avi) {
+            const ImportPatch patch(GetModuleHandleW(nullptr), "CreateFileW",
+                                    reinterpret_cast<void*>(&refuse));
+            EXPECT_EQ(row.create(name.c_str(), samples::palSize, 400000, error), nullptr);
+        }
+        EXPECT_EQ(frames(), 3u) << "it was not there to be replaced";
+        vcore::handle other(CreateFileW(name.c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, 0, nullptr));
+        write(row, name.c_str(), 5, samples::palSize);
+        other.reset();
+        EXPECT_EQ(frames(), 5u) << "whoever had the former file open does not take the new one along";
+        EXPECT_EQ(GetFileAttributesW((name + L".replaced").c_str()), INVALID_FILE_ATTRIBUTES);
     }
 }
 
@@ -124,6 +194,25 @@ TEST(Readers, NamesAndFilesThatMeanNoRecordingAreRefused) {
         EXPECT_EQ(openReader(name, &error), nullptr);
         EXPECT_EQ(createWriter(name, samples::palSize, 400000, &error), nullptr);
         EXPECT_FALSE(error.empty());
+    }
+}
+
+TEST(Readers, DevicesAreNeitherReadNorWritten) {
+    for (const wchar_t* name : {L"NUL", L"con", L"nul.avi", L"C:\\x\\AUX.dv", L"C:PRN", L"COM1", L"NUL .dv",
+                                L"lpt9.a.b", L"COM\u00B9", L"CONIN$", L"\\\\.\\C:", L"//./PhysicalDrive0",
+                                L"\\\\.\\pipe\\x", L"\\\\?\\pipe\\x", L"\\\\host\\PIPE\\x"}) {
+        std::wstring error, other;
+        EXPECT_EQ(openReader(name, &error), nullptr);
+        EXPECT_EQ(createWriter(name, samples::palSize, 400000, &other), nullptr);
+        EXPECT_TRUE(error == other && error.find(L"device") != std::wstring::npos) << name;
+        for (const KindRow& row : kinds()) {
+            EXPECT_EQ(row.open(name, {}, error), nullptr) << name;
+            EXPECT_EQ(row.create(name, samples::palSize, 400000, error), nullptr) << name;
+        }
+    }
+    for (const wchar_t* name : {L"common.dv", L"nul1.dv", L"COM10", L"COM.dv", L"con\\a.dv", L"C:\\a.nul",
+                                L"", L"\\\\?\\C:\\a.dv", L"\\\\.\\C:\\a.dv", L"\\\\host\\pipes\\a.dv"}) {
+        EXPECT_FALSE(vcore::namesDevice(name)) << name;
     }
 }
 

@@ -1,12 +1,14 @@
 #include "marvo.h"
 
 #include "tests/support/avi_builder.h"
+#include "tests/support/faulty_disk.h"
 #include "tests/video/fakes.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,6 +32,33 @@ void expectRecorded(std::uint32_t first, unsigned long frames, const wchar_t* fi
         EXPECT_TRUE(samples::holds(recording.data() + 8, first + k)) << k;
     }
 }
+
+/// What became of a recording's frames.
+std::string counts(const dvFrameStore& store) {
+    const record_status s = store.recordStatus();
+    std::ostringstream text;
+    text << s.taken << " taken, " << s.written << " written, " << s.lost << " lost, " << s.failed
+         << " failed, " << s.beyondLimit << " beyond" << (s.waiting() ? ", some waiting" : "")
+         << (s.recording ? ", recording" : "") << (s.complete ? ", complete" : "")
+         << (s.failing ? ", failing" : "") << (s.behind ? ", behind" : "");
+    return text.str();
+}
+
+/// Notes what the store tells of its recordings.
+struct Told : vcore::vObject {
+    std::string news;
+    explicit Told(dvFrameStore& store) {
+        store.connect(L"recError", this, this, &Told::onRecError);
+        store.connect(L"recEnd", this, this, &Told::onRecEnd);
+    }
+    void onRecError(unsigned long long frame, unsigned long long count, unsigned long error,
+                    record_event event) {
+        std::ostringstream text;
+        text << static_cast<int>(event) << " at " << frame << " of " << count << " by " << error << "; ";
+        news += text.str();
+    }
+    void onRecEnd() { news += "end; "; }
+};
 
 TEST(FrameStore, NumbersFramesAndKeepsTheNewest) {
     samples::Source source;
@@ -153,6 +182,7 @@ TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
         }
         store.stopRecord();
         EXPECT_EQ(store.writtenFrame(), 30u) << "a stop writes what was captured by then";
+        EXPECT_EQ(counts(store), "30 taken, 30 written, 0 lost, 0 failed, 0 beyond, complete");
         vvideo::dvFrame frame(samples::palSize, nullptr);
         EXPECT_TRUE(store.get(&frame, 29)) << "the ring outlives the recording";
         expectRecorded(recording * 100, 30, file);
@@ -171,6 +201,7 @@ TEST(FrameStore, StopsWritingAtTheLimit) {
         }
         EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 10; }));
         store.stopRecord();
+        EXPECT_EQ(counts(store), "10 taken, 4 written, 0 lost, 0 failed, 6 beyond, complete");
         expectRecorded(0, 4, file);
     }
 }
@@ -184,6 +215,8 @@ TEST(FrameStore, ARefusedRecordingLosesNothing) {
     for (const wchar_t* refused :
          {static_cast<const wchar_t*>(nullptr), L"no such folder\\x.dv", L"", L"no such folder\\x.AVI.dv"}) {
         EXPECT_FALSE(store.startRecord(refused));
+        EXPECT_TRUE(store.recordStatus().firstError == ERROR_CANNOT_MAKE &&
+                    *store.recordStatus().firstErrorText);
         EXPECT_FALSE(store.running());
         EXPECT_EQ(store.lastFrame(), 1u);
         EXPECT_EQ(std::wstring(store.fileName()), name);
@@ -229,30 +262,175 @@ TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
     }
 }
 
-TEST(FrameStore, LeavesAFileOnAStalledDiskToItsWriter) {
-    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\marvo_frame_store_test"; // as slow as who reads from it
-    const vcore::handle disk(
-        CreateNamedPipeW(pipe, PIPE_ACCESS_INBOUND, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr));
+TEST(FrameStore, AStalledDiskHoldsUpNobodyAndLosesNothingThatIsWritten) {
     samples::Source source;
     dvFrameStore store;
+    Told told(store);
+    FaultyDisk disk;
     ASSERT_TRUE(store.init(samples::palSize, 400000, 5));
-    ASSERT_TRUE(store.startRecord(pipe));
-    ASSERT_TRUE(source.addTo(store, 7));
-    ASSERT_TRUE(samples::eventually([&] { return store.writtenFrame() == 1; }));
-    Sleep(100);
+    ASSERT_TRUE(store.startRecord(name) && source.addTo(store, 6));
+    ASSERT_TRUE(samples::eventually([&] { return store.recordStatus().written == 1; }));
+    disk.fault = FaultyDisk::hangs;
+    ASSERT_TRUE(source.addTo(store, 7) && source.addTo(store, 8));
+    ASSERT_TRUE(samples::eventually([&] { return disk.hanging.load(); }));
     store.done();
     ASSERT_TRUE(store.running()) << "held up for longer than it is waited for";
-    std::vector<unsigned char> file(1000000);
-    DWORD got = 0, bytes = 0;
-    while (ReadFile(disk.get(), file.data() + bytes, 4096, &got, nullptr) && got != 0) {
-        bytes += got;
-    }
-    EXPECT_GE(bytes, samples::palSize + 8u) << "the whole record";
-    EXPECT_TRUE(samples::holds(file.data() + 8, 7));
+    EXPECT_EQ(counts(store), "3 taken, 1 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
+    EXPECT_EQ(told.news, "");
+    disk.fault = FaultyDisk::none;
     EXPECT_TRUE(samples::eventually([&] { return store.finished(); }));
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(name) && source.addTo(store, 8));
+    EXPECT_EQ(counts(store), "3 taken, 2 written, 1 lost, 0 failed, 0 beyond, complete")
+        << "the ring is gone";
+    expectRecorded(6, 2);
+    disk.fault = FaultyDisk::hangs;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(L"frame_store_test.killed.dv"));
+    disk.hanging = false;
+    ASSERT_TRUE(source.addTo(store, 9) && samples::eventually([&] { return disk.hanging.load(); }));
+    told.news.clear();
+    EXPECT_TRUE(store.startRecord(name)) << "kills the writer";
+    EXPECT_EQ(told.news, "end; ");
+    disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(source.addTo(store, 10));
     store.stopRecord();
-    expectRecorded(8, 1);
+    expectRecorded(10, 1);
+    DeleteFileW(L"frame_store_test.killed.dv");
+}
+
+TEST(FrameStore, WhatTheDiskRefusesIsCountedAndTold) {
+    samples::Source source;
+    dvFrameStore store;
+    Told told(store);
+    FaultyDisk disk;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
+    for (const wchar_t* file : {name, aviName}) {
+        for (const FaultyDisk::Fault fault : {FaultyDisk::full, FaultyDisk::takesHalf, FaultyDisk::tears}) {
+            told.news.clear();
+            ASSERT_TRUE(store.startRecord(file));
+            unsigned long frames = 0;
+            const auto capture = [&](unsigned long count, std::uint64_t record_status::*counter,
+                                     std::uint64_t until) {
+                for (; count > 0; --count) {
+                    source.addTo(store, counter == &record_status::failed ? 99 : frames++);
+                }
+                return samples::eventually([&] { return store.recordStatus().*counter == until; });
+            };
+            ASSERT_TRUE(capture(3, &record_status::written, 3));
+            disk.fault = fault;
+            ASSERT_TRUE(capture(4, &record_status::failed, 4));
+            EXPECT_EQ(counts(store), "7 taken, 3 written, 0 lost, 4 failed, 0 beyond, recording, failing");
+            disk.fault = FaultyDisk::none;
+            ASSERT_TRUE(capture(2, &record_status::written, 5));
+            disk.fault = fault;
+            ASSERT_TRUE(capture(1, &record_status::failed, 5));
+            store.stopRecord();
+            disk.fault = FaultyDisk::none;
+            const bool avi = file == aviName;
+            EXPECT_EQ(told.news, std::string("1 at 3 of 1 by 112; 2 at 7 of 4 by 0; 1 at 9 of 1 by 112; ") +
+                                     (avi ? "5 at 10 of 5 by 112; end; " : "end; "));
+            EXPECT_EQ(counts(store), std::string("10 taken, 5 written, 0 lost, 5 failed, 0 beyond") +
+                                         (avi ? ", failing" : ", complete, failing"));
+            EXPECT_EQ(store.recordStatus().firstError, ERROR_DISK_FULL);
+            EXPECT_NE(*store.recordStatus().firstErrorText, L'\0');
+            expectRecorded(0, 5, file);
+        }
+    }
+    ULARGE_INTEGER room{};
+    ASSERT_TRUE(GetDiskFreeSpaceExW(nullptr, &room, nullptr, nullptr));
+    EXPECT_NEAR(static_cast<double>(store.recordStatus().driveSpace_frames) * 144384,
+                static_cast<double>(room.QuadPart), 2e9);
+}
+
+TEST(FrameStore, WhatTheRingGoesOverIsCountedAndTold) {
+    samples::Source source;
+    dvFrameStore store;
+    Told told(store);
+    FaultyDisk disk;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(name));
+    disk.fault = FaultyDisk::hangs;
+    ASSERT_TRUE(source.addTo(store, 0) && samples::eventually([&] { return disk.hanging.load(); }));
+    for (std::uint32_t k = 1; k < 15; ++k) {
+        ASSERT_TRUE(source.addTo(store, k));
+    }
+    EXPECT_EQ(counts(store), "15 taken, 0 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
+    disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(samples::eventually([&] { return store.recordStatus().waiting() == 0; }));
+    EXPECT_EQ(counts(store), "15 taken, 6 written, 9 lost, 0 failed, 0 beyond, recording");
+    EXPECT_EQ(told.news, "3 at 1 of 1 by 170; 4 at 14 of 9 by 0; ");
+    disk.fault = FaultyDisk::hangs;
+    disk.hanging = false;
+    ASSERT_TRUE(source.addTo(store, 15) && samples::eventually([&] { return disk.hanging.load(); }));
+    ASSERT_TRUE(source.addTo(store, 16) && source.addTo(store, 17));
+    store.flush();
+    disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(source.addTo(store, 18));
+    store.stopRecord();
+    EXPECT_EQ(counts(store), "19 taken, 8 written, 11 lost, 0 failed, 0 beyond, complete")
+        << "two were thrown away";
+    dvPlayFile file;
+    ASSERT_TRUE(file.open(name, 0));
+    for (const std::uint32_t seed : {0, 11, 12, 13, 14, 10, 11, 12, 13, 14, 10, 11, 12, 13, 14, 15, 18}) {
+        EXPECT_TRUE(file.readFrame() && samples::holds(file.data() + 8, seed)) << seed;
+    }
+    EXPECT_FALSE(file.readFrame());
+}
+
+void* WINAPIV noMemory(size_t, size_t) {
+    return nullptr;
+}
+
+HANDLE WINAPI noThread(SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD, DWORD*) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+decltype(&std::malloc) realMalloc;
+std::atomic<DWORD> poorThread;
+std::atomic<int> refusals;
+
+void makePoor() {
+    poorThread = GetCurrentThreadId();
+}
+
+/// The writer gets no memory for texts; the run-time library needs some to throw.
+void* WINAPIV memoryForOthers(size_t bytes) {
+    return GetCurrentThreadId() != poorThread || bytes < 24 || bytes > 60 ? realMalloc(bytes)
+                                                                           : (++refusals, nullptr);
+}
+
+TEST(FrameStore, WithoutMemoryItRecordsNothingOrLessButLives) {
+    samples::Source source;
+    dvFrameStore store;
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 50) && source.addTo(store, 1));
+    for (const auto& [call, refusal] : {std::pair("_aligned_malloc", reinterpret_cast<void*>(&noMemory)),
+                                        {"CreateThread", reinterpret_cast<void*>(&noThread)}}) {
+        const ImportPatch patch(engineModule(), call, refusal);
+        ASSERT_TRUE(patch.original()) << call;
+        for (const wchar_t* file : {name, aviName}) {
+            DeleteFileW(file);
+            EXPECT_FALSE(store.startRecord(file)) << call;
+            EXPECT_EQ(GetFileAttributesW(file), INVALID_FILE_ATTRIBUTES);
+            EXPECT_NE(*store.recordStatus().firstErrorText, L'\0');
+            EXPECT_TRUE(store.finished() && store.lastFrame() == 1 && store.findFrame(0));
+        }
+    }
+    FaultyDisk disk;
+    poorThread = 0;
+    realMalloc = reinterpret_cast<decltype(&std::malloc)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("msvcrt.dll"), "malloc")));
+    const ImportPatch patch(engineModule(), "malloc", reinterpret_cast<void*>(&memoryForOthers));
+    ASSERT_TRUE(patch.original());
+    store.connectFunc(L"poolInfo", &makePoor);
+    ASSERT_TRUE(store.startRecord(aviName));
+    disk.fault = FaultyDisk::full;
+    refusals = 0;
+    ASSERT_TRUE(source.addTo(store, 99));
+    EXPECT_TRUE(samples::eventually([&] { return store.recordStatus().failed == 1; }));
+    EXPECT_GT(refusals, 0);
+    disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(source.addTo(store, 0) && source.addTo(store, 1));
+    store.stopRecord();
+    EXPECT_EQ(counts(store), "3 taken, 2 written, 0 lost, 1 failed, 0 beyond, complete");
+    expectRecorded(0, 2, aviName);
 }
 
 TEST(FrameStore, AStopRightAfterAStartIsNotLost) {

@@ -3,11 +3,11 @@
 #include "tests/support/recording.h"
 #include "tests/support/samples.h"
 #include "tests/support/foreign_pin.h"
+#include "tests/support/import_patch.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
 
 namespace {
 
@@ -298,17 +298,20 @@ TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
     expectShown(5);
 }
 
+std::atomic<int> opened;
+
+HANDLE WINAPI openCounted(const wchar_t* file, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                          DWORD how, DWORD flags, HANDLE like) {
+    opened += std::wcscmp(file, name) == 0;
+    return CreateFileW(file, access, share, security, how, flags, like);
+}
+
 TEST_F(PlayFilter, OpensARecordingOnce) {
-    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\marvo_play_filter_test"; // can be opened only once
-    const vcore::handle file(CreateNamedPipeW(pipe, PIPE_ACCESS_OUTBOUND, 0, 1, 65536, 65536, 0, nullptr));
-    std::thread content([&] {
-        const std::vector<char> firstSector(65536);
-        DWORD written = 0;
-        ConnectNamedPipe(file.get(), nullptr);
-        WriteFile(file.get(), firstSector.data(), 4096, &written, nullptr);
-    });
-    EXPECT_TRUE(filter.play(0, 9, pipe, 1.0, 0, 50)) << "a recording without frames so far";
-    content.join();
+    recording::write(name, 40);
+    opened = 0;
+    const ImportPatch patch(engineModule(), "CreateFileW", reinterpret_cast<void*>(&openCounted));
+    EXPECT_TRUE(filter.play(5, 30, name, 1.0, 0, 50));
+    EXPECT_EQ(opened, 1);
 }
 
 TEST_F(PlayFilter, LiveAndRefusedReplays) {

@@ -45,8 +45,8 @@ public:
     explicit DiskOutput(Disk& disk) : disk_(disk) {}
     int create(const wchar_t*, bool) override { return FileIOAVI::Ok; }
     unsigned long sectorSize(const wchar_t*) const override { return disk_.sector; }
-    bool hasRoom(unsigned long long bytes) override {
-        return !disk_.tellsRoom || disk_.bytes.size() + bytes <= disk_.room;
+    unsigned long long freeBytes() const override {
+        return disk_.tellsRoom ? disk_.room - disk_.bytes.size() : ~0ull;
     }
     int write(unsigned long long at, const void* data, unsigned long size) override {
         disk_.beforeWrite();
