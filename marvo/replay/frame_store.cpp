@@ -177,6 +177,7 @@ bool dvFrameStore::startRecord(const wchar_t* name) {
         fileName_ = name;
         ringFile_ = fullPath(name);
     }
+    endAsked_ = false;
     return start();
 }
 
@@ -242,7 +243,7 @@ void dvFrameStore::run() {
 }
 
 bool dvFrameStore::writerShallEnd(unsigned long long backlog) const {
-    return stop_.asked() && (backlog == 0 || abandonBacklog_);
+    return ending() && (backlog == 0 || abandonBacklog_);
 }
 
 void dvFrameStore::writeBacklog(recording::RecordBuffer& staging, unsigned long ringFrames) {
@@ -250,7 +251,7 @@ void dvFrameStore::writeBacklog(recording::RecordBuffer& staging, unsigned long 
     unsigned long long end = ~0ull;
     for (;;) {
         flushIfAsked();
-        if (stop_.asked() && end == ~0ull) {
+        if (ending() && end == ~0ull) {
             // Frames captured from now on belong to no recording; without this bound a camera that is as fast
             // as the disk would keep the writer for ever.
             end = ring_.inPos();

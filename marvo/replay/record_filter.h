@@ -4,6 +4,7 @@
 
 #include "marvo/core/semaphore.h"
 #include "marvo/core/thread_annotations.h"
+#include "marvo/replay/arrivals.h"
 #include "marvo/replay/frame_store.h"
 #include "marvo/video/base_filter.h"
 #include "marvo/video/input_pin.h"
@@ -46,6 +47,9 @@ public:
     /// Samples received since the last call; the counter starts again at 0.
     unsigned long frameCount();
 
+    /// When samples came, also those that were not stored.
+    Arrivals& arrivals() { return arrivals_; }
+
     /// Copies the input pin's connection media type into `type`, whose former content is not freed.
     void getMediaType(_AMMediaType& type);
 
@@ -76,6 +80,7 @@ private:
     const vcore::semaphore& filterLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
 
     dvFrameStore store_;
+    Arrivals arrivals_;
     vcore::semaphore receiveLock_;
     std::unique_ptr<vvideo::dvInputPin> input_;
     std::unique_ptr<vvideo::dvOutputPin> preview_;
