@@ -83,6 +83,7 @@ void CameraWatch::run() {
 }
 
 void CameraWatch::look() {
+    lookForFrames();
     if (seen_ != dvCameraState::gone) {
         if (const long event = capture_.failure()) {
             lose(event);
@@ -90,7 +91,6 @@ void CameraWatch::look() {
     } else if (reconnect_) {
         open();
     }
-    lookForFrames();
 }
 
 /// The frames' number is looked up before their count: while the count stands still, the next frame to come
@@ -111,9 +111,6 @@ void CameraWatch::lookForFrames() {
                       static_cast<unsigned long>(quiet_ms), static_cast<long long>(newestFrame()));
             teller_.emitSignal(L"cameraStalled", 8, newestFrame());
         }
-        return;
-    }
-    if (seen_ == dvCameraState::changed) {
         return;
     }
     if (count == countBefore_) {
@@ -146,6 +143,7 @@ void CameraWatch::lose(long event) {
         }
     }
     failureTold_ = false;
+    nextFrame_ = capture_.filter().store().lastFrame();
     ++lost_;
     enter(dvCameraState::gone);
     writeLine(log_, "camera: lost after frame %lld (event 0x%02lx)%s", static_cast<long long>(newestFrame()),

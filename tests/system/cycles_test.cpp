@@ -1,59 +1,12 @@
 #include "tests/support/handles.h"
 #include "tests/system/engine.h"
 
-#include <psapi.h>
-#include <tlhelp32.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <thread>
 
 namespace {
-
-struct Footprint {
-    int handles = 0;
-    unsigned long threads = 0;
-    size_t bytes = 0;
-};
-
-Footprint footprint() {
-    Footprint now;
-    now.handles = openHandles();
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
-        now.threads += entry.th32OwnerProcessID == GetCurrentProcessId();
-    }
-    CloseHandle(snapshot);
-    PROCESS_MEMORY_COUNTERS memory{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
-    now.bytes = memory.PagefileUsage;
-    return now;
-}
-
-/// Handles that the system itself leaves open each time two filter graphs are made and the camera is looked
-/// up: Wine keeps an event per graph and registry keys per look-up.
-int systemsHandlesPerCycle() {
-    constexpr int rounds = 10;
-    const auto round = [] {
-        vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
-        vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
-        vwin::com_<ICreateDevEnum> devices;
-        vwin::com_<IEnumMoniker> list;
-        vwin::com_<IMoniker> camera;
-        devices.create(CLSID_SystemDeviceEnum);
-        devices->CreateClassEnumerator(CLSID_VideoInputDeviceCategory, list.put(), 0);
-        list->Next(1, camera.put(), nullptr);
-    };
-    round();
-    const int before = openHandles();
-    for (int i = 0; i < rounds; ++i) {
-        round();
-    }
-    return (openHandles() - before + rounds - 1) / rounds;
-}
 
 /// Keeps every core busy while it lives.
 class Load {
@@ -98,7 +51,7 @@ TEST_F(Cycles, ManyOnABusyMachineLeaveNothingBehind) {
     constexpr int warmUp = 8;
     constexpr int cycles = 50;
     const samples::Com com;
-    const int systems = systemsHandlesPerCycle() * (cycles - warmUp);
+    const int systems = systemsHandlesPerCycle(2) * (cycles - warmUp);
     dvFE.setPlayDelay(10);
     Footprint settled;
     {

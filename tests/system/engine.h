@@ -55,7 +55,9 @@ protected:
         char folder[MAX_PATH];
         GetCurrentDirectoryA(sizeof(folder), folder);
         const std::string file = std::string(folder) + "\\camera.txt";
-        std::ofstream(file) << "stream = " << streamPath(stream) << "\n" << faults;
+        static int scenario = 0;
+        std::ofstream(file) << "stream = " << streamPath(stream) << "\nscenario = " << ++scenario << "\n"
+                            << faults;
         SetEnvironmentVariableA("MARVO_CAMERA", file.c_str());
     }
 
