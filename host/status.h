@@ -26,6 +26,7 @@ struct Status {
     int rawTime_ms = 0;
     bool result = true; ///< of the last command
     play_info info;     ///< the last progress record
+    dvCameraState camera;
 
     /// The newest captured frame, -1 for none.
     long long newest() const { return captured - 1; }

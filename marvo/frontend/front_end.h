@@ -33,7 +33,8 @@
 ///
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
-/// is not an error: the value is read anyway. `onRecInfo` is called on the frame store's writer thread.
+/// is not an error: the value is read anyway. `onRecInfo` is called on the frame store's writer thread. While
+/// an engine with a capture graph is built, the camera watch has a thread of its own.
 ///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
@@ -77,10 +78,10 @@ public:
     bool initRecord();
 
     /// Ends the filters' threads, the recording and the replay, frees the rings, releases both graphs and
-    /// hides the video. A camera that is just being opened again is waited for, up to three seconds: one that
-    /// has not answered by then keeps its capture graph until it does, and so long `init` fails. Harmless
-    /// when nothing is built. When the host has given up the library before, it is unloaded as soon as this
-    /// call has returned; the object must then not be touched any more.
+    /// hides the video. Harmless when nothing is built. A camera that is just being opened again is waited
+    /// for, up to three seconds: one that has not answered by then keeps its capture graph and the library
+    /// until it does, and so long `init` fails. When the host has given up the library before, it is unloaded
+    /// as soon as this call has returned; the object must then not be touched any more.
     void done();
 
     /// Logs "error" and takes everything apart. Always false.
