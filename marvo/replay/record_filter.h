@@ -17,10 +17,11 @@
 /// under the next number, unless recording is paused, and passed on unchanged, marked for immediate display,
 /// through the pin "Preview". Owns the frame store.
 ///
-/// Threads: `receive` on the capture device's streaming thread, everything else on the host's. The filter
-/// lock (this object's semaphore) guards the flags and the counter; the receive lock is held while one sample
-/// is stored and passed on, and the store's locks are taken inside it. A timed wait that runs out is not an
-/// error.
+/// Threads: `receive` on the capture device's streaming thread; connecting on the thread that builds the
+/// graph, which may be another one later, and `getMediaType` not beside it; everything else on the host's.
+/// The filter lock (this object's semaphore) guards the flags and the counter; the receive lock is held while
+/// one sample is stored and passed on, and the store's locks are taken inside it. A timed wait that runs out
+/// is not an error.
 class MARVO_API dvRecFilter : public vvideo::dvBaseFilter, public vvideo::dvSink, public vcore::semaphore {
 public:
     dvRecFilter();

@@ -206,14 +206,12 @@ TEST_F(camera_test, is_lost_as_often_as_told_and_comes_back) {
     }
     EXPECT_GT(counter_ms() - lost_at, 1450) << "the system's ticks are coarse";
     ASSERT_EQ(graph.run(), S_OK);
-    const auto came = marks(sink_->wait_for(4 + 2));
-    EXPECT_EQ(std::vector<int>(came.begin() + 4, came.end()), (std::vector<int>{0, 1}));
+    EXPECT_EQ(marks(sink_->wait_for(4 + 2)), (std::vector{0, 1, 2, 3, 0, 1}));
     while (device_presence::losses() < 2 && counter_ms() < lost_at + patience_ms) {
         Sleep(5);
     }
     EXPECT_TRUE(device_presence::losses() == 2 && !device_presence::present());
-    EXPECT_EQ(config_.stream_after(1), config_.stream);
-    EXPECT_EQ(config_.stream_after(3), L"C:\\other.dv");
+    EXPECT_TRUE(config_.stream_after(1) == config_.stream && config_.stream_after(3) == L"C:\\other.dv");
     device_presence::enter("another");
     EXPECT_TRUE(device_presence::present());
 }

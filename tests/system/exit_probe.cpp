@@ -24,9 +24,7 @@ int main(int argc, char** argv) {
     while (way == "gone" && dvFE.cameraState().state != dvCameraState::gone) {
         Sleep(10);
     }
-    if (way == "gone") {
-        Sleep(400); // the camera is being opened
-    }
+    Sleep(way == "gone" ? 400 : 0); // by then the camera is being opened
     if (way == "killed") {
         TerminateProcess(GetCurrentProcess(), 43);
     }
