@@ -11,12 +11,17 @@ namespace {
 const uint64_t most_in_memory = uint64_t{512} << 20;
 const DWORD patience_ms = 2000;
 
-std::shared_ptr<dv_stream> opened(const camera_config& config) {
+std::shared_ptr<dv_stream> opened(const std::wstring& path) {
     auto stream = std::make_shared<dv_stream>();
-    if (!config.stream.empty()) {
-        stream->open(config.stream);
+    if (!path.empty()) {
+        stream->open(path);
     }
     return stream;
+}
+
+std::wstring current_stream(const camera_config& config) {
+    device_presence::enter(config.scenario);
+    return config.stream_after(device_presence::losses());
 }
 
 } // namespace
@@ -25,8 +30,13 @@ const CLSID camera::clsid = {0x3B4B0D33, 0xD763, 0x4A47, {0xAC, 0x4F, 0x15, 0x63
 const wchar_t* const camera::friendly_name = L"Simulated DV Camera";
 
 camera::camera(const camera_config& config)
-    : base_filter(clsid), config_(config), stream_(opened(config)),
-      output_(*this, stream_->system() ? *stream_->system() : dv_system::pal_system()) {}
+    : base_filter(clsid), config_(config), stream_path_(current_stream(config)),
+      stream_(opened(stream_path_)),
+      output_(*this, stream_->system() ? *stream_->system() : dv_system::pal_system()) {
+    if (device_presence::losses() > 0) {
+        Sleep(config.open_ms);
+    }
+}
 
 camera::~camera() {
     if (!end_feed()) {
@@ -37,7 +47,7 @@ camera::~camera() {
 HRESULT camera::open_stream() {
     if (!stream_->system()) {
         const HRESULT result =
-            config_.stream.empty() ? HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) : stream_->open(config_.stream);
+            stream_path_.empty() ? HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) : stream_->open(stream_path_);
         if (FAILED(result)) {
             return result;
         }

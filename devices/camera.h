@@ -15,7 +15,8 @@ namespace devices {
 /// While paused it shows nothing (VFW_S_CANT_CUE); frames are counted from 0 at every start from the stopped
 /// state.
 ///
-/// The configuration is read when the camera is made. Without a usable stream the pin offers PAL and every
+/// The configuration is read when the camera is made, and the stream is the one after the losses so far.
+/// Without a usable stream the pin offers PAL and every
 /// start fails with the reason that the file gives. While the device is lost, starting fails with
 /// HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED); a loss is reported to the graph by EC_DEVICE_LOST.
 class camera final : public base_filter {
@@ -42,6 +43,7 @@ private:
     HRESULT open_stream();
 
     const camera_config config_;
+    const std::wstring stream_path_;
     std::shared_ptr<dv_stream> stream_;
     camera_pin output_;
     std::unique_ptr<camera_feed> feed_; // between start and stop; empty when the pin is not connected

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -162,19 +163,25 @@ bool camera_config::set(std::string_view key, std::string_view value, const std:
         return true;
     }
     if (key == "lose") {
-        uint64_t frame = 0;
-        if (!read_number<uint64_t>(value, frame, 0, last_frame)) {
+        loss entry{};
+        uint32_t ms = 0;
+        const bool returns = split(value, ':', value, left);
+        if (returns && split(left, ':', left, right)) {
+            entry.stream = full_path(right, folder);
+        }
+        if (!read_number<uint64_t>(value, entry.frame, 0, last_frame) ||
+            (returns && !read_number<uint32_t>(left, ms, 0, longest_ms))) {
             return false;
         }
-        lose = frame;
+        entry.return_ms = returns ? std::optional(ms) : std::nullopt;
+        losses.push_back(entry);
         return true;
     }
-    if (key == "return") {
-        uint32_t ms = 0;
-        if (!read_number<uint32_t>(value, ms, 0, longest_ms)) {
-            return false;
-        }
-        return_ms = ms;
+    if (key == "open") {
+        return read_number<uint32_t>(value, open_ms, 0, longest_ms);
+    }
+    if (key == "scenario") {
+        scenario = value;
         return true;
     }
     return false;
@@ -187,6 +194,14 @@ bool camera_config::drops_frame(uint64_t frame) const {
         }
     }
     return false;
+}
+
+const std::wstring& camera_config::stream_after(size_t lost) const {
+    const std::wstring* now = &stream;
+    for (size_t index = 0; index < std::min(lost, losses.size()); ++index) {
+        now = losses[index].stream.empty() ? now : &losses[index].stream;
+    }
+    return *now;
 }
 
 uint64_t camera_config::stall_before(uint64_t frame) const {

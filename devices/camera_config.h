@@ -14,7 +14,8 @@ namespace devices {
 /// or after a blank begins a comment.
 ///
 /// Frames are counted by the camera's deliveries: 0 is the first frame period after the start, and a period
-/// whose frame is dropped counts as well.
+/// whose frame is dropped counts as well. The losses come in the order of their lines, the next one counted
+/// from the start that follows the one before.
 ///
 /// | key | value | meaning |
 /// |---|---|---|
@@ -23,8 +24,10 @@ namespace devices {
 /// | burst | count | so many frames at once, then so many periods' pause; 1 to 1000 |
 /// | stall | frame:ms | pause before this frame; repeatable |
 /// | drop | from-to | these frames are skipped, their time passes; repeatable |
-/// | lose | frame | the device is gone when this frame is due |
-/// | return | ms | and comes back so much later; without the key, never |
+/// | lose | frame:ms:stream | the device is gone when this frame is due, and back so much later (left out: |
+/// | | | never) with this stream (left out: the same); repeatable |
+/// | open | ms | making the camera takes so long when it was lost before |
+/// | scenario | text | another one than before begins the losses anew within one process |
 /// | log | path | where every delivered frame gets its line, relative to the text file |
 /// | devices | count | how many cameras are registered; 1 to 16 |
 struct camera_config {
@@ -37,13 +40,20 @@ struct camera_config {
         uint64_t to; ///< inclusive
     };
 
+    struct loss {
+        uint64_t frame;
+        std::optional<uint32_t> return_ms;
+        std::wstring stream; ///< full path, or empty
+    };
+
     std::wstring stream; ///< full path, or empty
     double speed = 1;
     uint32_t burst = 1;
     std::vector<stall> stalls;
     std::vector<range> drops;
-    std::optional<uint64_t> lose;
-    std::optional<uint32_t> return_ms;
+    std::vector<loss> losses;
+    uint32_t open_ms = 0;
+    std::string scenario;
     std::wstring log; ///< full path, or empty
     uint32_t devices = 1;
 
@@ -60,6 +70,8 @@ struct camera_config {
     bool drops_frame(uint64_t frame) const;
     /// The pause before a frame in ms; 0 is none.
     uint64_t stall_before(uint64_t frame) const;
+    /// The full path of the stream that is played after so many losses, or empty.
+    const std::wstring& stream_after(size_t lost) const;
 
 private:
     bool set(std::string_view key, std::string_view value, const std::wstring& folder);

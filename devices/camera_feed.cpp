@@ -128,8 +128,9 @@ void camera_feed::deliver_while_running() {
     const REFERENCE_TIME begin = std::max(now(), start) - offset_of(frame_);
     REFERENCE_TIME stalled = 0;
     while (current_order() == order::run) {
-        if (config_.lose && frame_ == *config_.lose && device_presence::lose(config_.return_ms)) {
-            lose_device();
+        if (const size_t lost = device_presence::losses();
+            lost < config_.losses.size() && frame_ == config_.losses[lost].frame) {
+            lose_device(config_.losses[lost].return_ms);
             return;
         }
         stalled += static_cast<REFERENCE_TIME>(config_.stall_before(frame_)) * millisecond;
@@ -181,8 +182,10 @@ bool camera_feed::deliver(uint64_t frame, REFERENCE_TIME start, REFERENCE_TIME e
     return result == S_OK;
 }
 
-void camera_feed::lose_device() {
-    write_log("# device lost before frame %llu\n", static_cast<unsigned long long>(frame_));
+void camera_feed::lose_device(std::optional<uint32_t> return_ms) {
+    device_presence::lose(return_ms);
+    write_log("# device lost before frame %llu at %.3f\n", static_cast<unsigned long long>(frame_),
+              performance_seconds() * 1000);
     report_(false);
     bool told = false;
     while (current_order() != order::stop) {

@@ -55,7 +55,7 @@ private:
     void deliver_until_stopped();
     void deliver_while_running();
     bool deliver(uint64_t frame, REFERENCE_TIME start, REFERENCE_TIME end);
-    void lose_device();
+    void lose_device(std::optional<uint32_t> return_ms);
     void write_log(const char* format, ...);
 
     order current_order();

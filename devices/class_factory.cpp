@@ -70,10 +70,13 @@ HRESULT class_factory::CreateInstance(IUnknown* outer, REFIID iid, void** out) {
     if (outer) {
         return CLASS_E_NOAGGREGATION;
     }
-    if (clsid_ == camera::clsid && !device_presence::present()) {
-        return device_presence::lost_error;
-    }
     try {
+        if (clsid_ == camera::clsid) {
+            device_presence::enter(camera_config::load(camera_config::location()).scenario);
+            if (!device_presence::present()) {
+                return device_presence::lost_error;
+            }
+        }
         base_filter* made = find(clsid_)->make();
         const HRESULT result = made->QueryInterface(iid, out);
         made->Release();

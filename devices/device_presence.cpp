@@ -8,8 +8,9 @@ namespace devices {
 
 namespace {
 
-lock presence_lock; // guards the two below
-bool was_lost = false;
+lock presence_lock; // guards the three below
+std::string current_scenario;
+size_t times_lost = 0;
 std::optional<ULONGLONG> returns_at;
 
 } // namespace
@@ -20,21 +21,28 @@ bool device_presence::present() {
     return returns_in() == 0u;
 }
 
-bool device_presence::lose(std::optional<uint32_t> return_ms) {
+void device_presence::enter(const std::string& scenario) {
     guard held(presence_lock);
-    if (was_lost) {
-        return false;
+    if (scenario != current_scenario) {
+        current_scenario = scenario;
+        times_lost = 0;
     }
-    was_lost = true;
-    if (return_ms) {
-        returns_at = GetTickCount64() + *return_ms;
-    }
-    return true;
+}
+
+size_t device_presence::losses() {
+    guard held(presence_lock);
+    return times_lost;
+}
+
+void device_presence::lose(std::optional<uint32_t> return_ms) {
+    guard held(presence_lock);
+    ++times_lost;
+    returns_at = return_ms ? std::optional(GetTickCount64() + *return_ms) : std::nullopt;
 }
 
 std::optional<uint32_t> device_presence::returns_in() {
     guard held(presence_lock);
-    if (!was_lost) {
+    if (times_lost == 0) {
         return 0u;
     }
     if (!returns_at) {

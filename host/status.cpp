@@ -15,6 +15,21 @@ double number(std::uint64_t frame) {
     return static_cast<double>(static_cast<std::int64_t>(frame));
 }
 
+/// What is wrong with the camera, as the end of a line; nothing while frames come.
+std::string cameraText(const dvCameraState& camera) {
+    const std::string seconds = " for " + std::to_string(camera.since_ms / 1000) + " s";
+    switch (camera.state) {
+    case dvCameraState::silent:
+        return ", CAMERA SENDS NOTHING" + seconds;
+    case dvCameraState::gone:
+        return ", CAMERA GONE" + seconds;
+    case dvCameraState::changed:
+        return ", ANOTHER CAMERA FORMAT: start the video again (V, V)";
+    default:
+        return {};
+    }
+}
+
 constexpr NamedValue values[] = {
     {"newest", [](const Status& s) { return static_cast<double>(s.newest()); }},
     {"written", [](const Status& s) { return static_cast<double>(s.written()); }},
@@ -33,6 +48,7 @@ constexpr NamedValue values[] = {
     {"framesize", [](const Status& s) { return static_cast<double>(s.frameSize); }},
     {"time", [](const Status& s) { return static_cast<double>(s.time_ms); }},
     {"rawtime", [](const Status& s) { return static_cast<double>(s.rawTime_ms); }},
+    {"camera", [](const Status& s) { return static_cast<double>(s.camera.state); }},
     {"result", [](const Status& s) { return s.result ? 1.0 : 0.0; }},
     {"info.frame", [](const Status& s) { return number(s.info.frame); }},
     {"info.from", [](const Status& s) { return number(s.info.from); }},
@@ -71,7 +87,7 @@ std::string Status::line() const {
         text += missing != 0 ? ", " + std::to_string(missing) + " FRAMES MISSING" : "";
         text += record.failing ? ", RECORDING FAILS" : "";
     }
-    return text;
+    return text + cameraText(camera);
 }
 
 } // namespace host

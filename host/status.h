@@ -27,6 +27,7 @@ struct Status {
     bool result = true;   ///< of the last command
     record_status record; ///< the recording's frames
     play_info info;       ///< the last progress record
+    dvCameraState camera;
 
     /// The newest captured frame, -1 for none.
     long long newest() const { return captured - 1; }

@@ -224,6 +224,7 @@ Status Transport::status() const {
     now.rawTime_ms = dvFE.getRawTime();
     now.result = result_;
     now.info = info_;
+    now.camera = dvFE.cameraState();
     return now;
 }
 

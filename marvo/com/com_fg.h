@@ -11,7 +11,7 @@ namespace vwin {
 /// A DirectShow filter graph: made by init(), filled by add() and addSource(), connected, run, and taken
 /// apart by done(). It counts as built while the graph builder is held.
 ///
-/// Threads: driven from one thread, the host's; no lock of its own. init() initialises COM on the calling
+/// Threads: driven from one thread at a time; no lock of its own. init() initialises COM on the calling
 /// thread in the multithreaded mode and never uninitialises it; a thread already in another mode is used as
 /// it is. No graph may be made while the library is being loaded: its creation would wait for the loader.
 ///

@@ -48,7 +48,8 @@ std::string inWords(record_event event, unsigned long long frame, unsigned long 
 dvFrontEnd dvFE;
 
 dvFrontEnd::dvFrontEnd()
-    : vwin::vWidget(L"VIDEOFRAME", widgetStyle), capture_(log_), play_(log_, settings_), recInfoLock_(1, 1) {
+    : vwin::vWidget(L"VIDEOFRAME", widgetStyle), capture_(log_), play_(log_, settings_), recInfoLock_(1, 1),
+      cameraWatch_(capture_, play_.filter(), log_, *this) {
     show(false);
     videoWidget_.hide(true);
     setEraseBackground(false);
@@ -61,6 +62,7 @@ dvFrontEnd::dvFrontEnd()
     settingsFiles_.readInto(settings_);
     log_.writeSuppressible(settings_.logging);
     setDeinterlace(settings_.deinterlace);
+    setReconnect(settings_.reconnect);
     if (settings_.maxFilesize_frames) {
         setMaxFilesize(*settings_.maxFilesize_frames);
     }
@@ -97,12 +99,12 @@ bool dvFrontEnd::onError(const wchar_t* text) {
 
 void dvFrontEnd::done() {
     takeApart();
-    hold_.letGo();
+    settle(true);
 }
 
 /// The last act of every command that may have taken the engine apart.
 bool dvFrontEnd::settle(bool result) {
-    if (!capture_.built() && !play_.built()) {
+    if (!capture_.built() && !play_.built() && !cameraWatch_.running()) {
         hold_.letGo();
     }
     return result;
@@ -111,13 +113,16 @@ bool dvFrontEnd::settle(bool result) {
 bool dvFrontEnd::build(HWND window) {
     log("init", true);
     const frontend::Log::Scope scope(log_);
-    if (capture_.built()) {
+    if (capture_.built() && !cameraWatch_.changed()) {
         return present(window);
     }
-    if (play_.built()) {
+    if (capture_.built() || play_.built()) {
         takeApart();
     }
     hold_.take();
+    if (!cameraWatch_.end()) {
+        return refuse(L"no video - init - 1");
+    }
     setWindow(window);
     initRecord();
     frontend::BuildStep failed = capture_.build(settings_.input, settings_.maxRecFrames);
@@ -133,6 +138,7 @@ bool dvFrontEnd::build(HWND window) {
         return giveUp(failed);
     }
     runPlay(window);
+    cameraWatch_.begin(settings_.input);
     return true;
 }
 
@@ -181,16 +187,25 @@ bool dvFrontEnd::refuse(const wchar_t* text) {
 void dvFrontEnd::takeApart() {
     log("done", false);
     const frontend::Log::Scope scope(log_);
+    const bool captureIsFree = cameraWatch_.end();
     if (initialised_) {
         play_.revoke();
+    }
+    if (captureIsFree && initialised_) {
         capture_.revoke();
     }
     play_.endFilter();
     recFilter().done();
-    capture_.closeFilters();
+    if (captureIsFree) {
+        capture_.closeFilters();
+    }
     play_.closeFilters();
     play_.release(false);
-    capture_.release(false);
+    if (captureIsFree) {
+        capture_.release(false);
+    } else {
+        capture_.abandon();
+    }
     hide(true);
     initialised_ = false;
 }
@@ -442,6 +457,15 @@ void dvFrontEnd::setMaxFilesize(unsigned long frames) {
 void dvFrontEnd::setDeinterlace(bool on) {
     log(on ? "marvo set deinterlacing on" : "marvo set deinterlacing off", true);
     settings_.deinterlace = on;
+}
+
+dvCameraState dvFrontEnd::cameraState() const {
+    return cameraWatch_.state();
+}
+
+void dvFrontEnd::setReconnect(bool on) {
+    settings_.reconnect = on;
+    cameraWatch_.reconnect(on);
 }
 
 HWND dvFrontEnd::setInfoDrain(HWND window, unsigned message, play_info* info) {

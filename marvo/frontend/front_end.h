@@ -4,6 +4,8 @@
 
 #include "marvo/core/semaphore.h"
 #include "marvo/frontend/build_step.h"
+#include "marvo/frontend/camera_state.h"
+#include "marvo/frontend/camera_watch.h"
 #include "marvo/frontend/capture_graph.h"
 #include "marvo/frontend/elements.h"
 #include "marvo/frontend/library_hold.h"
@@ -34,6 +36,7 @@
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
 /// is not an error: the value is read anyway. `onRecInfo`, `onRecError` and `onRecEnd` are called on the
 /// frame store's writer thread.
+/// While an engine with a capture graph is built, the camera watch has a thread of its own.
 ///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
@@ -55,10 +58,10 @@ public:
     /// Builds and runs both graphs and shows the live picture in `window`. Waits up to 5 s for the first
     /// captured frames; none is no failure. A null window, or one that the picture cannot be put into, is
     /// none either: capture runs, and the picture is hidden until `showWindow`. When the capture graph is
-    /// built already, as `showWindow`. The flag is reserved. False when a step fails: everything is released,
-    /// and `onError` is called once with "no video - init - <step>" (the numbers are those of
-    /// `frontend::BuildStep`; 7 also for a ring of 0 frames), or, without a capture device, the log says so
-    /// and `onError` is not called.
+    /// built already, as `showWindow`, unless the camera came back with another format. The flag is reserved.
+    /// False when a step fails: everything is released, and `onError` is called once with "no video - init -
+    /// <step>" (the numbers are those of `frontend::BuildStep`; 7 also for a ring of 0 frames), or, without a
+    /// capture device, the log says so and `onError` is not called.
     bool init(HWND window, bool flag);
 
     /// Builds a play graph alone, which replays frames `from` to `to` of the recording `name` in `window`;
@@ -77,8 +80,10 @@ public:
     bool initRecord();
 
     /// Ends the filters' threads, the recording and the replay, frees the rings, releases both graphs and
-    /// hides the video. Harmless when nothing is built. When the host has given up the library before, it is
-    /// unloaded as soon as this call has returned; the object must then not be touched any more.
+    /// hides the video. Harmless when nothing is built. A camera that is just being opened again is waited
+    /// for, up to three seconds: one that has not answered by then keeps its capture graph and the library
+    /// until it does, and so long `init` fails. When the host has given up the library before, it is unloaded
+    /// as soon as this call has returned; the object must then not be touched any more.
     void done();
 
     /// Logs "error" and takes everything apart. Always false.
@@ -194,6 +199,28 @@ public:
     HWND setInfoDrain(HWND window, unsigned message, play_info* info);
 
     /// @}
+    /// @name Camera
+    /// Signals, emitted on the camera watch's thread while the engine is built; their receivers may call any
+    /// query and every command but `done`, `init` and `playinit`, which wait for that thread:
+    /// - "cameraLost" (newest frame, 8 bytes): the device is gone or has failed. Picture, ring and recording
+    ///   are kept, replay goes on, and live shows the last picture.
+    /// - "cameraStalled" (newest frame, 8 bytes): no frame has come for a second, but nothing says that the
+    ///   device is gone.
+    /// - "cameraBack" (first new frame, 8 bytes; gap in ms, 4 bytes): frames come again, under the numbers
+    /// that
+    ///   follow and into the same recording.
+    /// - "cameraChanged" (bytes of its frames, 4 bytes): the device is back with another frame size or rate.
+    ///   The recording is completed, replay goes on, and nothing is captured until the next `init`, which
+    ///   then builds everything anew. A receiver posts that to the host's thread.
+    /// @{
+
+    /// How the camera is, for how long, and how often it was lost. From any thread.
+    dvCameraState cameraState() const;
+    /// Whether a camera that was gone is taken up again by itself. When not, a loss is told all the same, and
+    /// `done` and `init` bring the camera back.
+    void setReconnect(bool on);
+
+    /// @}
     /// @name Status
     /// @{
 
@@ -290,6 +317,7 @@ private:
     frontend::Elements elements_;
     HWND hostWindow_ = nullptr;
     frontend::MarkerClock markerClock_;
+    frontend::CameraWatch cameraWatch_;
 };
 
 /// The front end of this process, made when the library is loaded.

@@ -28,6 +28,8 @@ inline constexpr SettingRow settingTable[] = {
     {L"dv.playdelay", &Settings::playDelay_ms,
      "milliseconds between loading and starting a replay, as with `setPlayDelay`"},
     {L"dv.input", &Settings::input, "number of the capture device, as with `setInput`"},
+    {L"dv.reconnect", &Settings::reconnect,
+     "whether a camera that was gone is taken up again by itself, as with `setReconnect`"},
     {L"dv.file", &Settings::recFile,
      "file for recording and replay; temp.dv means: on the fixed drive with the most free space"},
     {L"video.deinterlace", &Settings::deinterlace,

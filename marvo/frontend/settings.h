@@ -17,6 +17,7 @@ struct Settings {
     int playDelay_ms = 100;                          ///< between loading and starting a replay
     bool logging = true;                             ///< suppressible log lines are written
     bool control = true;                             ///< markers are interpreted
+    bool reconnect = true;                           ///< a camera that was gone is taken up again
     int videoFilter = -1;                            ///< 1: deinterlacing is switched off in the renderer
     bool deinterlace = false;                        ///< the mixing renderer is used and asked for it
     unsigned long maxPlayFrames = 50;                ///< frames a replay may hold in memory

@@ -215,6 +215,7 @@ bool dvFrameStore::openRecording(const wchar_t* name, unsigned long frameSize, s
     }
     std::wstring fileName = name;
     std::wstring path = fullPath(name).oleStr();
+    endAsked_ = false;
     // The thread begins with waiting for this lock.
     vcore::timed_guard lock(storeLock(), commandWait_ms);
     if (!start()) {
@@ -298,7 +299,7 @@ void dvFrameStore::run() {
 }
 
 bool dvFrameStore::writerShallEnd(unsigned long long backlog) const {
-    return stop_.asked() && (backlog == 0 || abandonBacklog_);
+    return ending() && (backlog == 0 || abandonBacklog_);
 }
 
 /// Frames captured from now on belong to no recording; without this bound a camera that is as fast as the
@@ -316,7 +317,7 @@ void dvFrameStore::writeBacklog(unsigned long ringFrames) {
     for (;;) {
         flushIfAsked();
         askDriveSpace();
-        if (stop_.asked() && end == ~0ull) {
+        if (ending() && end == ~0ull) {
             end = endOfRecording();
         }
         const unsigned long long newest = ring_.inPos() < end ? ring_.inPos() : end;

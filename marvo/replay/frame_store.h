@@ -137,6 +137,11 @@ public:
     /// up for longer completes its file when the disk answers, or at the next start.
     void stopRecord();
 
+    /// Has the writer take what was captured by now, complete the file and end, without waiting for it;
+    /// frames captured later belong to no recording. From any thread, beside any command. `stopRecord` may
+    /// follow.
+    void endRecord() { endAsked_ = true; }
+
     /// Empties the ring and starts again at number 0. Prints "flush record" on standard output.
     void flush();
 
@@ -170,6 +175,7 @@ private:
     void endWriter();
     void resetRing() MARVO_REQUIRES(storeLock());
     unsigned long long endOfRecording();
+    bool ending() const { return stop_.asked() || endAsked_; }
     bool writerShallEnd(unsigned long long backlog) const;
     void writeBacklog(unsigned long ringFrames);
     Taken stageFrame();
@@ -189,6 +195,8 @@ private:
     StopFlag stop_;
     /// Set when the writer has used up the time for its last frames.
     std::atomic<bool> abandonBacklog_ = false;
+    /// Asks the writer to complete the recording; without a recording it means nothing.
+    std::atomic<bool> endAsked_ = false;
     /// Asks the writer to flush the file; `flushed_` is the answer.
     std::atomic<bool> flushAsked_ = false;
     vcore::event flushed_;

@@ -80,6 +80,7 @@ bool dvRecFilter::receive(vvideo::dvInputPin*, IMediaSample* sample) {
     if (!sample || done_) {
         return false;
     }
+    arrivals_.note();
     bool paused = false;
     {
         vcore::timed_guard lock(filterLock(), lockWait_ms);

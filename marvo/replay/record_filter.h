@@ -4,6 +4,7 @@
 
 #include "marvo/core/semaphore.h"
 #include "marvo/core/thread_annotations.h"
+#include "marvo/replay/arrivals.h"
 #include "marvo/replay/frame_store.h"
 #include "marvo/video/base_filter.h"
 #include "marvo/video/input_pin.h"
@@ -16,10 +17,11 @@
 /// under the next number, unless recording is paused, and passed on unchanged, marked for immediate display,
 /// through the pin "Preview". Owns the frame store.
 ///
-/// Threads: `receive` on the capture device's streaming thread, everything else on the host's. The filter
-/// lock (this object's semaphore) guards the flags and the counter; the receive lock is held while one sample
-/// is stored and passed on, and the store's locks are taken inside it. A timed wait that runs out is not an
-/// error.
+/// Threads: `receive` on the capture device's streaming thread; connecting on the thread that builds the
+/// graph, which may be another one later, and `getMediaType` not beside it; everything else on the host's.
+/// The filter lock (this object's semaphore) guards the flags and the counter; the receive lock is held while
+/// one sample is stored and passed on, and the store's locks are taken inside it. A timed wait that runs out
+/// is not an error.
 class MARVO_API dvRecFilter : public vvideo::dvBaseFilter, public vvideo::dvSink, public vcore::semaphore {
 public:
     dvRecFilter();
@@ -45,6 +47,9 @@ public:
 
     /// Samples received since the last call; the counter starts again at 0.
     unsigned long frameCount();
+
+    /// When samples came, also those that were not stored.
+    Arrivals& arrivals() { return arrivals_; }
 
     /// Copies the input pin's connection media type into `type`, whose former content is not freed.
     void getMediaType(_AMMediaType& type);
@@ -76,6 +81,7 @@ private:
     const vcore::semaphore& filterLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
 
     dvFrameStore store_;
+    Arrivals arrivals_;
     vcore::semaphore receiveLock_;
     std::unique_ptr<vvideo::dvInputPin> input_;
     std::unique_ptr<vvideo::dvOutputPin> preview_;

@@ -175,9 +175,13 @@ TEST_F(camera_test, stops_while_downstream_keeps_all_buffers_or_does_not_come_ba
     }
 }
 
-TEST_F(camera_test, is_lost_once_and_comes_back) {
-    config_.lose = 4;
-    config_.return_ms = 1500;
+TEST_F(camera_test, is_lost_as_often_as_told_and_comes_back) {
+    config_ = camera_config::parse("lose = 4:1500\nlose=2:90000:C:\\other.dv\nlose = 3\nlose = x:1\n", L"",
+                                   "the refused line is the test's");
+    ASSERT_EQ(config_.losses.size(), 3u);
+    EXPECT_TRUE(config_.losses[1].stream == L"C:\\other.dv" && !config_.losses[2].return_ms);
+    config_.stream = folder_.path("clip.dv");
+    config_.speed = 10;
     graph graph;
     build(graph);
     ASSERT_EQ(graph.run(), S_OK);
@@ -202,6 +206,12 @@ TEST_F(camera_test, is_lost_once_and_comes_back) {
     }
     EXPECT_GT(counter_ms() - lost_at, 1450) << "the system's ticks are coarse";
     ASSERT_EQ(graph.run(), S_OK);
-    const auto came = marks(sink_->wait_for(4 + 10)); // beyond the frame at which it went
-    EXPECT_EQ(std::vector<int>(came.begin() + 4, came.begin() + 7), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(marks(sink_->wait_for(4 + 2)), (std::vector{0, 1, 2, 3, 0, 1}));
+    while (device_presence::losses() < 2 && counter_ms() < lost_at + patience_ms) {
+        Sleep(5);
+    }
+    EXPECT_TRUE(device_presence::losses() == 2 && !device_presence::present());
+    EXPECT_TRUE(config_.stream_after(1) == config_.stream && config_.stream_after(3) == L"C:\\other.dv");
+    device_presence::enter("another");
+    EXPECT_TRUE(device_presence::present());
 }

@@ -51,7 +51,7 @@ TEST_F(Cycles, ManyOnABusyMachineLeaveNothingBehind) {
     constexpr int warmUp = 8;
     constexpr int cycles = 50;
     const samples::Com com;
-    const int systems = systemsHandlesPerCycle() * (cycles - warmUp);
+    const int systems = systemsHandlesPerCycle(2) * (cycles - warmUp);
     dvFE.setPlayDelay(10);
     Footprint settled;
     {

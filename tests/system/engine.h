@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
@@ -55,7 +56,9 @@ protected:
         char folder[MAX_PATH];
         GetCurrentDirectoryA(sizeof(folder), folder);
         const std::string file = std::string(folder) + "\\camera.txt";
-        std::ofstream(file) << "stream = " << streamPath(stream) << "\n" << faults;
+        static int scenario = 0;
+        std::ofstream(file) << "stream = " << streamPath(stream) << "\nscenario = " << ++scenario << "\n"
+                            << faults;
         SetEnvironmentVariableA("MARVO_CAMERA", file.c_str());
     }
 
@@ -153,35 +156,44 @@ protected:
         return frames;
     }
 
+    /// Which frames of the stream a recording holds.
+    static std::vector<size_t> recordedFrames(const std::string& recording, const std::string& stream,
+                                              size_t frameSize) {
+        std::map<std::string, size_t> place;
+        for (const auto& frame : readFrames(streamPath(stream), frameSize, 0, frameSize)) {
+            place.emplace(frame, place.size());
+        }
+        std::vector<size_t> frames;
+        for (const auto& frame :
+             recording.find(".avi") != std::string::npos
+                 ? readAviFrames(recording, frameSize)
+                 : readFrames(recording, (frameSize + 8 + 511) / 512 * 512, 8, frameSize)) {
+            frames.push_back(place.count(frame) ? place[frame] : ~size_t{0});
+        }
+        return frames;
+    }
+
     /// Checks that a recording holds `least` or more frames of the stream, one behind the other as the camera
     /// sent them. Returns the number of frames.
     static size_t expectRecordingFollows(const std::string& recording, const std::string& stream,
                                          size_t frameSize, size_t least) {
-        const size_t recordSize = (frameSize + 8 + 511) / 512 * 512;
-        const bool isAvi = recording.find(".avi") != std::string::npos;
-        const auto recorded =
-            isAvi ? readAviFrames(recording, frameSize) : readFrames(recording, recordSize, 8, frameSize);
-        const auto source = readFrames(streamPath(stream), frameSize, 0, frameSize);
-        std::map<std::string, size_t> place;
-        for (size_t i = 0; i < source.size(); ++i) {
-            place.emplace(source[i], i);
+        const auto frames = recordedFrames(recording, stream, frameSize);
+        const size_t length = std::filesystem::file_size(streamPath(stream)) / frameSize;
+        EXPECT_GE(frames.size(), least);
+        for (size_t k = 1; k < frames.size(); ++k) {
+            EXPECT_EQ(frames[k], (frames[k - 1] + 1) % length) << k;
         }
-        EXPECT_EQ(place.size(), source.size()) << "every frame of a test stream differs";
-        EXPECT_GE(recorded.size(), least);
-        size_t expected = source.size();
-        for (size_t k = 0; k < recorded.size(); ++k) {
-            const auto found = place.find(recorded[k]);
-            if (found == place.end()) {
-                ADD_FAILURE() << "frame " << k << " is none of the camera's";
-                break;
-            }
-            if (expected != source.size() && found->second != expected) {
-                ADD_FAILURE() << "frame " << k << " is the camera's " << found->second << ", not "
-                              << expected;
-            }
-            expected = (found->second + 1) % source.size();
+        return frames.size();
+    }
+
+    /// Checks that the frames shown are those of a loop from `from` to `to`, each for any number of ticks.
+    static void expectLoop(const std::vector<unsigned long long>& shown, unsigned long long from,
+                           unsigned long long to) {
+        for (size_t i = 1; i < shown.size(); ++i) {
+            EXPECT_TRUE(shown[i] == shown[i - 1] ||
+                        shown[i] == (shown[i - 1] == to ? from : shown[i - 1] + 1))
+                << shown[i - 1] << " to " << shown[i];
         }
-        return recorded.size();
     }
 
     /// What the engine has logged since the test began.

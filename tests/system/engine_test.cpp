@@ -31,12 +31,7 @@ protected:
         dvFE.resume();
 
         ASSERT_TRUE(dvFE.replay(10, 29, nullptr));
-        auto frames = ticksUntilShown(20);
-        for (size_t i = 1; i < frames.size(); ++i) {
-            EXPECT_TRUE(frames[i] == frames[i - 1] ||
-                        frames[i] == (frames[i - 1] == 29 ? 10u : frames[i - 1] + 1))
-                << frames[i - 1] << " to " << frames[i];
-        }
+        expectLoop(ticksUntilShown(20), 10, 29);
         dvFE.setSpeed(-0.5);
         ticksUntilShown(20);
 
@@ -69,16 +64,6 @@ TEST_F(WholeRun, Ntsc) {
 
 class Commands : public Engine {};
 
-TEST_F(Commands, ASecondInitOnlyShowsTheVideo) {
-    ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(captured(20));
-    ASSERT_TRUE(dvFE.init(window, false));
-    EXPECT_GE(dvFE.lastFrame(), 20u) << "the graphs went on";
-    EXPECT_TRUE(dvFE.reinit(window));
-    EXPECT_TRUE(dvFE.setSize(360, 288));
-    EXPECT_TRUE(dvFE.setPos(10, 10));
-}
-
 TEST_F(Commands, ThePictureIsInTheHostsWindow) {
     ASSERT_TRUE(dvFE.init(window, false));
     ASSERT_TRUE(captured(10));
@@ -93,6 +78,9 @@ TEST_F(Commands, ThePictureIsInTheHostsWindow) {
         return colours.size() > 20;
     })) << "a moving test picture has many colours";
     ReleaseDC(window, dc);
+    ASSERT_TRUE(dvFE.init(window, false));
+    EXPECT_GE(dvFE.lastFrame(), 10u) << "a second init only shows the video";
+    EXPECT_TRUE(dvFE.reinit(window) && dvFE.setSize(360, 288) && dvFE.setPos(10, 10));
     const HWND none = reinterpret_cast<HWND>(0x7ffe);
     EXPECT_FALSE(dvFE.showWindow(none) || dvFE.init(none, false));
     EXPECT_TRUE(dvFE.visible()) << "the picture stays where it was";

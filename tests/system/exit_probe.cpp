@@ -1,6 +1,6 @@
-/// A host that ends while the engine records: by return, by exit, killed, or without ever having touched COM.
-/// The exit code says that it got that far (42, killed 43); a hang or a fault at the end shows as another
-/// one.
+/// A host that ends while the engine records: by return, by exit, killed, while a camera that was gone is
+/// being opened, or without ever having touched COM. The exit code says that it got that far (42, killed 43);
+/// a hang or a fault at the end shows as another one.
 
 #include "marvo.h"
 
@@ -21,6 +21,10 @@ int main(int argc, char** argv) {
         Sleep(10);
     }
     dvFE.replay(0, 9, nullptr);
+    while (way == "gone" && dvFE.cameraState().state != dvCameraState::gone) {
+        Sleep(10);
+    }
+    Sleep(way == "gone" ? 400 : 0); // by then the camera is being opened
     if (way == "killed") {
         TerminateProcess(GetCurrentProcess(), 43);
     }

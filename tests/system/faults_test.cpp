@@ -22,26 +22,6 @@ TEST_F(Faults, ACameraWithoutPictureIsNoFailure) {
     EXPECT_NE(log().find("init result: 0 frames captured at 5000 msec"), std::string::npos);
 }
 
-TEST_F(Faults, TheCameraDisappearsWhileRecording) {
-    useCamera("pal.dv", "lose = 120\nreturn = 500\n");
-    ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(dvFE.startRecord(nullptr));
-    ASSERT_TRUE(captured(20));
-    unsigned long long newest = 0;
-    do {
-        newest = dvFE.lastFrame();
-        pump(2000);
-    } while (dvFE.lastFrame() != newest);
-    EXPECT_LT(newest, 120u) << "the camera is gone";
-    EXPECT_TRUE(pumpUntil([&] { return dvFE.writtenFrame() == newest; })) << "what was captured is written";
-    EXPECT_TRUE(dvFE.replay(0, 9, nullptr)) << "replay goes on without a camera";
-    dvFE.stopRecord();
-    dvFE.done();
-    EXPECT_EQ(expectRecordingFollows("system_test.dv", "pal.dv", 144000, 20), newest);
-    ASSERT_TRUE(dvFE.init(window, false)) << "the camera is back";
-    EXPECT_TRUE(captured(10));
-}
-
 TEST_F(Faults, StallsBurstsAndDropsLoseNothing) {
     useCamera("pal.dv", "burst = 10\nstall = 40:600\n");
     ASSERT_TRUE(dvFE.init(window, false));

@@ -55,7 +55,8 @@ protected:
 };
 
 TEST_F(Process, EndsWithoutDone) {
-    for (const char* way : {"return", "exit", "no-com"}) {
+    useCamera("pal.dv", "lose = 60:0\nopen = 5000\n");
+    for (const char* way : {"return", "exit", "no-com", "gone"}) {
         EXPECT_EQ(probe(way), 42) << way;
     }
 }
