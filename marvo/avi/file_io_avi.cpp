@@ -83,6 +83,10 @@ int FileIOAVI::readFrame(char* buffer, unsigned long bufferSize, unsigned long f
     return code;
 }
 
+unsigned long FileIOAVI::systemError() const {
+    return reader_ ? reader_->systemError() : ERROR_SUCCESS;
+}
+
 void FileIOAVI::seekFrame(unsigned long frame) {
     if (frames() != 0) {
         frame_ = frame % frames();

@@ -131,6 +131,9 @@ public:
     /// Why the last operation failed, in the words of the system or of this class, at most 79 characters;
     /// empty when none has failed since the file was opened. Owned by the object.
     const wchar_t* lastError() const { return lastError_; }
+    /// The system's code for the `readFrame` that failed last: of the disk, ERROR_HANDLE_EOF for a frame that
+    /// is not there as a whole, ERROR_INVALID_DATA when something else stands there. 0 before.
+    unsigned long systemError() const;
 
 private:
     int done(int code, const wchar_t* text);
