@@ -45,7 +45,9 @@ vWidget::~vWidget() {
     if (vcore::processEnding()) {
         return;
     }
-    if (HWND window = window_.exchange(nullptr)) {
+    HWND window = current();
+    window_ = nullptr;
+    if (window != nullptr) {
         retire(window);
     }
     // Fails while another widget has a window of the class, which is as it should be.
@@ -59,7 +61,7 @@ void vWidget::resizeEvent(int, int) {}
 void vWidget::timerEvent(char) {}
 
 bool vWidget::show(bool visible) {
-    HWND window = visible ? handle() : window_.load();
+    HWND window = visible ? handle() : current();
     if (window == nullptr) {
         return !visible;
     }
@@ -77,7 +79,7 @@ bool vWidget::hide(bool hidden) {
 }
 
 bool vWidget::visible() const {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr && (GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
@@ -95,12 +97,12 @@ bool vWidget::resize(int width, int height) {
 }
 
 bool vWidget::invalidate() {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr && InvalidateRect(window, nullptr, eraseBackground_) != FALSE;
 }
 
 bool vWidget::reparent(HWND host) {
-    if (host == nullptr && window_.load() == nullptr) {
+    if (host == nullptr && current() == nullptr) {
         return true;
     }
     if (host != nullptr && !IsWindow(host)) {
@@ -134,8 +136,16 @@ void vWidget::setEraseBackground(bool on) {
 }
 
 HWND vWidget::handle() {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr ? window : create();
+}
+
+/// The window, null when there is none or when it is gone: its number may even be another window's by now.
+HWND vWidget::current() const {
+    HWND window = window_.load();
+    const bool ours =
+        window != nullptr && GetWindowLongPtrW(window, GWLP_USERDATA) == reinterpret_cast<LONG_PTR>(this);
+    return ours ? window : nullptr;
 }
 
 LRESULT CALLBACK vWidget::windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -13,7 +13,8 @@ namespace vwin {
 ///
 /// The window is made at its first use, not by the constructor: a global widget then costs nothing while the
 /// library is loaded, and its window belongs to the thread that shows it. When the host destroys the window
-/// that the widget is in, destroyEvent() is raised and the next use makes a new window.
+/// that the widget is in, destroyEvent() is raised and the next use makes a new window. When the window goes
+/// without a word, with the thread that owns it, the next use makes a new one all the same.
 ///
 /// Threads: meant for one thread; calls from other threads never block on it for more than 300 ms, even when
 /// it does not dispatch messages. Events are raised on the window's own thread. Errors: without a display no
@@ -66,6 +67,7 @@ public:
 
 private:
     static LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    HWND current() const;
     LRESULT handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void onDestroy(HWND window);
     void keepChildren(HWND dying);
