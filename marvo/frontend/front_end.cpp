@@ -24,7 +24,6 @@ dvFrontEnd::dvFrontEnd()
     : vwin::vWidget(L"VIDEOFRAME", widgetStyle), capture_(log_), play_(log_, settings_), recInfoLock_(1, 1) {
     show(false);
     videoWidget_.hide(true);
-    setEraseBackground(false);
     CoInitialize(nullptr);
     log_.open();
     recFilter().store().connect(L"poolInfo", this, this, &dvFrontEnd::onRecInfo);
@@ -198,6 +197,7 @@ void dvFrontEnd::takeApart() {
     play_.release(false);
     capture_.release(false);
     hide(true);
+    videoSeen_ = false;
     initialised_ = false;
 }
 
@@ -257,8 +257,7 @@ bool dvFrontEnd::moveInto(HWND window) {
     if (!GetClientRect(window, &area)) {
         return false;
     }
-    resize(area.right, area.bottom);
-    return reparent(window) && show(true);
+    return reparent(window) && resize(area.right, area.bottom) && show(true);
 }
 
 void dvFrontEnd::placeVideo() {

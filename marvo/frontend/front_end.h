@@ -102,7 +102,8 @@ public:
     /// `hideWindow`. Builds the graphs when none is built. A play graph that shows nothing any more (see
     /// `playFaults`; or its window went with a thread of the host's) is made anew and goes live, while
     /// capture and recording go on; but not one that `playinit` built. False when a step fails, and, with
-    /// nothing changed, when the video cannot be put into the window.
+    /// nothing changed, when the video cannot be put into the window, as into one of another thread that
+    /// takes no messages for 300 ms.
     bool showWindow(HWND window);
 
     /// Takes the video out of the host's window and hides it. Always true.

@@ -61,7 +61,10 @@ public:
     /// Lets the decoder, the renderer and its window go.
     void closeFilters();
     /// Releases the graph; `wait` as for `vwin::com_fg::done`.
-    void release(bool wait) { graph_.done(wait); }
+    void release(bool wait) {
+        graph_.done(wait);
+        failed_ = false;
+    }
 
     /// @}
 

@@ -26,6 +26,15 @@ bool ownedByThisThread(HWND window) {
     return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
 }
 
+/// Whether the thread of a window takes messages: into a window of one that does not, another thread would
+/// move its own for as long as that lasts.
+bool answers(HWND window) {
+    DWORD_PTR ignored = 0;
+    return ownedByThisThread(window) ||
+           SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL | SMTO_ABORTIFHUNG, ownerWait_ms,
+                               &ignored) != 0;
+}
+
 /// A window's styles without those that differ between a popup and a child.
 LONG_PTR commonStyle(HWND window) {
     return GetWindowLongPtrW(window, GWL_STYLE) & ~static_cast<LONG_PTR>(WS_POPUP | WS_CHILD);
@@ -105,7 +114,7 @@ bool vWidget::reparent(HWND host) {
     if (host == nullptr && current() == nullptr) {
         return true;
     }
-    if (host != nullptr && !IsWindow(host)) {
+    if (host != nullptr && !(IsWindow(host) && answers(host))) {
         return false;
     }
     HWND window = handle();

@@ -52,7 +52,8 @@ public:
     /// Puts the window as a child into the client area of `host`, at its upper left corner; null gives it
     /// back to its own parent, the desktop, as a popup. Shown or hidden stays as it was.
     ///
-    /// False, and nothing changes, when `host` is no window or cannot be its parent.
+    /// False, and nothing changes, when `host` is no window, cannot be its parent, or belongs to another
+    /// thread that has not answered a message for 300 ms.
     ///
     /// From a thread that does not own the window the owner is asked to do it. An owner that does not answer
     /// is given up: the old window is left to it, hidden and to be closed, and a new window is made on this
