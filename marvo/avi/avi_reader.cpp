@@ -98,11 +98,13 @@ int AviReader::refresh() {
 
 int AviReader::readFrame(char* buffer, unsigned long bufferSize, unsigned long frame) {
     constexpr wchar_t readFault[] = L"(code %d) reading the video frame at index #%d\n";
+    systemError_ = ERROR_HANDLE_EOF;
     if (frame >= index_.count()) {
         return fail(FileIOAVI::ReadFailed, readFault, ERROR_HANDLE_EOF, frame);
     }
     const unsigned long whole = sizeof(riff::ChunkHeader) + index_.size(frame);
     if (bufferSize < whole) {
+        systemError_ = ERROR_INSUFFICIENT_BUFFER;
         return fail(
             FileIOAVI::Refused,
             L"the size of the avi frame buffer (%d) is not enough to store the entire avi frame %d (at "
@@ -112,6 +114,7 @@ int AviReader::readFrame(char* buffer, unsigned long bufferSize, unsigned long f
     unsigned long error = 0;
     const unsigned long got = source_.read(index_.offset(frame), buffer, whole, &error);
     if (error != 0) {
+        systemError_ = error;
         return fail(FileIOAVI::ReadFailed, readFault, error, frame);
     }
     if (got == 0) {
@@ -122,6 +125,9 @@ int AviReader::readFrame(char* buffer, unsigned long bufferSize, unsigned long f
     }
     riff::ChunkHeader header{};
     std::memcpy(&header, buffer, std::min<size_t>(got, sizeof(header)));
+    if (got == whole) {
+        systemError_ = ERROR_INVALID_DATA;
+    }
     if (got != whole || header.size != index_.size(frame)) {
         return fail(FileIOAVI::ReadFailed,
                     L"number of bytes read is not equal to the size of the avi frame (frame #%d)\n", frame);

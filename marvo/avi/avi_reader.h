@@ -38,6 +38,8 @@ public:
 
     /// Why the last operation failed.
     const wchar_t* error() const { return error_; }
+    /// As `FileIOAVI::systemError`.
+    unsigned long systemError() const { return systemError_; }
 
 private:
     int find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info);
@@ -51,4 +53,5 @@ private:
     std::optional<AviFrameFinder> finder_;
     vcore::str name_;
     wchar_t error_[80] = L"";
+    unsigned long systemError_ = 0;
 };

@@ -88,6 +88,10 @@ int FileIOAVI::readFrame(char* buffer, unsigned long bufferSize, unsigned long f
     return code;
 }
 
+unsigned long FileIOAVI::systemError() const {
+    return reader_ ? reader_->systemError() : systemError_;
+}
+
 void FileIOAVI::seekFrame(unsigned long frame) {
     if (frames() != 0) {
         frame_ = frame % frames();

@@ -131,8 +131,10 @@ public:
     /// Why the last operation failed, in the words of the system or of this class, at most 79 characters;
     /// empty when none has failed since the file was opened. Owned by the object.
     const wchar_t* lastError() const { return lastError_; }
-    /// The system's number for why writing failed last, also where the system did not refuse it; 0 before.
-    unsigned long systemError() const { return systemError_; }
+    /// The system's number for why the last write failed, also where the system did not refuse it; of a file
+    /// that is read, for the `readFrame` that failed last: of the disk, ERROR_HANDLE_EOF for a frame that is
+    /// not there as a whole, ERROR_INVALID_DATA when something else stands there. 0 before.
+    unsigned long systemError() const;
     /// Bytes that are free on the volume of the file being written; all ones when it does not tell.
     unsigned long long freeBytes() const;
 

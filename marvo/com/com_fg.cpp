@@ -330,6 +330,17 @@ long com_fg::getEvent(int timeout_ms) {
     return code;
 }
 
+bool com_fg::takeEvent(long& code, long long& parameter) {
+    LONG_PTR first = 0;
+    LONG_PTR second = 0;
+    if (!events_ || FAILED(events_->GetEvent(&code, &first, &second, 0))) {
+        return false;
+    }
+    parameter = first;
+    events_->FreeEventParams(code, first, second);
+    return true;
+}
+
 bool com_fg::registerFG() {
     if (!built()) {
         return false;

@@ -115,6 +115,10 @@ public:
     /// Waits up to `timeout_ms` for the graph's next event and takes it. Its code (EC_...), or 0 when none
     /// came.
     virtual long getEvent(int timeout_ms);
+    /// Takes the graph's next event, if there is one, without waiting: its code and its first parameter. An
+    /// object that the event carries is released, so a parameter that is one is only a number. False when
+    /// there is none. From any thread between the building and the taking apart.
+    bool takeEvent(long& code, long long& parameter);
 
     /// Registers the graph in the running object table as "FilterGraph <address> pid <process>", so that
     /// tools can find it. A former registration is revoked first.

@@ -29,4 +29,27 @@ private:
     const bool held_;
 };
 
+/// The same for what two threads must never use at once, such as a reader: whoever does not get the lock does
+/// without, so `held` is asked first. Nothing is released then.
+class MARVO_SCOPED_CAPABILITY strict_guard {
+public:
+    /// `timeoutMs` may be `INFINITE`.
+    strict_guard(const semaphore& lock, unsigned long timeoutMs) MARVO_ACQUIRE(lock)
+        : lock_(lock), held_(lock.wait(timeoutMs)) {}
+    ~strict_guard() MARVO_RELEASE() {
+        if (held_) {
+            lock_.unlock();
+        }
+    }
+    strict_guard(const strict_guard&) = delete;
+    strict_guard& operator=(const strict_guard&) = delete;
+
+    /// Whether the wait succeeded.
+    bool held() const { return held_; }
+
+private:
+    const semaphore& lock_;
+    const bool held_;
+};
+
 } // namespace vcore

@@ -200,7 +200,10 @@ int winthread::processorCount() {
 
 // The exchange keeps the region's work between its start and its end.
 winthread::interruption winthread::setInterruption(interruption state) {
+    // Looking the thread up clears its last error, which the code around a region may still want to read.
+    const DWORD error = GetLastError();
     const Current* const self = Current::get();
+    SetLastError(error);
     return self && !self->finished ? self->object->interruption_.exchange(state) : state;
 }
 

@@ -81,7 +81,7 @@ private:
 public:
     /// While it lives on a worker thread, `terminate` does not kill that thread. For work that would leave
     /// something half done for others, such as a held lock, the heap's above all: that is any work that may
-    /// allocate. Does nothing on a thread that is not a winthread's.
+    /// allocate. Does nothing on a thread that is not a winthread's. Leaves the thread's last error as it is.
     class MARVO_API uninterruptible {
     public:
         uninterruptible();
@@ -93,7 +93,8 @@ public:
         const interruption before_;
     };
 
-    /// Opens an `uninterruptible` region again around a foreign call that may never return.
+    /// Opens an `uninterruptible` region again around a foreign call that may never return. Leaves the
+    /// thread's last error as it is.
     class MARVO_API killable {
     public:
         killable();

@@ -3,6 +3,7 @@
 #include "marvo/core/process_state.h"
 #include "marvo/core/text.h"
 #include "marvo/core/timed_guard.h"
+#include "marvo/frontend/picture_text.h"
 #include "marvo/recording/drive_search.h"
 
 #include <algorithm>
@@ -52,13 +53,14 @@ dvFrontEnd::dvFrontEnd()
       cameraWatch_(capture_, play_.filter(), log_, *this) {
     show(false);
     videoWidget_.hide(true);
-    setEraseBackground(false);
     CoInitialize(nullptr);
     log_.open();
     recFilter().store().connect(L"poolInfo", this, this, &dvFrontEnd::onRecInfo);
     recFilter().store().connect(L"recError", this, this, &dvFrontEnd::onRecError);
     recFilter().store().connect(L"recEnd", this, this, &dvFrontEnd::onRecEnd);
     playFilter().connect(L"playTime", this, this, &dvFrontEnd::onPlayTime);
+    playFilter().connect(L"playError", this, this, &dvFrontEnd::onPlayError);
+    playFilter().connect(L"playFault", this, this, &dvFrontEnd::onPlayFault);
     settingsFiles_.readInto(settings_);
     log_.writeSuppressible(settings_.logging);
     setDeinterlace(settings_.deinterlace);
@@ -172,8 +174,41 @@ bool dvFrontEnd::buildPlayOnly(HWND window, int from, int to, const char* name) 
 /// Shows the video and starts it: the last step of both builds.
 void dvFrontEnd::runPlay(HWND window) {
     present(window);
-    play_.run();
+    startPlay();
     initialised_ = true;
+}
+
+bool dvFrontEnd::startPlay() {
+    const bool started = play_.run();
+    if (!started) {
+        onPlayFault(play_no_graph, 1);
+    }
+    return started;
+}
+
+/// Makes the play graph anew for one that shows nothing any more. Capture and recording do not notice.
+bool dvFrontEnd::rebuildPlay() {
+    log("the play graph is made anew", false);
+    const bool recording = playFilter().recording();
+    const auto release = [this] {
+        play_.revoke();
+        play_.endFilter();
+        play_.closeFilters();
+        play_.release(false);
+    };
+    release();
+    videoSeen_ = false;
+    const frontend::BuildStep failed = play_.build(recFilter());
+    if (failed != frontend::BuildStep::none) {
+        release();
+        log((vcore::str(L"no video - show - ") + vcore::str::toStr(static_cast<int>(failed)).oleStr())
+                .getStr(),
+            false);
+        return false;
+    }
+    playFilter().setRecording(recording);
+    placeVideo();
+    return startPlay();
 }
 
 bool dvFrontEnd::refuse(const wchar_t* text) {
@@ -207,6 +242,7 @@ void dvFrontEnd::takeApart() {
         capture_.abandon();
     }
     hide(true);
+    videoSeen_ = false;
     initialised_ = false;
 }
 
@@ -243,7 +279,16 @@ bool dvFrontEnd::present(HWND window) {
         return build(window);
     }
     placeVideo();
-    return true;
+    const bool broken = capture_.built() && (!play_.built() || play_.broken() || videoGone());
+    return !window || !broken || rebuildPlay();
+}
+
+/// Whether the renderer's window has gone with the thread that made it.
+bool dvFrontEnd::videoGone() {
+    const bool there = GetWindow(handle(), GW_CHILD) != nullptr;
+    const bool gone = videoSeen_ && !there;
+    videoSeen_ = there;
+    return gone;
 }
 
 /// Puts the widget into `window` and shows it there; null: takes it out. A widget outside of any host would
@@ -257,8 +302,7 @@ bool dvFrontEnd::moveInto(HWND window) {
     if (!GetClientRect(window, &area)) {
         return false;
     }
-    resize(area.right, area.bottom);
-    return reparent(window) && show(true);
+    return reparent(window) && resize(area.right, area.bottom) && show(true);
 }
 
 void dvFrontEnd::placeVideo() {
@@ -447,7 +491,7 @@ void dvFrontEnd::setMaxPlayFrames(unsigned long frames) {
 }
 
 void dvFrontEnd::setPlayDelay(int ms) {
-    settings_.playDelay_ms = ms;
+    settings_.playDelay_ms = std::clamp(ms, 0, dvPlayFilter::longestPlayDelay_ms);
 }
 
 void dvFrontEnd::setMaxFilesize(unsigned long frames) {
@@ -572,4 +616,34 @@ void dvFrontEnd::onRecEnd() {
     emitSignal(L"recEnd", 0);
 }
 
-void dvFrontEnd::onPlayTime() {}
+void dvFrontEnd::onPlayTime() {
+    constexpr unsigned long ticksPerLook = 8;
+    if (++playTicks_ % ticksPerLook != 0) {
+        return;
+    }
+    long code = 0;
+    long long parameter = 0;
+    while (play_.takeEvent(code, parameter)) {
+        log(frontend::eventText(code, parameter).c_str(), false);
+        emitSignal(L"playEvent", 12, code, parameter);
+    }
+}
+
+play_error dvFrontEnd::playError() {
+    return playFilter().unreadable();
+}
+
+unsigned long dvFrontEnd::playFaults() {
+    return play_.faults();
+}
+
+void dvFrontEnd::onPlayError(unsigned long long first, unsigned long long frames, unsigned long error) {
+    vcore::str file = playFilter().replayFile();
+    log(frontend::errorText(file.getStr(), {first, frames, error}).c_str(), false);
+    emitSignal(L"playError", 20, first, frames, error);
+}
+
+void dvFrontEnd::onPlayFault(unsigned long fault, unsigned long begun) {
+    log(frontend::faultText(fault, begun != 0).c_str(), false);
+    emitSignal(L"playFault", 8, fault, begun);
+}

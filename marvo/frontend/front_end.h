@@ -35,8 +35,12 @@
 /// Threads: commands and setters belong to one host thread, the one that owns the host window. Status queries
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
 /// is not an error: the value is read anyway. `onRecInfo`, `onRecError` and `onRecEnd` are called on the
-/// frame store's writer thread.
-/// While an engine with a capture graph is built, the camera watch has a thread of its own.
+/// frame store's writer thread, `onPlayTime`, `onPlayError` and `onPlayFault` on the play filter's delivery
+/// thread. While an engine with a capture graph is built, the camera watch has a thread of its own.
+///
+/// What goes wrong with the picture is logged and emitted once per change: "playError" and "playFault" as the
+/// play filter emits them, and "playEvent" (code 4 bytes, first parameter 8 bytes) for every event of the
+/// play graph that the graph itself does not deal with. `showWindow` brings the picture back.
 ///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
@@ -101,8 +105,11 @@ public:
     /// @{
 
     /// Fits the video into `window` and shows it there. Null takes it out of the host's window, as
-    /// `hideWindow`. Builds the graphs when none is built. False when that fails, and, with nothing changed,
-    /// when the video cannot be put into the window.
+    /// `hideWindow`. Builds the graphs when none is built. A play graph that shows nothing any more (see
+    /// `playFaults`; or its window went with a thread of the host's) is made anew and goes live, while
+    /// capture and recording go on; but not one that `playinit` built. False when a step fails, and, with
+    /// nothing changed, when the video cannot be put into the window, as into one of another thread that
+    /// takes no messages for 300 ms.
     bool showWindow(HWND window);
 
     /// Takes the video out of the host's window and hides it. Always true.
@@ -188,7 +195,8 @@ public:
     void setMaxRecFrames(unsigned long frames);
     /// Frames a replay may hold in memory, for the next `replay`.
     void setMaxPlayFrames(unsigned long frames);
-    /// Milliseconds between loading and starting a replay, for the next `replay`.
+    /// Milliseconds between loading and starting a replay, for the next `replay`, which waits so long. Less
+    /// than 0 is 0, more than `dvPlayFilter::longestPlayDelay_ms` is that.
     void setPlayDelay(int ms);
     /// Frames with this number and above are not written to the file (see `dvFrameStore::setMaxFilesize`).
     void setMaxFilesize(unsigned long frames);
@@ -288,9 +296,24 @@ public:
     /// Receives the frame store's "recEnd" when a recording has ended: logs its totals, and emits "recEnd".
     void onRecEnd();
 
-    /// Receives the play filter's "playTime"; does nothing, since the host gets its progress through the info
-    /// drain.
+    /// Receives the play filter's "playTime"; the host gets its progress through the info drain. Every eighth
+    /// time looks for events of the play graph.
     void onPlayTime();
+
+    /// @name The picture's troubles
+    /// @{
+
+    /// The frames of the replay that could not be read when they were tried last; none when live.
+    play_error playError();
+    /// What disturbs the picture at this moment: `play_fault` bits. Takes no lock.
+    unsigned long playFaults();
+    /// Receives the play filter's "playError": logs it with the file's name, and emits it with the same
+    /// arguments.
+    void onPlayError(unsigned long long first, unsigned long long frames, unsigned long error);
+    /// Receives the play filter's "playFault": logs it, and emits it with the same arguments.
+    void onPlayFault(unsigned long fault, unsigned long begun);
+
+    /// @}
 
 private:
     bool build(HWND window);
@@ -304,6 +327,9 @@ private:
     bool moveInto(HWND window);
     void takeOut();
     void placeVideo();
+    bool videoGone();
+    bool rebuildPlay();
+    bool startPlay();
 
     frontend::LibraryHold hold_;
     bool initialised_ = false;
@@ -317,6 +343,8 @@ private:
     frontend::Elements elements_;
     HWND hostWindow_ = nullptr;
     frontend::MarkerClock markerClock_;
+    bool videoSeen_ = false;      // as a child of the widget
+    unsigned long playTicks_ = 0; // on the delivery thread
     frontend::CameraWatch cameraWatch_;
 };
 

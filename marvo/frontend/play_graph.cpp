@@ -8,6 +8,8 @@
 #include <d3d9.h>
 #include <vmr9.h>
 
+#include <evcode.h>
+
 #include <algorithm>
 
 namespace frontend {
@@ -67,6 +69,7 @@ bool PlayGraph::buildAlone(int from, int to, const char* name) {
 
 /// Decoder and renderer, and their connections with the play filter.
 BuildStep PlayGraph::connect() {
+    failed_ = false;
     if (!decoder_.createS(decoderClass)) {
         return BuildStep::createDecoder;
     }
@@ -94,6 +97,25 @@ BuildStep PlayGraph::connect() {
         switchOffDeinterlacing();
     }
     return window_.ref(renderer_.filter()) ? BuildStep::none : BuildStep::videoWindow;
+}
+
+bool PlayGraph::run() {
+    failed_ = !graph_.run(0.0);
+    return !failed_;
+}
+
+bool PlayGraph::takeEvent(long& code, long long& parameter) {
+    if (!graph_.takeEvent(code, parameter)) {
+        return false;
+    }
+    if (code == EC_ERRORABORT || code == EC_USERABORT || code == EC_WINDOW_DESTROYED) {
+        failed_ = true;
+    }
+    return true;
+}
+
+unsigned long PlayGraph::faults() const {
+    return filter_.faults() | (failed_ ? play_no_graph : 0ul);
 }
 
 bool PlayGraph::makeRenderer() {

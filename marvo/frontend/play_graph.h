@@ -11,6 +11,8 @@
 #include "marvo/replay/play_filter.h"
 #include "marvo/replay/record_filter.h"
 
+#include <atomic>
+
 namespace frontend {
 
 /// Play filter "dvPlayFilter", DV decoder "dvDecode" and renderer "dvWindow". Used on the host's thread; the
@@ -26,8 +28,15 @@ public:
     /// Builds the graph for frames `from` to `to` of the recording `name`, without a frame store. False when
     /// a step fails.
     bool buildAlone(int from, int to, const char* name);
-    /// Runs what was built.
-    void run() { graph_.run(0.0); }
+    /// Runs what was built. False when the graph does not start.
+    bool run();
+    /// Takes the graph's next event, as `vwin::com_fg::takeEvent`; one that says that the graph cannot go on
+    /// counts among the faults from then on. On the delivery thread.
+    bool takeEvent(long& code, long long& parameter);
+    /// The `play_fault`s at this moment. From any thread.
+    unsigned long faults() const;
+    /// Whether the graph shows nothing any more, and only another one will.
+    bool broken() const { return (faults() & ~play_no_ticks) != 0; }
     /// Whether the graph is built.
     bool built() const { return graph_.built(); }
     /// The play filter; it lives as long as this object.
@@ -52,7 +61,10 @@ public:
     /// Lets the decoder, the renderer and its window go.
     void closeFilters();
     /// Releases the graph; `wait` as for `vwin::com_fg::done`.
-    void release(bool wait) { graph_.done(wait); }
+    void release(bool wait) {
+        graph_.done(wait);
+        failed_ = false;
+    }
 
     /// @}
 
@@ -67,6 +79,7 @@ private:
     vwin::com_filter decoder_;
     vwin::com_filter renderer_;
     dvVideoWindow window_;
+    std::atomic<bool> failed_ = false;
 };
 
 } // namespace frontend

@@ -26,6 +26,15 @@ bool ownedByThisThread(HWND window) {
     return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
 }
 
+/// Whether the thread of a window takes messages: into a window of one that does not, another thread would
+/// move its own for as long as that lasts.
+bool answers(HWND window) {
+    DWORD_PTR ignored = 0;
+    return ownedByThisThread(window) ||
+           SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL | SMTO_ABORTIFHUNG, ownerWait_ms,
+                               &ignored) != 0;
+}
+
 /// A window's styles without those that differ between a popup and a child.
 LONG_PTR commonStyle(HWND window) {
     return GetWindowLongPtrW(window, GWL_STYLE) & ~static_cast<LONG_PTR>(WS_POPUP | WS_CHILD);
@@ -45,7 +54,9 @@ vWidget::~vWidget() {
     if (vcore::processEnding()) {
         return;
     }
-    if (HWND window = window_.exchange(nullptr)) {
+    HWND window = current();
+    window_ = nullptr;
+    if (window != nullptr) {
         retire(window);
     }
     // Fails while another widget has a window of the class, which is as it should be.
@@ -59,7 +70,7 @@ void vWidget::resizeEvent(int, int) {}
 void vWidget::timerEvent(char) {}
 
 bool vWidget::show(bool visible) {
-    HWND window = visible ? handle() : window_.load();
+    HWND window = visible ? handle() : current();
     if (window == nullptr) {
         return !visible;
     }
@@ -77,7 +88,7 @@ bool vWidget::hide(bool hidden) {
 }
 
 bool vWidget::visible() const {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr && (GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
@@ -95,15 +106,15 @@ bool vWidget::resize(int width, int height) {
 }
 
 bool vWidget::invalidate() {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr && InvalidateRect(window, nullptr, eraseBackground_) != FALSE;
 }
 
 bool vWidget::reparent(HWND host) {
-    if (host == nullptr && window_.load() == nullptr) {
+    if (host == nullptr && current() == nullptr) {
         return true;
     }
-    if (host != nullptr && !IsWindow(host)) {
+    if (host != nullptr && !(IsWindow(host) && answers(host))) {
         return false;
     }
     HWND window = handle();
@@ -134,8 +145,16 @@ void vWidget::setEraseBackground(bool on) {
 }
 
 HWND vWidget::handle() {
-    HWND window = window_.load();
+    HWND window = current();
     return window != nullptr ? window : create();
+}
+
+/// The window, null when there is none or when it is gone: its number may even be another window's by now.
+HWND vWidget::current() const {
+    HWND window = window_.load();
+    const bool ours =
+        window != nullptr && GetWindowLongPtrW(window, GWLP_USERDATA) == reinterpret_cast<LONG_PTR>(this);
+    return ours ? window : nullptr;
 }
 
 LRESULT CALLBACK vWidget::windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

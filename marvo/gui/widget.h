@@ -13,7 +13,8 @@ namespace vwin {
 ///
 /// The window is made at its first use, not by the constructor: a global widget then costs nothing while the
 /// library is loaded, and its window belongs to the thread that shows it. When the host destroys the window
-/// that the widget is in, destroyEvent() is raised and the next use makes a new window.
+/// that the widget is in, destroyEvent() is raised and the next use makes a new window. When the window goes
+/// without a word, with the thread that owns it, the next use makes a new one all the same.
 ///
 /// Threads: meant for one thread; calls from other threads never block on it for more than 300 ms, even when
 /// it does not dispatch messages. Events are raised on the window's own thread. Errors: without a display no
@@ -51,7 +52,8 @@ public:
     /// Puts the window as a child into the client area of `host`, at its upper left corner; null gives it
     /// back to its own parent, the desktop, as a popup. Shown or hidden stays as it was.
     ///
-    /// False, and nothing changes, when `host` is no window or cannot be its parent.
+    /// False, and nothing changes, when `host` is no window, cannot be its parent, or belongs to another
+    /// thread that has not answered a message for 300 ms.
     ///
     /// From a thread that does not own the window the owner is asked to do it. An owner that does not answer
     /// is given up: the old window is left to it, hidden and to be closed, and a new window is made on this
@@ -66,6 +68,7 @@ public:
 
 private:
     static LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    HWND current() const;
     LRESULT handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void onDestroy(HWND window);
     void keepChildren(HWND dying);

@@ -87,6 +87,10 @@ std::wstring AviFileReader::error() const {
     return abandoned_ ? L"reading was given up" : reasonOf(avi_);
 }
 
+unsigned long AviFileReader::systemError() const {
+    return abandoned_ ? ERROR_OPERATION_ABORTED : avi_.systemError();
+}
+
 std::string AviFileReader::whatIsMissing() const {
     const AVI_ODMLFileInfo& info = avi_.info();
     if (info.walkedFrames > 0) {

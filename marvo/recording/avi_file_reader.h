@@ -30,6 +30,7 @@ public:
     bool place(unsigned long long frame, Place& place) const override;
     bool read(unsigned long long frame, RecordBuffer& buffer) override;
     std::wstring error() const override;
+    unsigned long systemError() const override;
     std::vector<Fact> facts() const override;
     unsigned long long check(const FaultCall& fault, const ProgressCall& progress,
                              unsigned long mostFaults) const override;

@@ -75,7 +75,15 @@ bool RawReader::read(unsigned long long frame, RecordBuffer& buffer) {
     const vwin::winthread::killable slowDisk;
     // Past the file's own buffer: the frame is needed here.
     if (file_.vcore::file::read(buffer.data(), bytes, &got) && got == bytes) {
-        return true;
+        RecordHeader said{};
+        std::memcpy(&said, buffer.data(), sizeof said);
+        // A single header that lies is damage, which costs no frame. When the first one lies as well, another
+        // recording has been written over this one.
+        if (isOurs(said) || isOurs(header(0))) {
+            return true;
+        }
+        systemError_ = ERROR_FILE_INVALID;
+        return false;
     }
     const unsigned long code = GetLastError();
     systemError_ = code != ERROR_SUCCESS ? code : ERROR_HANDLE_EOF;
@@ -84,6 +92,10 @@ bool RawReader::read(unsigned long long frame, RecordBuffer& buffer) {
 
 std::wstring RawReader::error() const {
     return systemError_ != ERROR_SUCCESS ? vcore::systemMessage(systemError_) : std::wstring();
+}
+
+bool RawReader::isOurs(const RecordHeader& header) const {
+    return header.frameSize == 0 || header.frameSize == frameSize();
 }
 
 RecordHeader RawReader::header(unsigned long long frame) const {

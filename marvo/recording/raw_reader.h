@@ -26,6 +26,7 @@ public:
     void describe(vvideo::dvMediaType& type) const override { type = file_.type(); }
     bool read(unsigned long long frame, RecordBuffer& buffer) override;
     std::wstring error() const override;
+    unsigned long systemError() const override { return systemError_; }
     std::vector<Fact> facts() const override;
     unsigned long long check(const FaultCall& fault, const ProgressCall& progress,
                              unsigned long mostFaults) const override;
@@ -40,6 +41,7 @@ private:
 
     unsigned long findSector() const;
     RecordHeader header(unsigned long long frame) const;
+    bool isOurs(const RecordHeader& header) const;
 
     dvPlayFile file_;
     unsigned long systemError_ = ERROR_SUCCESS;

@@ -88,6 +88,10 @@ public:
     /// Why the last operation failed, in words and without a line end or a full stop; empty when none has
     /// failed.
     virtual std::wstring error() const = 0;
+    /// The same as the system's code: ERROR_HANDLE_EOF for a frame that is not there as a whole,
+    /// ERROR_FILE_INVALID or ERROR_INVALID_DATA when something else stands in its place, else what the disk
+    /// says.
+    virtual unsigned long systemError() const { return error().empty() ? ERROR_SUCCESS : ERROR_HANDLE_EOF; }
 
     /// How the recording ends.
     End end() const;

@@ -32,8 +32,8 @@ void ClockPacer::cancel(IReferenceClock* clock) {
     cookie_ = 0;
 }
 
-void ClockPacer::waitForTick() const {
-    tick_.wait(longestTick_ms);
+bool ClockPacer::waitForTick() const {
+    return tick_.wait(longestTick_ms);
 }
 
 void ClockPacer::wake() const {

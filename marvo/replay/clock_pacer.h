@@ -24,8 +24,8 @@ public:
     void cancel(IReferenceClock* clock);
 
     /// Waits for the next tick, at most 120 ms: with a clock that stalls, or none, about eight passes a
-    /// second remain.
-    void waitForTick() const;
+    /// second remain. Whether it came.
+    bool waitForTick() const;
 
     /// Ends a wait, or the next one.
     void wake() const;

@@ -14,6 +14,8 @@ constexpr unsigned long lockWait_ms = 1000;
 constexpr unsigned long setterWait_ms = 50;
 
 constexpr unsigned long idle_ms = 10;
+/// Between two attempts to read a frame that cannot be read.
+constexpr unsigned long retry_ms = 200;
 constexpr unsigned long join_ms = 100;
 
 /// `position` wrapped into the range of `length` frames from `first`.
@@ -51,7 +53,7 @@ bool dvFrameLoad::isOpen(const wchar_t* name) const {
 
 bool dvFrameLoad::loaded(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint) const {
     vcore::timed_guard lock(lock_, lockWait_ms);
-    return isOpen(name) && inPoint == inPoint_ && outPoint == outPoint_;
+    return isOpen(name) && inPoint == inPoint_ && outPoint == outPoint_ && unreadable_.frames == 0;
 }
 
 bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint,
@@ -62,13 +64,15 @@ bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned
     bool sameFile = false;
     {
         vcore::timed_guard lock(lock_, lockWait_ms);
-        sameFile = isOpen(name);
+        sameFile = isOpen(name) && unreadable_.frames == 0;
         if (sameFile && inPoint == inPoint_ && outPoint == outPoint_) {
             return true;
         }
     }
     if (sameFile) {
-        return changeRange(inPoint, outPoint);
+        if (const std::optional<bool> changed = changeRange(inPoint, outPoint)) {
+            return *changed;
+        }
     }
     std::unique_ptr<recording::Reader> reader = recording::openReader(name);
     if (!reader || !clampRange(reader->frames(), inPoint, outPoint)) {
@@ -78,9 +82,14 @@ bool dvFrameLoad::init(const wchar_t* name, unsigned long long inPoint, unsigned
     return startReader(std::move(reader), name, maxFrames, inPoint, outPoint);
 }
 
-bool dvFrameLoad::changeRange(unsigned long long inPoint, unsigned long long outPoint) {
-    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
-    reader_->refresh();
+/// Nothing while the disk holds the loader up, or has no file.
+std::optional<bool> dvFrameLoad::changeRange(unsigned long long inPoint, unsigned long long outPoint) {
+    const vcore::strict_guard fileLock(fileLock_, lockWait_ms);
+    if (!fileLock.held() || !reader_) {
+        return std::nullopt;
+    }
+    refresh();
+    frames_ = reader_->frames();
     if (!clampRange(reader_->frames(), inPoint, outPoint)) {
         return false;
     }
@@ -96,15 +105,32 @@ bool dvFrameLoad::startReader(std::unique_ptr<recording::Reader> reader, const w
     vcore::timed_guard lock(lock_, lockWait_ms);
     reader_ = std::move(reader);
     reader_->describe(type_);
+    // Opens what only the search for lost frames needs: opening may take long, and the loader shall not be
+    // held up in it.
+    reader_->fileBytes();
     fileName_ = name;
     setRange(inPoint, outPoint);
     breaker_ms_ = 0;
     endless_ = true;
+    frames_ = reader_->frames();
     const unsigned long long length = outPoint - inPoint + 1;
-    const auto slots = static_cast<unsigned long>(std::min<unsigned long long>(length, maxFrames));
-    if (!ring_.init(reader_->frameSize(), slots) || !start()) {
+    if (!makeRing(std::min<unsigned long long>(length, maxFrames)) || !start()) {
         closeFile();
         return false;
+    }
+    return true;
+}
+
+/// A ring of so many frames, or of as many as there is memory for.
+bool dvFrameLoad::makeRing(unsigned long long frames) {
+    const unsigned long frameSize = reader_->frameSize();
+    const unsigned long long most = std::max(ringBytes / std::max(frameSize, 1ul), 1ull);
+    auto slots = static_cast<unsigned long>(std::min(frames, most));
+    while (!ring_.init(frameSize, slots)) {
+        if (slots < 2) {
+            return false;
+        }
+        slots /= 2;
     }
     return true;
 }
@@ -112,6 +138,7 @@ bool dvFrameLoad::startReader(std::unique_ptr<recording::Reader> reader, const w
 void dvFrameLoad::setRange(unsigned long long inPoint, unsigned long long outPoint) {
     inPoint_ = loadPosition_ = requestPosition_ = inPoint;
     outPoint_ = outPoint;
+    unreadable_ = {};
 }
 
 void dvFrameLoad::closeFile() {
@@ -157,6 +184,11 @@ bool dvFrameLoad::getType(vvideo::dvMediaType& type) const {
     }
     type = type_;
     return true;
+}
+
+play_error dvFrameLoad::unreadable() const {
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    return unreadable_;
 }
 
 void dvFrameLoad::setEndless(bool endless) {
@@ -249,23 +281,70 @@ bool dvFrameLoad::makeStaging(recording::RecordBuffer& staging) {
     return reader_ && staging.allocate(reader_->bufferBytes());
 }
 
-/// The frame of the recording that is shown as `number`. False when there is none yet.
-bool dvFrameLoad::frameFor(unsigned long long number, unsigned long long& frame) {
-    if (number >= reader_->frames()) {
-        reader_->refresh();
-    }
-    const unsigned long long frames = reader_->frames();
-    const bool atTheEnd =
-        number == frames && reader_->end().state == recording::Reader::End::State::beingWritten;
-    frame = std::min(number, frames - 1);
-    return frames != 0 && !atTheEnd;
+void dvFrameLoad::refresh() {
+    reader_->refresh();
+    frames_ = std::max(frames_, reader_->frames());
 }
 
-/// Reads what is shown as `number`. False when it is not there or cannot be read.
-bool dvFrameLoad::readFrame(unsigned long long number, recording::RecordBuffer& staging) {
-    vcore::timed_guard fileLock(fileLock_, lockWait_ms);
-    unsigned long long frame = 0;
-    return reader_ && frameFor(number, frame) && reader_->read(frame, staging);
+/// Reads what is shown as `number`.
+dvFrameLoad::Attempt dvFrameLoad::readFrame(unsigned long long number, recording::RecordBuffer& staging) {
+    const vcore::strict_guard fileLock(fileLock_, lockWait_ms);
+    if (!fileLock.held() || !reader_) {
+        return Attempt::notYet;
+    }
+    unsigned long error = ERROR_HANDLE_EOF;
+    const Attempt attempt = tryFrame(number, staging, error);
+    // A reader that was given up fails as well.
+    if (attempt == Attempt::failed && !stop_.asked()) {
+        noteUnreadable(number, error);
+    }
+    return attempt;
+}
+
+dvFrameLoad::Attempt dvFrameLoad::tryFrame(unsigned long long number, recording::RecordBuffer& staging,
+                                           unsigned long& error) {
+    if (number >= reader_->frames()) {
+        refresh();
+    }
+    const unsigned long long frames = reader_->frames();
+    if (number >= frames && number < frames_) {
+        return Attempt::failed;
+    }
+    const bool atTheEnd =
+        number == frames && reader_->end().state == recording::Reader::End::State::beingWritten;
+    if (frames == 0 || atTheEnd) {
+        return Attempt::notYet;
+    }
+    if (reader_->read(std::min(number, frames - 1), staging)) {
+        return Attempt::read;
+    }
+    error = reader_->systemError();
+    refresh();
+    return Attempt::failed;
+}
+
+/// Keeps which frames around `number` cannot be read: with a file that was cut, all that are gone.
+void dvFrameLoad::noteUnreadable(unsigned long long number, unsigned long error) {
+    const unsigned long long bytes = reader_->fileBytes();
+    const auto isGone = [&](unsigned long long frame) {
+        recording::Reader::Place place;
+        return frame < frames_ && (!reader_->place(frame, place) || place.offset + place.size > bytes);
+    };
+    vcore::timed_guard lock(lock_, lockWait_ms);
+    if (unreadable_.holds(number) && unreadable_.error == error) {
+        return;
+    }
+    unsigned long long first = number;
+    unsigned long long behind = number + 1;
+    if (isGone(number)) {
+        while (first > inPoint_ && isGone(first - 1)) {
+            --first;
+        }
+        while (behind <= outPoint_ && isGone(behind)) {
+            ++behind;
+        }
+    }
+    unreadable_ = {first, behind - first, static_cast<std::uint32_t>(error)};
 }
 
 /// Copies a frame that was read into the ring's next slot. Another program may have written one that is
@@ -279,12 +358,14 @@ void dvFrameLoad::store(const recording::RecordBuffer& staging, unsigned long lo
     std::memcpy(slot->data(), staging.frame(), bytes);
     std::memset(slot->data() + bytes, 0, slot->size() - bytes);
     ring_.publish(number);
+    if (unreadable_.holds(number)) {
+        unreadable_ = {};
+    }
 }
 
-void dvFrameLoad::pauseAfter(bool loaded) const {
-    // A frame that cannot be read is tried again on the next pass; without a pause that would take a whole
-    // core.
-    const unsigned long pause_ms = std::max(breaker_ms_.load(), loaded ? 0ul : idle_ms);
+void dvFrameLoad::pauseAfter(Attempt attempt) const {
+    // What is not there is tried again on the next pass; without a pause that would take a whole core.
+    const unsigned long pause_ms = std::max(breaker_ms_.load(), attempt == Attempt::read ? 0ul : idle_ms);
     if (pause_ms == 0) {
         Sleep(0);
     } else {
@@ -298,14 +379,19 @@ void dvFrameLoad::_dynamicLoad() {
         return;
     }
     const unsigned long ringFrames = ring_.count();
+    std::optional<unsigned long long> failed;
+    ULONGLONG failedAt_ms = 0;
     while (!stop_.asked()) {
         const Decision decision = decide(ringFrames);
-        if (!decision.load) {
+        const bool tooEarly = failed == decision.frame && GetTickCount64() - failedAt_ms < retry_ms;
+        if (!decision.load || tooEarly || ringFrames == 0) {
             expected_.wait(idle_ms);
             continue;
         }
-        const bool read = ringFrames != 0 && readFrame(decision.frame, staging);
-        if (read) {
+        const Attempt attempt = readFrame(decision.frame, staging);
+        failed = attempt == Attempt::failed ? std::optional(decision.frame) : std::nullopt;
+        failedAt_ms = GetTickCount64();
+        if (attempt == Attempt::read) {
             vcore::timed_guard lock(lock_, lockWait_ms);
             store(staging, decision.frame);
             if (direction_ < 0) {
@@ -314,7 +400,7 @@ void dvFrameLoad::_dynamicLoad() {
                 ++loadPosition_;
             }
         }
-        pauseAfter(read);
+        pauseAfter(attempt);
     }
 }
 
@@ -329,12 +415,14 @@ void dvFrameLoad::_completeLoad() {
         return number <= outPoint_;
     };
     for (unsigned long long number = 0; !stop_.asked() && next(number);) {
-        const bool read = readFrame(number, staging);
-        if (read) {
+        const Attempt attempt = readFrame(number, staging);
+        if (attempt == Attempt::read) {
             vcore::timed_guard lock(lock_, lockWait_ms);
             store(staging, number);
             ++loadPosition_;
+        } else if (attempt == Attempt::failed) {
+            finishing(retry_ms);
         }
-        pauseAfter(read);
+        pauseAfter(attempt);
     }
 }

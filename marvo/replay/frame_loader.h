@@ -7,12 +7,14 @@
 #include "marvo/core/str.h"
 #include "marvo/core/thread_annotations.h"
 #include "marvo/core/winthread.h"
+#include "marvo/replay/play_error.h"
 #include "marvo/replay/stop_flag.h"
 #include "marvo/video/frame_pool.h"
 #include "marvo/video/media_type.h"
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 namespace recording {
 class Reader;
@@ -27,11 +29,15 @@ class RecordBuffer;
 /// they are written. Behind its end stands its last frame, under any number, so that a replay that leads
 /// there goes on; but the frame that a growing recording will get next is waited for.
 ///
+/// A frame that was there and cannot be read any more is neither: it is not loaded, tried again five times a
+/// second, and told by `unreadable`. As soon as it can be read, loading goes on.
+///
 /// Threads: `get` on the play thread, everything else on the host's thread, `run` on the loader's own;
 /// `setBreaker` on the frame store's writer thread, which waits for no lock there. The lock guards the range,
 /// the positions and the ring's content; the file lock is held while the file is read or closed and is always
-/// taken before the lock. A timed wait that runs out is not an error: the call goes on as if it held the
-/// lock.
+/// taken before the lock. A timed wait for the lock that runs out is not an error: the call goes on as if it
+/// held the lock. The file lock is different, since a reader may not be used twice at once: whoever does not
+/// get it leaves the reader alone.
 class MARVO_API dvFrameLoad : public vwin::winthread {
 public:
     dvFrameLoad();
@@ -43,16 +49,17 @@ public:
     dvFrameLoad& operator=(const dvFrameLoad&) = delete;
 
     /// Prepares the range `inPoint` to `outPoint` (inclusive) of the recording `name` and starts loading into
-    /// a ring of at most `maxFrames` frames.
+    /// a ring of at most `maxFrames` frames, `ringBytes` bytes, and what the memory allows.
     ///
     /// The file and range that are loaded already: true, nothing changes. Another range of the recording that
-    /// is open: the running loader goes on with it. Otherwise the file is opened and a loader started anew.
+    /// is open: the running loader goes on with it. Otherwise, and when frames cannot be read or the disk has
+    /// held the loader up for a second, the file is opened and a loader started anew.
     /// Both points are clamped to the last frame but one: the final frame may still be in writing and is
     /// never part of a range. A file without a whole frame is accepted and clamps nothing; its frames are
     /// loaded once they are written.
     ///
     /// False, and nothing changes, when the file cannot be opened and when it holds exactly one frame, which
-    /// leaves no range. False without memory for the ring; nothing is loaded then.
+    /// leaves no range. False without memory for a single frame; nothing is loaded then.
     bool init(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint,
               unsigned long maxFrames);
 
@@ -70,7 +77,15 @@ public:
     /// Describes the open recording's video in `type`. False when no file is open.
     bool getType(vvideo::dvMediaType& type) const;
 
-    /// Whether the recording `name` (ignoring case) is open and the range is exactly this one.
+    /// What could not be read when it was tried last, until it can be read or another range is prepared.
+    /// Counts, for a file that was cut, all frames of the range that are gone.
+    play_error unreadable() const;
+
+    /// What a ring may hold at most.
+    static constexpr unsigned long long ringBytes = sizeof(void*) == 4 ? 800'000'000ull : 8'000'000'000ull;
+
+    /// Whether the recording `name` (ignoring case) is open, every frame that was tried can be read, and the
+    /// range is exactly this one.
     bool loaded(const wchar_t* name, unsigned long long inPoint, unsigned long long outPoint) const;
 
     /// The direction of play: positive forward, negative backward, 0 still.
@@ -104,18 +119,24 @@ private:
         unsigned long long frame = 0;
     };
 
+    enum class Attempt { read, notYet, failed };
+
     bool isOpen(const wchar_t* name) const MARVO_REQUIRES(lock_);
-    bool changeRange(unsigned long long inPoint, unsigned long long outPoint);
+    std::optional<bool> changeRange(unsigned long long inPoint, unsigned long long outPoint);
+    bool makeRing(unsigned long long frames) MARVO_REQUIRES(fileLock_, lock_);
     bool startReader(std::unique_ptr<recording::Reader> reader, const wchar_t* name, unsigned long maxFrames,
                      unsigned long long inPoint, unsigned long long outPoint);
     void setRange(unsigned long long inPoint, unsigned long long outPoint) MARVO_REQUIRES(lock_);
     void closeFile() MARVO_REQUIRES(fileLock_, lock_);
     bool makeStaging(recording::RecordBuffer& staging);
     Decision decide(unsigned long ringFrames);
-    bool readFrame(unsigned long long number, recording::RecordBuffer& staging);
-    bool frameFor(unsigned long long number, unsigned long long& frame) MARVO_REQUIRES(fileLock_);
+    Attempt readFrame(unsigned long long number, recording::RecordBuffer& staging);
+    Attempt tryFrame(unsigned long long number, recording::RecordBuffer& staging, unsigned long& error)
+        MARVO_REQUIRES(fileLock_);
+    void noteUnreadable(unsigned long long number, unsigned long error) MARVO_REQUIRES(fileLock_);
+    void refresh() MARVO_REQUIRES(fileLock_);
     void store(const recording::RecordBuffer& staging, unsigned long long number) MARVO_REQUIRES(lock_);
-    void pauseAfter(bool loaded) const;
+    void pauseAfter(Attempt attempt) const;
     void _dynamicLoad();
     void _completeLoad();
 
@@ -132,6 +153,9 @@ private:
     /// Ends the rest of a loader that has nothing to load.
     vcore::event expected_;
     std::unique_ptr<recording::Reader> reader_ MARVO_GUARDED_BY(fileLock_);
+    /// Frames that the recording had when it had most: those between its end and here are gone.
+    unsigned long long frames_ MARVO_GUARDED_BY(fileLock_) = 0;
+    play_error unreadable_ MARVO_GUARDED_BY(lock_);
     /// Name that the recording was opened under, empty when none is open, and its video.
     vcore::str fileName_ MARVO_GUARDED_BY(lock_);
     vvideo::dvMediaType type_ MARVO_GUARDED_BY(lock_);

@@ -74,7 +74,12 @@ void dvPacedSource::stopDelivery(unsigned long join_ms) {
         // The thread may be waiting for a sample that nobody returns; decommitting ends that wait.
         allocator_.done();
         stop(slowDelivery_ms);
+        if (!ended_) {
+            // It was killed with a sample in its hands, which nobody returns any more.
+            allocator_.create();
+        }
     }
+    watch_.leave();
 }
 
 IMediaSample* dvPacedSource::takeSample() {
@@ -89,20 +94,37 @@ void dvPacedSource::markSample(IMediaSample* sample, long long start, long long 
     sample->SetDiscontinuity(discontinuity ? TRUE : FALSE);
 }
 
+unsigned long dvPacedSource::faults() const {
+    return watch_.faults();
+}
+
+void dvPacedSource::faultChanged(unsigned long, bool) {}
+
+void dvPacedSource::tell(const DeliveryWatch::Change& change) {
+    if (const unsigned long changed = change.begun | change.over) {
+        faultChanged(changed, change.begun != 0);
+    }
+}
+
 void dvPacedSource::run() {
     const uninterruptible whole;
     stop_.enter(*this);
+    ended_ = false;
+    tell(watch_.enter());
     IMediaSample* held = nullptr;
     do {
         if (held) {
-            output_->deliver(held);
+            watch_.handOver();
+            const bool taken = output_->deliver(held);
             held->Release();
+            tell(watch_.handedOver(taken));
         }
         Sleep(settle_ms_);
         held = nextSample();
-        pacer_.waitForTick();
+        tell(watch_.waited(pacer_.waitForTick()));
     } while (!stop_.asked());
     if (held) {
         held->Release();
     }
+    ended_ = true;
 }

@@ -6,11 +6,13 @@
 #include "marvo/core/thread_annotations.h"
 #include "marvo/core/winthread.h"
 #include "marvo/replay/clock_pacer.h"
+#include "marvo/replay/delivery_watch.h"
 #include "marvo/replay/stop_flag.h"
 #include "marvo/video/alloc.h"
 #include "marvo/video/base_filter.h"
 #include "marvo/video/output_pin.h"
 
+#include <atomic>
 #include <memory>
 
 /// What the live and the play filter have in common: a source filter with the one pin "Output", whose thread
@@ -33,6 +35,9 @@ public:
     /// The pin "Output".
     HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins** out) override;
 
+    /// What disturbs the delivery at this moment: `play_fault` bits. From any thread, without a lock.
+    unsigned long faults() const;
+
 protected:
     /// `settle_ms`: the pause after each delivery, in which new frames can arrive before the next one is
     /// chosen.
@@ -42,6 +47,9 @@ protected:
     /// Fetches the next sample, with one reference for the caller, or null when there is none to be had.
     /// Called on the delivery thread once per pass, without a lock.
     virtual IMediaSample* nextSample() = 0;
+
+    /// A `play_fault` has begun, or is over. Called on the delivery thread, without a lock.
+    virtual void faultChanged(unsigned long fault, bool begun);
 
     /// The delivery thread.
     void run() override;
@@ -80,7 +88,12 @@ protected:
     long long streamTime_100ns_ MARVO_GUARDED_BY(filterLock()) = 0;
 
 private:
+    void tell(const DeliveryWatch::Change& change);
+
     const unsigned long settle_ms_;
+    DeliveryWatch watch_;
+    /// The delivery thread has come to its end, and was not killed.
+    std::atomic<bool> ended_ = true;
     ClockPacer pacer_;
     StopFlag stop_;
 };

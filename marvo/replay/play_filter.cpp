@@ -78,6 +78,7 @@ void dvPlayFilter::prepare() {
     prepareSamples(frameSize_);
     streamTime_100ns_ = 0;
     lastShown_ = ~0ull;
+    told_ = {};
 }
 
 void dvPlayFilter::goLive(long long position_100ns) {
@@ -90,16 +91,21 @@ void dvPlayFilter::goLive(long long position_100ns) {
 }
 
 bool dvPlayFilter::live() {
+    {
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
+        goLive(positionOf(static_cast<long long>(newestFrame())));
+    }
+    // The picture does not wait for a disk that holds the loader up.
     loader_.done();
-    vcore::timed_guard lock(filterLock(), lockWait_ms);
-    goLive(positionOf(static_cast<long long>(newestFrame())));
     return true;
 }
 
 bool dvPlayFilter::reset() {
+    {
+        vcore::timed_guard lock(filterLock(), lockWait_ms);
+        goLive(0);
+    }
     loader_.done();
-    vcore::timed_guard lock(filterLock(), lockWait_ms);
-    goLive(0);
     return true;
 }
 
@@ -148,7 +154,7 @@ bool dvPlayFilter::loadRange(unsigned long long in, unsigned long long out, cons
         loader_.setSpeed(this->speed());
         return false;
     }
-    Sleep(static_cast<DWORD>(std::max(delay, 0)));
+    Sleep(static_cast<DWORD>(std::clamp(delay, 0, longestPlayDelay_ms)));
     return true;
 }
 
@@ -232,6 +238,20 @@ bool dvPlayFilter::playing() const {
     return !live_;
 }
 
+bool dvPlayFilter::recording() const {
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
+    return recording_;
+}
+
+play_error dvPlayFilter::unreadable() const {
+    return loader_.unreadable();
+}
+
+vcore::str dvPlayFilter::replayFile() const {
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
+    return replayFile_;
+}
+
 double dvPlayFilter::speed() const {
     vcore::timed_guard lock(filterLock(), lockWait_ms);
     return speed_;
@@ -308,9 +328,24 @@ void dvPlayFilter::postInfo(long long frame, unsigned long long newest) {
 }
 
 bool dvPlayFilter::fetchInto(vvideo::dvFrame* frame, unsigned long long number) {
-    const bool captured =
-        store_ && (live_ ? store_->get(frame, number) : store_->get(frame, number, replayFile_.oleStr()));
-    return captured || loader_.get(frame, number);
+    if (live_) {
+        return store_ && store_->get(frame, number);
+    }
+    return (store_ && store_->get(frame, number, replayFile_.oleStr())) || loader_.get(frame, number);
+}
+
+/// Whether "playError" has something new to tell, which `told_` is then.
+bool dvPlayFilter::noteErrors() {
+    const play_error now = replaying_ ? loader_.unreadable() : play_error{};
+    if (now == told_ || (now.frames == 0 && told_.frames == 0)) {
+        return false;
+    }
+    told_ = now.frames != 0 ? now : play_error{told_.first, 0, 0};
+    return true;
+}
+
+void dvPlayFilter::faultChanged(unsigned long fault, bool begun) {
+    emitSignal(L"playFault", 8, static_cast<std::uint32_t>(fault), static_cast<std::uint32_t>(begun));
 }
 
 void dvPlayFilter::fetch(long long frame) {
@@ -334,12 +369,19 @@ void dvPlayFilter::advance() {
 
 IMediaSample* dvPlayFilter::nextSample() {
     Tick tick;
+    play_error error;
+    bool changed = false;
     {
         vcore::timed_guard lock(filterLock(), lockWait_ms);
         tick = dueTick();
         fetch(tick.frame);
+        changed = noteErrors();
+        error = told_;
     }
     emitSignal(L"playTime", 0);
+    if (changed) {
+        emitSignal(L"playError", 20, error.first, error.frames, error.error);
+    }
     IMediaSample* sample = takeSample();
     if (!sample) {
         return nullptr;

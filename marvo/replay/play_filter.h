@@ -8,6 +8,7 @@
 #include "marvo/replay/frame_loader.h"
 #include "marvo/replay/frame_store.h"
 #include "marvo/replay/paced_source.h"
+#include "marvo/replay/play_error.h"
 #include "marvo/replay/play_info.h"
 #include "marvo/video/frame.h"
 #include "marvo/video/media_type.h"
@@ -25,6 +26,11 @@
 /// frame number, the second the address of the record. Then emits "playTime" (no arguments) on the delivery
 /// thread, without a lock; its receivers must not wait for the host's thread, which waits for the delivery
 /// thread in `done`.
+///
+/// In the same way, and once per change, it emits "playError" (first frame number 8 bytes, number of frames 8
+/// bytes, system error 4 bytes) when frames of a replay cannot be read, while the last picture stays; with a
+/// number of 0 when they can be read again, or are not asked for any more. And "playFault" (fault 4 bytes,
+/// begun 4 bytes) when a `play_fault` begins (1) or is over (0).
 ///
 /// Threads: see `dvPacedSource`; the commands come from the host's thread. The filter lock guards all
 /// playback state, and one tick chooses and fetches its frame under it, so that a command comes either before
@@ -56,14 +62,17 @@ public:
     bool reset();
 
     /// Plays frames `in` to `out` (inclusive, in either order) of the recording `name`, or of the store's own
-    /// when it is null, at `speed`, after `delay` ms in which the loader reads ahead with at most `maxFrames`
-    /// frames.
+    /// when it is null, at `speed`, after `delay` ms (0 to `longestPlayDelay_ms`) in which the loader reads
+    /// ahead with at most `maxFrames` frames.
     ///
-    /// The range that is loaded already starts again at once, without delay. False, and the replay before
-    /// goes on, when there is neither name nor store, when the recording cannot be opened, and for a speed
-    /// that is infinite or not a number.
+    /// The range that is loaded already starts again at once, without delay; but not when frames of it could
+    /// not be read: then the file is opened anew. False, and the replay before goes on, when there is neither
+    /// name nor store, when the recording cannot be opened, and for a speed that is infinite or not a number.
     bool play(unsigned long long in, unsigned long long out, const wchar_t* name, double speed, int delay,
               unsigned long maxFrames);
+
+    /// The longest delay between loading and starting a replay: the caller waits for it.
+    static constexpr int longestPlayDelay_ms = 60000;
 
     /// Moves to a frame; in a replay it is wrapped into the range. Live, a frame that is not there (beyond
     /// the newest, or gone from the store) holds the picture until it comes, or until `live`.
@@ -100,6 +109,15 @@ public:
     /// Whether a replay is on (not live).
     bool playing() const;
 
+    /// Whether the engine's front end has set that it records.
+    bool recording() const;
+
+    /// What of the replay could not be read when it was tried last; no frames when live.
+    play_error unreadable() const;
+
+    /// Full path of the recording replayed last; empty before.
+    vcore::str replayFile() const;
+
     /// Frames per tick, 1.0 when live.
     double speed() const;
 
@@ -112,6 +130,7 @@ public:
 
 protected:
     IMediaSample* nextSample() override;
+    void faultChanged(unsigned long fault, bool begun) override;
 
 private:
     struct Tick {
@@ -122,6 +141,7 @@ private:
 
     Tick dueTick() MARVO_REQUIRES(filterLock());
     void postInfo(long long frame, unsigned long long newest) MARVO_REQUIRES(filterLock());
+    bool noteErrors() MARVO_REQUIRES(filterLock());
     void fetch(long long frame) MARVO_REQUIRES(filterLock());
     bool fetchInto(vvideo::dvFrame* frame, unsigned long long number) MARVO_REQUIRES(filterLock());
     unsigned long long newestFrame() const MARVO_REQUIRES(filterLock());
@@ -157,6 +177,8 @@ private:
     /// picture than the frame of that number.
     bool displayStale_ MARVO_GUARDED_BY(filterLock()) = false;
     bool recording_ MARVO_GUARDED_BY(filterLock()) = false;
+    /// What "playError" has told last.
+    play_error told_ MARVO_GUARDED_BY(filterLock());
     /// The host's thread only.
     vvideo::dvMediaType type_;
 };

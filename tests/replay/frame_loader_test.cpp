@@ -1,6 +1,7 @@
 #include "marvo.h"
 
 #include "tests/support/avi_builder.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/recording.h"
 #include "tests/support/samples.h"
 
@@ -251,6 +252,110 @@ TEST(FrameLoader, GoesOnBehindAviFramesOfOtherSizes) {
     EXPECT_EQ(std::count(frame.data() + 60000, frame.data() + 120000, 0), 60000);
     ASSERT_TRUE(samples::eventually([&] { return loader.get(&frame, 3); }));
     EXPECT_TRUE(samples::holds(frame.data(), 3, samples::ntscSize));
+}
+
+/// What the engine reads from, counted, and made to fail or to stand still.
+struct Disk {
+    static inline std::atomic<DWORD> error;
+    static inline std::atomic<DWORD> quick; ///< the only thread that is served while it stands still; 0: all
+    static inline std::atomic<int> reads, waiting;
+
+    Disk() { error = quick = 0, reads = waiting = 0; }
+    ~Disk() { quick = 0; }
+
+private:
+    static BOOL WINAPI read(HANDLE file, void* to, DWORD bytes, DWORD* got, OVERLAPPED* place) {
+        for (++reads; quick != 0 && quick != GetCurrentThreadId(); Sleep(5)) {
+            waiting = 1;
+        }
+        return error == 0 ? ReadFile(file, to, bytes, got, place) : (SetLastError(error), FALSE);
+    }
+    ImportPatch patch_{engineModule(), "ReadFile", reinterpret_cast<void*>(&read)};
+};
+
+bool tells(dvFrameLoad& loader, const play_error& expected) {
+    return samples::eventually([&] { return loader.unreadable() == expected; });
+}
+
+TEST(FrameLoader, TellsWhatCannotBeReadAndGoesOnWhenItCan) {
+    constexpr wchar_t avi[] = L"frame_loader_cut.avi";
+    const avi::File built({.frames = 40, .frameSize = samples::palSize, .index = avi::Index::Standard});
+    recording::write(name, 40);
+    const std::string raw = avi::File::read(name);
+    vvideo::dvFrame frame(samples::palSize, nullptr);
+    for (const bool isAvi : {false, true}) {
+        SCOPED_TRACE(isAvi ? "avi" : "raw");
+        const wchar_t* const file = isAvi ? avi : name;
+        const std::string& whole = isAvi ? built.bytes : raw;
+        const size_t cut = isAvi ? built.frameOffsets[20] + 99 : 20 * recording::recordSize + 99;
+        avi::File::write(file, whole);
+        dvFrameLoad loader;
+        Disk disk;
+        ASSERT_TRUE(loader.init(file, 5, 29, 6));
+        ASSERT_TRUE(arrives(loader, 8));
+        EXPECT_TRUE(tells(loader, {}));
+        recording::resize(file, cut);
+        EXPECT_FALSE(loader.get(&frame, 25));
+        EXPECT_TRUE(tells(loader, {20, 10, ERROR_HANDLE_EOF})) << "and not the ones behind the range";
+        disk.reads = 0;
+        FILETIME ignored, kernel[2], user[2];
+        GetProcessTimes(GetCurrentProcess(), &ignored, &ignored, &kernel[0], &user[0]);
+        Sleep(1000);
+        GetProcessTimes(GetCurrentProcess(), &ignored, &ignored, &kernel[1], &user[1]);
+        const DWORD used_ms = (kernel[1].dwLowDateTime - kernel[0].dwLowDateTime + user[1].dwLowDateTime -
+                               user[0].dwLowDateTime) /
+                              10000;
+        std::printf("a second of a frame that cannot be read: %d reads, %lu ms\n", disk.reads.load(),
+                    used_ms);
+        EXPECT_LE(disk.reads, 10);
+        EXPECT_TRUE(arrives(loader, 12)) << "what is left can be played";
+        EXPECT_FALSE(loader.loaded(file, 5, 29)) << "it is to be opened anew";
+        avi::File::write(file, whole);
+        EXPECT_TRUE(arrives(loader, 25));
+        EXPECT_TRUE(tells(loader, {}));
+        disk.error = ERROR_CRC;
+        EXPECT_FALSE(loader.get(&frame, 17));
+        EXPECT_TRUE(tells(loader, {17, 1, ERROR_CRC}));
+        disk.error = ERROR_SUCCESS;
+        EXPECT_TRUE(arrives(loader, 17) && tells(loader, {}));
+        avi::File::write(file, std::string(whole.size(), 'x')); // another file, written over this one
+        EXPECT_FALSE(loader.get(&frame, 9));
+        EXPECT_TRUE(
+            tells(loader, {9, 1, static_cast<DWORD>(isAvi ? ERROR_INVALID_DATA : ERROR_FILE_INVALID)}));
+    }
+}
+
+TEST(FrameLoader, ADiskThatStandsStillHoldsNobodyUp) {
+    recording::write(name, 40);
+    Disk disk;
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, 0, 20, 6));
+    ASSERT_TRUE(arrives(loader, 3));
+    const auto standStill = [&](unsigned long long frame) {
+        vvideo::dvFrame ignored(samples::palSize, nullptr);
+        disk.waiting = 0;
+        disk.quick = GetCurrentThreadId();
+        loader.get(&ignored, frame);
+        return samples::eventually([&] { return disk.waiting != 0; });
+    };
+    ASSERT_TRUE(standStill(15));
+    EXPECT_LT(samples::elapsed_ms([&] { EXPECT_TRUE(loader.init(name, 5, 25, 6)); }), 10000u);
+    disk.quick = 0;
+    EXPECT_TRUE(arrives(loader, 7));
+    ASSERT_TRUE(standStill(20));
+    EXPECT_EQ(loader.unreadable().frames, 0u) << "slow is not broken";
+    EXPECT_LT(samples::elapsed_ms([&] { loader.done(); }), 10000u);
+}
+
+TEST(FrameLoader, TakesAsMuchMemoryAsThereIs) {
+    recording::write(name, 4);
+    recording::resize(name, 15000ull * recording::recordSize);
+    dvFrameLoad loader;
+    // More than a 32-bit process can have; a 64-bit one would take it.
+    ASSERT_TRUE(loader.init(name, 0, sizeof(void*) == 4 ? 14000 : 140, 0xFFFFFFFF));
+    EXPECT_TRUE(arrives(loader, 2));
+    loader.done();
+    DeleteFileW(name);
 }
 
 TEST(FrameLoader, TheBreakerSlowsLoading) {

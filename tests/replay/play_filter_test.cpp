@@ -4,6 +4,7 @@
 #include "tests/support/samples.h"
 #include "tests/support/foreign_pin.h"
 #include "tests/support/import_patch.h"
+#include "tests/video/fakes.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +76,11 @@ struct PlayFilter : testing::Test {
         ASSERT_EQ(output->Connect(&receiver, nullptr), S_OK);
         vwin::com_<IReferenceClock> clock;
         clock.attach(systemClock());
-        filter.SetSyncSource(clock.ptr());
+        runBy(clock.ptr());
+    }
+
+    void runBy(IReferenceClock* clock) {
+        filter.SetSyncSource(clock);
         ASSERT_EQ(filter.Run(0), S_OK);
     }
 
@@ -330,6 +335,150 @@ TEST_F(PlayFilter, LiveAndRefusedReplays) {
     EXPECT_EQ(filter.frame(), 3);
     EXPECT_TRUE(filter.reset());
     EXPECT_EQ(filter.frame(), 0);
+}
+
+/// What the filter has told, one behind the other.
+struct Told : vcore::vObject {
+    std::mutex mutex;
+    std::vector<play_error> errors;
+    std::vector<std::pair<unsigned long, unsigned long>> faults;
+
+    explicit Told(dvPlayFilter& filter) {
+        filter.connect(L"playError", this, this, &Told::onError);
+        filter.connect(L"playFault", this, this, &Told::onFault);
+    }
+    void onError(unsigned long long first, unsigned long long frames, unsigned long error) {
+        const std::lock_guard lock(mutex);
+        errors.push_back({first, frames, static_cast<std::uint32_t>(error)});
+    }
+    void onFault(unsigned long fault, unsigned long begun) {
+        const std::lock_guard lock(mutex);
+        faults.emplace_back(fault, begun);
+    }
+    template <class List>
+    bool ends(const List& list, size_t count, const typename List::value_type& last) {
+        return samples::eventually([&] {
+                   const std::lock_guard lock(mutex);
+                   return list.size() >= count;
+               }) &&
+               list.size() == count && list.back() == last;
+    }
+};
+
+TEST_F(PlayFilter, TellsOnceWhatCannotBeReadAndHoldsThePicture) {
+    Told told(filter);
+    constexpr auto half = 20ull * recording::recordSize;
+    recording::write(name, 40);
+    ASSERT_TRUE(filter.play(10, 35, name, 1.0, 100, 6));
+    expectShown(12);
+    recording::resize(name, half);
+    EXPECT_TRUE(told.ends(told.errors, 1, {20, 16, ERROR_HANDLE_EOF}));
+    expectShown(19);
+    const size_t count = sink.count();
+    EXPECT_TRUE(samples::eventually([&] { return sink.count() > count + 20; }));
+    expectShown(19);
+    EXPECT_EQ(told.errors.size(), 1u) << "not each time that it is tried";
+    recording::append(name, 20, 20);
+    EXPECT_TRUE(told.ends(told.errors, 2, {20, 0, 0}));
+    expectShown(30);
+    recording::resize(name, half);
+    EXPECT_TRUE(told.ends(told.errors, 3, {20, 16, ERROR_HANDLE_EOF}));
+    EXPECT_TRUE(filter.play(10, 35, name, 1.0, 0, 6)) << "opens it anew";
+    expectShown(18);
+    EXPECT_FALSE(filter.unreadable().frames != 0) << "a range of what is there";
+    recording::resize(name, half / 2);
+    ASSERT_TRUE(samples::eventually([&] { return filter.unreadable().frames != 0; }));
+    EXPECT_LT(samples::elapsed_ms([&] { filter.live(); }), 2000u);
+    capture(0, 2);
+    expectShown(1);
+    EXPECT_EQ(told.errors.back().frames, 0u);
+    filter.disconnect();
+}
+
+TEST_F(PlayFilter, AClockWithoutTicksIsToldAndDoesNotStopThePicture) {
+    struct Clock : fake::Counted<IReferenceClock> {
+        HRESULT advised = S_OK; // and then nothing comes
+        STDMETHODIMP GetTime(REFERENCE_TIME* now) override { return *now = 1, S_OK; }
+        STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override {
+            return E_FAIL;
+        }
+        STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR* cookie) override {
+            return *cookie = 1, advised;
+        }
+        STDMETHODIMP Unadvise(DWORD_PTR) override { return S_OK; }
+    } clock;
+    Told told(filter);
+    std::uint32_t frame = 0;
+    for (const HRESULT advised : {S_OK, E_FAIL}) {
+        clock.advised = advised;
+        runBy(&clock);
+        EXPECT_TRUE(told.ends(told.faults, 2 * frame + 1, {play_no_ticks, 1}));
+        EXPECT_EQ(filter.faults(), play_no_ticks);
+        capture(frame, 1);
+        expectShown(frame++);
+        vwin::com_<IReferenceClock> good;
+        good.attach(systemClock());
+        runBy(good.ptr());
+        EXPECT_TRUE(told.ends(told.faults, 2 * frame, {play_no_ticks, 0}));
+    }
+    EXPECT_EQ(clock.count, 1);
+    filter.disconnect();
+}
+
+TEST_F(PlayFilter, AReceiverThatRefusesOrKeepsASampleIsTold) {
+    struct Stubborn : ForeignPin {
+        std::atomic<bool> refuses = true, keeps = false;
+        STDMETHODIMP Receive(IMediaSample* sample) override {
+            while (keeps) {
+                Sleep(5);
+            }
+            return refuses ? E_FAIL : ForeignPin::Receive(sample);
+        }
+        std::vector<IMemAllocator*> allocators;
+        STDMETHODIMP NotifyAllocator(IMemAllocator* allocator, BOOL) override {
+            return allocators.push_back(allocator), S_OK;
+        }
+    } stubborn;
+    Told told(filter);
+    disconnect(sink);
+    start(stubborn);
+    EXPECT_TRUE(told.ends(told.faults, 1, {play_refused, 1}));
+    stubborn.refuses = false;
+    EXPECT_TRUE(told.ends(told.faults, 2, {play_refused, 0}));
+    recording::write(name, 20);
+    stubborn.keeps = true;
+    ASSERT_TRUE(samples::eventually([&] { return filter.faults() == play_held_up; }));
+    EXPECT_LT(samples::elapsed_ms([&] {
+                  EXPECT_TRUE(filter.play(0, 9, name, 1.0, 0, 6) && filter.setSpeed(0.5));
+                  EXPECT_TRUE(filter.setPause(true) && filter.live());
+              }),
+              3000u);
+    EXPECT_LT(samples::elapsed_ms([&] { disconnect(stubborn); }), 10000u);
+    EXPECT_EQ(filter.faults(), 0u);
+    stubborn.keeps = false;
+    start(stubborn);
+    ASSERT_EQ(stubborn.allocators.size(), 2u);
+    EXPECT_NE(stubborn.allocators[0], stubborn.allocators[1]) << "a sample is lost with each killed thread";
+    capture(0, 1);
+    EXPECT_TRUE(samples::eventually([&] { return stubborn.shows(samples::bytes(0)); }));
+    disconnect(stubborn);
+    filter.disconnect();
+}
+
+std::atomic<DWORD> longestNap_ms;
+
+void WINAPI nap(DWORD ms) {
+    longestNap_ms = std::max(longestNap_ms.load(), ms);
+    Sleep(std::min(ms, 20ul));
+}
+
+TEST_F(PlayFilter, NobodyWaitsForDaysForAReplay) {
+    const ImportPatch patch(engineModule(), "Sleep", reinterpret_cast<void*>(&nap));
+    recording::write(name, 20);
+    ASSERT_TRUE(filter.play(0, 9, name, 1.0, -1, 6));
+    EXPECT_LT(longestNap_ms, 1000u);
+    ASSERT_TRUE(filter.play(0, 8, name, 1.0, 2000000000, 6));
+    EXPECT_EQ(longestNap_ms, 60000u);
 }
 
 TEST_F(PlayFilter, WaitsForASlowReceiver) {

@@ -1,7 +1,9 @@
-#include "tests/system/engine.h"
+#include "tests/support/recording.h"
+#include "tests/system/picture.h"
 
 #include <algorithm>
-#include <set>
+#include <filesystem>
+#include <functional>
 #include <thread>
 
 namespace {
@@ -62,37 +64,13 @@ TEST_F(WholeRun, Ntsc) {
     playOneRun("ntsc.dv", 120000, 30);
 }
 
-class Commands : public Engine {};
+class Commands : public PictureEngine {};
 
-TEST_F(Commands, ThePictureIsInTheHostsWindow) {
+TEST_F(Commands, ASecondInitOnlyShowsTheVideo) {
     ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(captured(10));
-    const HDC dc = GetDC(window);
-    EXPECT_TRUE(pumpUntil([&] {
-        std::set<COLORREF> colours;
-        for (int x = 20; x < 700; x += 20) {
-            for (int y = 20; y < 560; y += 20) {
-                colours.insert(GetPixel(dc, x, y));
-            }
-        }
-        return colours.size() > 20;
-    })) << "a moving test picture has many colours";
-    ReleaseDC(window, dc);
+    ASSERT_TRUE(captured(20));
     ASSERT_TRUE(dvFE.init(window, false));
-    EXPECT_GE(dvFE.lastFrame(), 10u) << "a second init only shows the video";
-    EXPECT_TRUE(dvFE.reinit(window) && dvFE.setSize(360, 288) && dvFE.setPos(10, 10));
-    const HWND none = reinterpret_cast<HWND>(0x7ffe);
-    EXPECT_FALSE(dvFE.showWindow(none) || dvFE.init(none, false));
-    EXPECT_TRUE(dvFE.visible()) << "the picture stays where it was";
-    for (HWND host : {HWND{}, window}) {
-        EXPECT_TRUE(dvFE.hideWindow());
-        EXPECT_FALSE(dvFE.visible()) << "without a host it would stand on the desktop";
-        EXPECT_TRUE(dvFE.showWindow(host));
-        EXPECT_EQ(dvFE.visible(), host != nullptr);
-    }
-    dvFE.done();
-    EXPECT_TRUE(dvFE.init(none, false)) << "capture does not need a window";
-    EXPECT_FALSE(dvFE.visible());
+    EXPECT_GE(dvFE.lastFrame(), 20u) << "the graphs went on";
 }
 
 TEST_F(Commands, DoneEndsTheSession) {
@@ -125,19 +103,107 @@ TEST_F(Commands, AnElementIsReplayedFromItsMarkers) {
     EXPECT_FALSE(dvFE.playElement(5)) << "a new recording forgets the elements";
 }
 
-TEST_F(Commands, ARecordingIsReplayedWithoutACamera) {
+TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
     ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(dvFE.startRecord(nullptr));
-    ASSERT_TRUE(captured(50));
-    dvFE.stopRecord();
-    ASSERT_TRUE(dvFE.playinit(window, 30, 10, "system_test.dv"));
-    EXPECT_TRUE(dvFE.playing());
-    const auto frames = ticksUntilShown(21);
-    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 10u);
-    EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 30u);
-    EXPECT_FALSE(dvFE.playinit(window, 0, 10, "no such file.dv"));
-    EXPECT_TRUE(devicesFree());
-    ASSERT_TRUE(dvFE.init(window, false)) << "live again after a play-only run";
+    for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
+        ASSERT_TRUE(dvFE.startRecord(file));
+        ASSERT_TRUE(captured(45));
+        dvFE.stopRecord();
+    }
+    std::ofstream("short.dv") << std::string(1000, 'x');
+    std::ofstream("short.avi") << std::string(1000, 'x');
+    for (const std::string name : {"system_test.dv", "system_test.avi"}) {
+        SCOPED_TRACE(name);
+        const vcore::str wide(name.c_str());
+        const wchar_t* const file = wide.oleStr();
+        dvFE.setPlayFile(file);
+        const struct {
+            const char* what;
+            std::function<bool()> command;
+            unsigned long long from, to;
+        } table[] = {
+            {"a range", [&] { return dvFE.playinit(window, 30, 10, name.c_str()); }, 10, 30},
+            {"backward", [] { return dvFE.setSpeed(-1); }, 10, 30},
+            {"slowly", [] { return dvFE.setSpeed(0.5); }, 10, 30},
+            {"held", [] { return dvFE.pause() && dvFE.seekPosition(25); }, 25, 25},
+            {"stopped", [] { return dvFE.resume() && dvFE.seekPosition(28) && dvFE.setSpeed(0); }, 28, 28},
+            {"outside", [] { return dvFE.seekPosition(28 + 2 * 21); }, 28, 28},
+            {"another range", [] { return dvFE.replay(3, 9, nullptr); }, 3, 9},
+            {"of another file", [&] { return dvFE.replay(5, 8, L"system_test.dv"); }, 5, 8},
+            {"an element", [] { return dvFE.call("XI07011") && dvFE.call("XO07014") && dvFE.playElement(7); },
+             11, 14},
+            {"a refused file", [] { return !dvFE.replay(0, 9, L"short.dv"); }, 11, 14},
+            {"a second one", [&] { return dvFE.playinit(window, 0, 4, name.c_str()); }, 0, 4},
+            {"live without a camera", [] { return dvFE.live() && !dvFE.playing(); }, 0, 0},
+            {"and back", [&] { return dvFE.replay(2, 6, file); }, 2, 6},
+            {"shown again", [&] { return dvFE.hideWindow() && dvFE.showWindow(window); }, 2, 6},
+            {"no recording", [] { return !dvFE.startRecord(nullptr) && !dvFE.playing(); }, 0, 0},
+            {"and back again", [&] { return dvFE.replay(1, 4, file); }, 1, 4},
+        };
+        for (const auto& row : table) {
+            SCOPED_TRACE(row.what);
+            EXPECT_TRUE(row.command());
+            pumpUntil([&] { return info.from == row.from || !dvFE.playing(); }, 1000);
+            pump(200); // what is on its way
+            const auto frames = ticksUntilShown(row.to - row.from + 1);
+            EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), row.from);
+            EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), row.to);
+            EXPECT_TRUE(devicesFree() && dvFE.lastFrame() + 1 == 0 && dvFE.playFaults() == 0);
+        }
+        EXPECT_FALSE(dvFE.paused() || dvFE.speed() != 1.0 || dvFE.playError().frames != 0);
+        EXPECT_EQ(dvFE.getRawTime(), static_cast<int>(dvFE.playedFrame() * 1000 / dvFE.framesPerSecond()));
+        for (const char* bad : {"no such file.dv", "no such folder\\x.avi", "short.dv", "short.avi", ""}) {
+            EXPECT_FALSE(dvFE.playinit(window, 0, 10, bad)) << bad;
+        }
+        EXPECT_FALSE(dvFE.playinit(window, 0, 10, nullptr) || dvFE.playinit(window, -3, 10, name.c_str()));
+        EXPECT_FALSE(dvFE.playing());
+        ASSERT_TRUE(dvFE.init(window, false)) << "live again after a play-only run";
+        EXPECT_TRUE(captured(10) && moves(window));
+    }
+}
+
+TEST_F(Commands, AFileThatIsCutWhileItPlaysIsToldAndLogged) {
+    struct : vcore::vObject {
+        std::atomic<int> calls = 0;
+        play_error last;
+        void onError(unsigned long long first, unsigned long long frames, unsigned long error) {
+            last = {first, frames, static_cast<std::uint32_t>(error)};
+            ++calls;
+        }
+    } host;
+    dvFE.connect(L"playError", &host, &host, &std::remove_reference_t<decltype(host)>::onError);
+    ASSERT_TRUE(dvFE.init(window, false));
+    for (const std::string name : {"system_test.dv", "system_test.avi"}) {
+        const vcore::str wide(name.c_str());
+        const wchar_t* const file = wide.oleStr();
+        ASSERT_TRUE(dvFE.startRecord(file));
+        ASSERT_TRUE(captured(120)); // so that the ring has lost the first ones
+        dvFE.stopRecord();
+        ASSERT_TRUE(dvFE.replay(10, 39, file));
+        ticksUntilShown(5);
+        host.calls = 0;
+        const auto size = std::filesystem::file_size(name);
+        std::string whole(size, 0);
+        std::ifstream(name, std::ios::binary).read(whole.data(), static_cast<std::streamsize>(size));
+        recording::resize(file, 25ull * 148000);
+        ASSERT_TRUE(pumpUntil([&] { return host.calls == 1; }));
+        EXPECT_TRUE(host.last == dvFE.playError() && host.last.error == ERROR_HANDLE_EOF);
+        EXPECT_EQ(host.last.first + host.last.frames, 40u);
+        EXPECT_TRUE(pumpUntil([&] { return dvFE.playedFrame() + 1 == host.last.first; }))
+            << "the last good one";
+        std::ofstream(name, std::ios::binary | std::ios::in)
+            .write(whole.data(), static_cast<std::streamsize>(size));
+        EXPECT_TRUE(pumpUntil([&] { return host.calls == 2 && dvFE.playedFrame() == 39; }))
+            << "it is whole again";
+        EXPECT_EQ(host.last.frames, 0u);
+        recording::resize(file, 0);
+        ASSERT_TRUE(pumpUntil([&] { return host.calls == 3; }));
+        EXPECT_LT(samples::elapsed_ms([] { dvFE.live(); }), 2000u);
+        EXPECT_TRUE(moves(window));
+        EXPECT_EQ(dvFE.playError().frames, 0u);
+    }
+    dvFE.disconnect(&host);
+    std::printf("%s", log().c_str());
 }
 
 TEST_F(Commands, ReplaysWhatIsStillBeingWritten) {
@@ -173,23 +239,6 @@ TEST_F(Commands, AnAviRecordingIsReplayedWhileItIsMadeAndAfterwards) {
     for (const auto& fault : inspector.faults()) {
         ADD_FAILURE() << fault.offset << ": " << vcore::str(fault.text).getStr();
     }
-    ASSERT_TRUE(dvFE.playinit(window, 30, 10, "system_test.avi"));
-    frames = ticksUntilShown(21);
-    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 10u);
-    EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 30u);
-}
-
-TEST_F(Commands, TheDeinterlacingRendererIsBuiltOrRefused) {
-    dvFE.setDeinterlace(true);
-    const bool built = dvFE.init(window, false);
-    const std::string text = log();
-    EXPECT_NE(text.find("marvo set deinterlacing on"), std::string::npos);
-    EXPECT_NE(text.find("marvo created Mixing renderer 9"), std::string::npos);
-    EXPECT_EQ(built, text.find("error") == std::string::npos);
-    EXPECT_TRUE(!built || captured(dvFE.lastFrame() + 20));
-    dvFE.done();
-    dvFE.setDeinterlace(false);
-    EXPECT_TRUE(devicesFree());
 }
 
 TEST_F(Commands, EveryConcurrentQueryAnswers) {

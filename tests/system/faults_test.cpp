@@ -58,15 +58,4 @@ TEST_F(Faults, ARangeOutsideTheFileIsClamped) {
         << "the final frame is never part of a range, which is " << info.from << " to " << info.to;
 }
 
-TEST_F(Faults, TheHostsWindowGoesAway) {
-    ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(captured(10));
-    DestroyWindow(window);
-    pump(200);
-    EXPECT_TRUE(captured(dvFE.lastFrame() + 10)) << "capture does not need a window";
-    SetUp();
-    EXPECT_TRUE(dvFE.showWindow(window));
-    pump(200);
-}
-
 } // namespace

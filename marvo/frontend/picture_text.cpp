@@ -1,0 +1,73 @@
+#include "marvo/frontend/picture_text.h"
+
+#include "marvo/core/directshow.h"
+#include "marvo/core/str.h"
+#include "marvo/core/text.h"
+#include "marvo/replay/delivery_watch.h"
+
+#include <evcode.h>
+
+namespace frontend {
+
+namespace {
+
+struct Text {
+    long value;
+    const char* text;
+};
+
+constexpr Text faultTexts[] = {
+    {play_no_ticks, "the clock gives no ticks"},
+    {play_refused, "the decoder or renderer refuses the frames"},
+    {play_held_up, "the decoder or renderer holds a frame"},
+    {play_no_graph, "the play graph does not run"},
+};
+
+constexpr Text eventTexts[] = {
+    {EC_USERABORT, "the user has closed the picture"},
+    {EC_ERRORABORT, "the play graph has given up"},
+    {EC_STREAM_ERROR_STOPPED, "a stream has stopped with an error"},
+    {EC_STREAM_ERROR_STILLPLAYING, "an error in a stream"},
+    {EC_ERROR_STILLPLAYING, "an error, but the graph goes on"},
+    {EC_VIDEO_SIZE_CHANGED, "the picture has another size"},
+    {EC_DISPLAY_CHANGED, "the display has changed"},
+    {EC_WINDOW_DESTROYED, "the picture's window is gone"},
+    {EC_GRAPH_CHANGED, "the graph has changed"},
+    {EC_CLOCK_UNSET, "the clock has been taken away"},
+};
+
+} // namespace
+
+std::string errorText(const char* file, const play_error& error) {
+    if (error.frames == 0) {
+        return "replay: the frames are there again, or not asked for any more";
+    }
+    const std::string frames =
+        error.frames == 1 ? vcore::format("frame %llu", error.first)
+                          : vcore::format("frames %llu to %llu", error.first, error.first + error.frames - 1);
+    vcore::str reason(vcore::systemMessage(error.error).c_str());
+    return "replay: " + frames + " of " + file + " cannot be read: " + reason.getStr() +
+           vcore::format(" (%lu)", static_cast<unsigned long>(error.error));
+}
+
+std::string faultText(unsigned long faults, bool begun) {
+    std::string text = begun ? "no picture:" : "picture again:";
+    for (const Text& row : faultTexts) {
+        if ((faults & static_cast<unsigned long>(row.value)) != 0) {
+            text += begun ? std::string(" ") + row.text : std::string(" no longer: ") + row.text;
+        }
+    }
+    return text;
+}
+
+std::string eventText(long code, long long parameter) {
+    const char* words = "event of the play graph";
+    for (const Text& row : eventTexts) {
+        if (row.value == code) {
+            words = row.text;
+        }
+    }
+    return vcore::format("play graph: %s (event %ld, %lld)", words, code, parameter);
+}
+
+} // namespace frontend

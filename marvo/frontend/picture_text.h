@@ -1,0 +1,18 @@
+/// @file
+/// What the log says of the picture's troubles.
+#pragma once
+
+#include "marvo/replay/play_error.h"
+
+#include <string>
+
+namespace frontend {
+
+/// Which frames of the recording `file` cannot be read and why; or that none is missing any more.
+std::string errorText(const char* file, const play_error& error);
+/// That `play_fault`s have begun or are over.
+std::string faultText(unsigned long faults, bool begun);
+/// An event of the play graph with its first parameter.
+std::string eventText(long code, long long parameter);
+
+} // namespace frontend
