@@ -2,6 +2,7 @@
 
 #include "marvo/avi/avi_reader.h"
 #include "marvo/avi/avi_writer.h"
+#include "marvo/core/guarded.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -19,32 +20,42 @@ int FileIOAVI::done(int code, const wchar_t* text) {
     return code;
 }
 
+template <class Open>
+int FileIOAVI::withMemory(Open open) {
+    const int code = vcore::guarded(-1, open);
+    return code >= 0 ? code : done(SystemRefused, L"there is not enough memory\n");
+}
+
 int FileIOAVI::create(const wchar_t* name, const Video& video, bool unbuffered) {
     if (!name || opened()) {
         return Refused;
     }
-    auto writer = std::make_unique<AviWriter>();
-    const int code = writer->create(name, video, unbuffered, info_);
-    done(code, writer->error());
-    if (code == Ok) {
-        frame_ = 0;
-        writer_ = std::move(writer);
-    }
-    return code;
+    return withMemory([&] {
+        auto writer = std::make_unique<AviWriter>();
+        const int code = writer->create(name, video, unbuffered, info_);
+        done(code, writer->error());
+        if (code == Ok) {
+            frame_ = 0;
+            writer_ = std::move(writer);
+        }
+        return code;
+    });
 }
 
 int FileIOAVI::open(const wchar_t* name, Trust trust) {
     if (!name || opened()) {
         return Refused;
     }
-    auto reader = std::make_unique<AviReader>();
-    const int code = reader->open(name, trust, info_);
-    done(code, reader->error());
-    if (code == Ok) {
-        frame_ = 0;
-        reader_ = std::move(reader);
-    }
-    return code;
+    return withMemory([&] {
+        auto reader = std::make_unique<AviReader>();
+        const int code = reader->open(name, trust, info_);
+        done(code, reader->error());
+        if (code == Ok) {
+            frame_ = 0;
+            reader_ = std::move(reader);
+        }
+        return code;
+    });
 }
 
 int FileIOAVI::close() {

@@ -33,6 +33,10 @@
 /// may be called from any thread; each takes the lock of the object it reads, and a timed wait that runs out
 /// is not an error: the value is read anyway. `onRecInfo` is called on the frame store's writer thread.
 ///
+/// No exception leaves a command: one for which there is no memory is refused (false, or nothing is done),
+/// with the line "refused: there is not enough memory" in the log. One that was building the engine takes it
+/// apart.
+///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
 public:
@@ -256,6 +260,8 @@ private:
     bool buildPlayOnly(HWND window, int from, int to, const char* name);
     bool giveUp(frontend::BuildStep failed);
     bool refuse(const wchar_t* text);
+    template <class Command>
+    bool whole(Command command);
     bool settle(bool result);
     void takeApart();
     void runPlay(HWND window);

@@ -1,5 +1,6 @@
 #include "marvo/replay/frame_loader.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/recording/recordings.h"
 
@@ -257,7 +258,8 @@ bool dvFrameLoad::frameFor(unsigned long long number, unsigned long long& frame)
 bool dvFrameLoad::readFrame(unsigned long long number, recording::RecordBuffer& staging) {
     vcore::timed_guard fileLock(fileLock_, lockWait_ms);
     unsigned long long frame = 0;
-    return reader_ && frameFor(number, frame) && reader_->read(frame, staging);
+    return vcore::guarded(
+        false, [&] { return reader_ && frameFor(number, frame) && reader_->read(frame, staging); });
 }
 
 /// Copies a frame that was read into the ring's next slot. Another program may have written one that is

@@ -1,5 +1,6 @@
 #include "marvo/replay/frame_store.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/dv/dv_system.h"
 #include "marvo/recording/recordings.h"
@@ -300,7 +301,7 @@ bool dvFrameStore::stageFrame(recording::RecordBuffer& staging, unsigned long lo
 // A disk that never answers must not hold up the next recording for ever, so the recording lets its writer be
 // killed while it waits for the disk, but never while it holds a lock.
 void dvFrameStore::writeStaged(recording::RecordBuffer& staging, unsigned long ringFrames) {
-    writer_->write(staging);
+    vcore::guarded([&] { writer_->write(staging); });
     if (ringFrames != 0 && ring_.inPos() % ringFrames == 0) {
         writer_->flush();
     }
