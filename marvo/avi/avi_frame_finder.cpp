@@ -27,6 +27,13 @@ constexpr int baseTries = 64;
 /// Chunks looked at behind the first "movi" list to find the legacy index.
 constexpr int legacyTries = 4;
 
+/// What is not larger is read by way of the source's windows.
+constexpr unsigned long smallBytes = 0x200;
+
+unsigned long long positionOf(const riff::SuperIndexEntry& entry) {
+    return riff::join(entry.offsetLow, entry.offsetHigh);
+}
+
 struct StandardIndexHead {
     riff::ChunkHeader chunk;
     riff::IndexHeader index;
@@ -152,29 +159,37 @@ void AviFrameFinder::loadSuperIndex() {
         return true;
     };
     source_.forEachRecord<riff::SuperIndexEntry>(chunk.data() + sizeof(head), head.entriesInUse, keep);
-    unsigned long long last = 0;
-    for (const riff::SuperIndexEntry& entry : entries) {
-        const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
-        // Standard indexes follow each other in the file; so none is read twice, and no cycle is followed.
-        if (offset <= last) {
+    behindIndexes_ = sizeof(riff::ListHeader);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const unsigned long long offset = positionOf(entries[i]);
+        // Standard indexes follow each other in the file; so nothing is read twice, and no cycle is followed.
+        if (offset < behindIndexes_) {
             doubtIndexes(L"the super index leads back");
             return;
         }
-        last = offset;
+        const unsigned long long next = i + 1 < entries.size() ? positionOf(entries[i + 1]) : ~0ull;
+        behindIndexes_ = offset + sizeof(StandardIndexHead);
         indexStarts_.push_back(index_.count());
-        if (loadStandardIndex(entry)) {
+        if (loadStandardIndex(entries[i], std::max(next, behindIndexes_) - offset)) {
             info_.indexPositions.push_back(offset);
         }
     }
 }
 
-bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
-    const unsigned long long offset = riff::join(entry.offsetLow, entry.offsetHigh);
+/// Reads the standard index of an entry, up to which the next one follows `room` bytes behind it.
+bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry, unsigned long long room) {
+    const unsigned long long offset = positionOf(entry);
     StandardIndexHead head{};
-    const auto wanted = std::clamp<unsigned long>(entry.size, sizeof(head), blockBytes);
-    block_.resize(std::max<size_t>(block_.size(), (wanted + behindIndexBytes) / sizeof(block_[0]) + 1));
+    const auto limited = [room](unsigned long bytes) {
+        return static_cast<unsigned long>(std::min<unsigned long long>(bytes, room));
+    };
+    const auto wanted = std::clamp<unsigned long>(limited(entry.size), sizeof(head), blockBytes);
+    const unsigned long whole = limited(wanted + behindIndexBytes);
+    block_.resize(std::max<size_t>(block_.size(), whole / sizeof(block_[0]) + 1));
     const auto* const bytes = reinterpret_cast<const unsigned char*>(block_.data());
-    const unsigned long all = source_.read(offset, block_.data(), wanted + behindIndexBytes);
+    // Small ones that lie side by side share a read.
+    const bool peeked = whole <= smallBytes && source_.peek(offset, block_.data(), whole);
+    const unsigned long all = peeked ? whole : source_.read(offset, block_.data(), whole);
     const unsigned long got = std::min(all, wanted);
     if (got < sizeof(head)) {
         return doubtIndexes(L"no ix chunk found in movi LIST");
@@ -191,6 +206,12 @@ bool AviFrameFinder::loadStandardIndex(const riff::SuperIndexEntry& entry) {
         !header_.isFrame(head.index.chunkId) ||
         head.index.entriesInUse > (head.chunk.size - sizeof(head.index)) / sizeof(riff::StandardIndexEntry)) {
         return doubtIndexes(L"cannot read the standard index entry.");
+    }
+    // The entries, not the chunk, whose size may be damage.
+    behindIndexes_ =
+        offset + sizeof(head) + head.index.entriesInUse * 1ull * sizeof(riff::StandardIndexEntry);
+    if (behindIndexes_ > source_.size()) {
+        return doubtIndexes(L"a standard index is cut off");
     }
     const unsigned long long base = riff::join(head.index.baseOffsetLow, head.index.baseOffsetHigh);
     const std::uint32_t entries = head.index.entriesInUse;

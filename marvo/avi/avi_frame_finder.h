@@ -33,7 +33,7 @@ private:
     void findPieces();
     void addPiece(unsigned long long offset);
     void loadSuperIndex();
-    bool loadStandardIndex(const riff::SuperIndexEntry& entry);
+    bool loadStandardIndex(const riff::SuperIndexEntry& entry, unsigned long long room);
     void keepHeaders(unsigned long long offset, unsigned long begin, unsigned long end);
     void loadLegacyIndex();
     bool findLegacyIndex(RiffChunk& found);
@@ -55,6 +55,7 @@ private:
     AVI_ODMLFileInfo& info_;
     unsigned long long cursor_ = 0; ///< behind what is known: there a chunk begins
     const wchar_t* doubt_ = nullptr;
+    unsigned long long behindIndexes_ = 0; ///< where the entries of the standard index read last end
     /// A standard index with its header, and what stands behind it.
     std::vector<riff::StandardIndexEntry> block_;
     std::vector<unsigned long> indexStarts_; ///< numbers of the frames with which the indexes start

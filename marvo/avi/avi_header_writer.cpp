@@ -17,6 +17,9 @@ constexpr std::uint32_t frameTag = fourcc("00dc");
 constexpr std::uint32_t uncompressedFrameSize = 701440;
 constexpr std::uint32_t mpeg2FrameSize = 0x20000;
 
+/// The writer also takes what is no DV; a frame of 16 MB is beyond every picture that is written so.
+constexpr unsigned long maxOtherFrameBytes = 0x1000000;
+
 /// Pictures beyond this do not fit the rectangle of a stream header.
 constexpr unsigned long maxPictureSide = 0x7FFF;
 
@@ -82,7 +85,7 @@ std::optional<AviFormat> AviFormat::of(const FileIOAVI::Video& video) {
     default:
         break;
     }
-    if (format.frameSize == 0 || format.frameSize > vdv::maxFrameBytes || video.width > maxPictureSide ||
+    if (format.frameSize == 0 || format.frameSize > maxOtherFrameBytes || video.width > maxPictureSide ||
         video.height > maxPictureSide) {
         return std::nullopt;
     }

@@ -92,7 +92,7 @@ void AviIndexCheck::checkSuperEntry(unsigned long number, const riff::SuperIndex
         findings_.fault(header_.superIndex.offset, L"entry %lu of the super index leads back", number);
         return;
     }
-    behindLast_ = offset + 1;
+    behindLast_ = offset + sizeof(riff::ChunkHeader);
     const auto before = [](const RiffChunk& index, unsigned long long place) { return index.offset < place; };
     const auto found = std::lower_bound(findings_.indexes.begin(), findings_.indexes.end(), offset, before);
     if (found == findings_.indexes.end() || found->offset != offset) {

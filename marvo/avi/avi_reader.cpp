@@ -1,6 +1,5 @@
 #include "marvo/avi/avi_reader.h"
 
-#include "marvo/avi/avi_search.h"
 #include "marvo/dv/layout.h"
 #include "marvo/core/volume.h"
 
@@ -30,20 +29,21 @@ int AviReader::fail(int code, const wchar_t* format, ...) {
     return code;
 }
 
-int AviReader::open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInfo& info) {
+int AviReader::open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInfo& info,
+                    const AviSearch::Progress& progress) {
     info = {};
     if (!source_.open(name)) {
         return fail(FileIOAVI::IndexFileNotOpen, L"Cannot open file %ls for reading index.", name);
     }
     name_ = name;
     try {
-        return find(trust, info);
+        return find(trust, info, progress);
     } catch (const std::bad_alloc&) {
         return fail(FileIOAVI::Damaged, L"not enough memory for the index");
     }
 }
 
-int AviReader::find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info) {
+int AviReader::find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info, const AviSearch::Progress& progress) {
     source_.readAhead(headerBytes);
     const wchar_t* fault = header_.read(source_);
     source_.readAhead(walkBytes);
@@ -52,7 +52,7 @@ int AviReader::find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info) {
                     L"interleaved DV (type 1) is not read, only DV video streams (type 2)");
     }
     if (trust == FileIOAVI::Trust::Nothing) {
-        return search(info);
+        return search(info, progress);
     }
     if (fault) {
         return fail(header_.hasMain ? FileIOAVI::NoDescend : FileIOAVI::Damaged, L"%ls", fault);
@@ -66,8 +66,10 @@ int AviReader::find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info) {
     return FileIOAVI::Ok;
 }
 
-int AviReader::search(AVI_ODMLFileInfo& info) {
-    AviSearch(source_, header_, index_).find();
+int AviReader::search(AVI_ODMLFileInfo& info, const AviSearch::Progress& progress) {
+    AviSearch search(source_, header_, index_, progress);
+    search.find();
+    broken_ = search.broken();
     if (!header_.hasVideo) {
         return fail(FileIOAVI::Damaged, L"no DV frames found");
     }

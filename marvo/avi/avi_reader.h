@@ -3,6 +3,7 @@
 #pragma once
 
 #include "marvo/avi/avi_frame_finder.h"
+#include "marvo/avi/avi_search.h"
 #include "marvo/avi/file_io_avi.h"
 
 #include <optional>
@@ -13,8 +14,13 @@
 /// takes no memory when it succeeds.
 class AviReader {
 public:
-    /// As `FileIOAVI::open`; fills `info`, which must outlive the reader.
-    int open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInfo& info);
+    /// As `FileIOAVI::open`; fills `info`, which must outlive the reader. A search without trust tells its
+    /// `progress`.
+    int open(const wchar_t* name, FileIOAVI::Trust trust, AVI_ODMLFileInfo& info,
+             const AviSearch::Progress& progress = {});
+
+    /// After an opening without trust: where frames begin that are not whole, in the order of the file.
+    const std::vector<unsigned long long>& broken() const { return broken_; }
 
     /// As `FileIOAVI::refresh`; the info given to `open` is brought up to date. Frames that were searched for
     /// without trust are not searched again.
@@ -42,8 +48,8 @@ public:
     unsigned long systemError() const { return systemError_; }
 
 private:
-    int find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info);
-    int search(AVI_ODMLFileInfo& info);
+    int find(FileIOAVI::Trust trust, AVI_ODMLFileInfo& info, const AviSearch::Progress& progress);
+    int search(AVI_ODMLFileInfo& info, const AviSearch::Progress& progress);
     void describe(AVI_ODMLFileInfo& info) const;
     int fail(int code, const wchar_t* format, ...);
 
@@ -51,6 +57,7 @@ private:
     AviHeader header_;
     AviIndex index_;
     std::optional<AviFrameFinder> finder_;
+    std::vector<unsigned long long> broken_;
     vcore::str name_;
     wchar_t error_[80] = L"";
     unsigned long systemError_ = 0;

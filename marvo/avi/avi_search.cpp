@@ -37,7 +37,10 @@ void AviSearch::find() {
         if (whole) {
             header_.assumeVideo(position, source_);
             index_.add(position, size);
+        } else {
+            broken_.push_back(position);
         }
+        tell(position);
         position = next(whole ? end : position + 1, source_.size());
     }
 }
@@ -74,20 +77,38 @@ bool AviSearch::endsWell(unsigned long long offset, std::uint32_t size) {
            vdv::isSequenceStart(start, last);
 }
 
+/// Has a block with more than an overlap from `begin` on, unless the file ends there. The candidates in a
+/// block lead back into it, so it is kept.
+void AviSearch::readBlock(unsigned long long begin) {
+    if (begin >= blockOffset_ && begin + overlap < blockOffset_ + blockCount_) {
+        return;
+    }
+    tell(begin);
+    block_.resize(blockBytes);
+    blockOffset_ = begin;
+    blockCount_ = source_.read(begin, block_.data(), blockBytes);
+}
+
+void AviSearch::tell(unsigned long long done) const {
+    if (progress_) {
+        progress_(done, source_.size());
+    }
+}
+
 unsigned long long AviSearch::next(unsigned long long begin, unsigned long long end) {
     std::uint32_t size = 0;
     if (begin < end && isFrameAt(begin, size)) {
         return begin;
     }
-    block_.resize(blockBytes);
     while (begin < end) {
-        const auto wanted =
-            static_cast<unsigned long>(std::min<unsigned long long>(blockBytes, end - begin + overlap));
-        const unsigned long got = source_.read(begin, block_.data(), wanted);
+        readBlock(begin);
+        const auto skipped = static_cast<unsigned long>(begin - blockOffset_);
+        const auto got = static_cast<unsigned long>(
+            std::min<unsigned long long>(blockCount_ - skipped, end - begin + overlap));
         if (got <= overlap) {
             return end;
         }
-        const unsigned char* const first = block_.data();
+        const unsigned char* const first = block_.data() + skipped;
         const unsigned char* const last = first + got - 1;
         for (const unsigned char* at = first + numberBytes; at < last; ++at) {
             at = static_cast<const unsigned char*>(std::memchr(at, 'd', static_cast<size_t>(last - at)));

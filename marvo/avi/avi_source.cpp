@@ -15,7 +15,7 @@ bool AviSource::open(const wchar_t* name) {
 }
 
 void AviSource::updateSize() {
-    windowBytes_ = 0;
+    windows_ = {};
     forget();
     LARGE_INTEGER size{};
     if (file_ && GetFileSizeEx(file_.get(), &size)) {
@@ -47,8 +47,10 @@ const unsigned char* AviSource::held(unsigned long long offset, unsigned long by
     const auto inside = [&](unsigned long long start, unsigned long long count) {
         return offset >= start && offset - start <= count && count - (offset - start) >= bytes;
     };
-    if (inside(windowOffset_, windowBytes_)) {
-        return window_.data() + (offset - windowOffset_);
+    for (const Window& window : windows_) {
+        if (inside(window.offset, window.count)) {
+            return window.bytes.data() + (offset - window.offset);
+        }
     }
     const auto before = [](unsigned long long place, const Kept& kept) { return place < kept.offset; };
     const auto behind = std::upper_bound(kept_.begin(), kept_.end(), offset, before);
@@ -59,6 +61,9 @@ const unsigned char* AviSource::held(unsigned long long offset, unsigned long by
 }
 
 void AviSource::keep(unsigned long long offset, const unsigned char* data, unsigned long bytes) {
+    if (!kept_.empty() && offset <= kept_.back().offset) {
+        return;
+    }
     Kept kept{offset, std::min(bytes, mostKept), {}};
     std::memcpy(kept.bytes, data, kept.count);
     kept_.push_back(kept);
@@ -69,12 +74,14 @@ bool AviSource::peek(unsigned long long offset, void* dest, unsigned long bytes)
         std::memcpy(dest, known, bytes);
         return true;
     }
-    window_.resize(std::max(readAhead_, bytes));
-    windowOffset_ = offset;
-    windowBytes_ = read(offset, window_.data(), static_cast<unsigned long>(window_.size()));
-    if (windowBytes_ < bytes) {
+    std::rotate(windows_.begin(), windows_.end() - 1, windows_.end());
+    Window& window = windows_.front();
+    window.bytes.resize(std::max(readAhead_, bytes));
+    window.offset = offset;
+    window.count = read(offset, window.bytes.data(), static_cast<unsigned long>(window.bytes.size()));
+    if (window.count < bytes) {
         return false;
     }
-    std::memcpy(dest, window_.data(), bytes);
+    std::memcpy(dest, window.bytes.data(), bytes);
     return true;
 }

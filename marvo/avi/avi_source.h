@@ -5,6 +5,7 @@
 #include "marvo/core/handle.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <vector>
 
@@ -30,10 +31,12 @@ public:
     unsigned long read(unsigned long long offset, void* dest, unsigned long bytes,
                        unsigned long* error = nullptr) const;
 
-    /// Copies a small structure out of a window that is read ahead. False unless all of it is there.
+    /// Copies a small structure out of a window that is read ahead. Several are kept, for a search looks at
+    /// some places in turn that all move on. False unless all of it is there.
     bool peek(unsigned long long offset, void* dest, unsigned long bytes);
 
-    /// Keeps the first `mostKept` of bytes that were read at `offset`, behind all that are kept, for `peek`.
+    /// Keeps the first `mostKept` of bytes that were read at `offset`, for `peek`. They are to stand behind
+    /// all that are kept; others are not kept.
     void keep(unsigned long long offset, const unsigned char* data, unsigned long bytes);
     /// Whether `peek` has these bytes without reading.
     bool has(unsigned long long offset, unsigned long bytes) const { return held(offset, bytes) != nullptr; }
@@ -71,6 +74,15 @@ public:
 private:
     /// Enough for a chunk or list header.
     static constexpr unsigned long mostKept = 16;
+    /// One for the frame that is looked at, and for each size that a frame can have one for its end and one
+    /// for its last sequence.
+    static constexpr std::size_t mostWindows = 16;
+
+    struct Window {
+        unsigned long long offset = 0;
+        unsigned long count = 0;
+        std::vector<unsigned char> bytes;
+    };
 
     struct Kept {
         unsigned long long offset;
@@ -83,8 +95,6 @@ private:
     vcore::handle file_;
     unsigned long long size_ = 0;
     unsigned long readAhead_ = 0x1000;
-    std::vector<unsigned char> window_;
-    unsigned long long windowOffset_ = 0;
-    unsigned long windowBytes_ = 0;
-    std::vector<Kept> kept_; ///< by offset
+    std::array<Window, mostWindows> windows_; ///< the one read last in front
+    std::vector<Kept> kept_;                  ///< by offset
 };

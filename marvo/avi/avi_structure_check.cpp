@@ -22,6 +22,9 @@ struct Name {
     }
 };
 
+/// Lists in lists, of which no program nests more than four; deeper ones are stepped over.
+constexpr std::size_t deepestList = 16;
+
 /// Progress is reported once in so many chunks.
 constexpr unsigned long progressStep = 64;
 
@@ -65,8 +68,8 @@ bool AviStructureCheck::resume(RiffWalker& walker, RiffWalker::Step step) {
         }
         return false;
     }
-    unsigned long long next =
-        AviSearch(source_, header_, findings_.chunks).next(position + 1, source_.size());
+    leaveLists(position);
+    unsigned long long next = nextFrame(position + 1);
     for (auto list = lists_.rbegin(); next == source_.size() && list != lists_.rend(); ++list) {
         const unsigned long long end = riff::padded(list->end);
         next = end > position && end < source_.size() ? end : next;
@@ -79,6 +82,15 @@ bool AviStructureCheck::resume(RiffWalker& walker, RiffWalker::Step step) {
     }
     walker.moveTo(next);
     return next < source_.size();
+}
+
+/// The first frame from `begin` on that a search finds; the end of the file when there is none.
+unsigned long long AviStructureCheck::nextFrame(unsigned long long begin) {
+    if (begin < searchedFrom_ || begin > nextFrame_) {
+        searchedFrom_ = begin;
+        nextFrame_ = AviSearch(source_, header_, findings_.chunks).next(begin, source_.size());
+    }
+    return nextFrame_;
 }
 
 void AviStructureCheck::leaveLists(unsigned long long offset) {
@@ -153,7 +165,7 @@ bool AviStructureCheck::enterList(const RiffChunk& chunk) {
     constexpr std::uint32_t known[] = {fourcc("hdrl"), fourcc("strl"), fourcc("odml"), fourcc("movi"),
                                        fourcc("rec ")};
     const bool isKnown = std::find(std::begin(known), std::end(known), chunk.type) != std::end(known);
-    if (chunk.id != fourcc("RIFF") && !(chunk.isList() && isKnown)) {
+    if (lists_.size() == deepestList || (chunk.id != fourcc("RIFF") && !(chunk.isList() && isKnown))) {
         return false;
     }
     lists_.push_back({chunk.end()});

@@ -31,6 +31,7 @@ private:
     void takeFrame(const RiffChunk& chunk);
     void checkFrameData(const RiffChunk& chunk);
     bool resume(RiffWalker& walker, RiffWalker::Step step);
+    unsigned long long nextFrame(unsigned long long begin);
 
     AviSource& source_;
     AviHeader& header_;
@@ -38,7 +39,9 @@ private:
     const AviInspector::Options& options_;
     std::vector<OpenList> lists_;
     bool behindPiece_ = false;
-    bool noMoreFrames_ = false; ///< none is found by searching, so that a damaged file is searched only once
+    /// The search done last: its start and what it found, so that no part of a file is searched twice.
+    unsigned long long searchedFrom_ = ~0ull;
+    unsigned long long nextFrame_ = 0;
     unsigned long expectedSize_ = 0;
     std::vector<unsigned char> frame_;
 };

@@ -2,6 +2,7 @@
 
 #include "marvo/avi/avi_reader.h"
 #include "marvo/avi/avi_writer.h"
+#include "marvo/core/guarded.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -24,32 +25,42 @@ int FileIOAVI::failed(int code, const AviWriter& writer) {
     return done(code, writer.error());
 }
 
+template <class Open>
+int FileIOAVI::withMemory(Open open) {
+    const int code = vcore::guarded(-1, open);
+    return code >= 0 ? code : done(SystemRefused, L"there is not enough memory\n");
+}
+
 int FileIOAVI::create(const wchar_t* name, const Video& video, bool unbuffered) {
     if (!name || opened()) {
         return Refused;
     }
-    auto writer = std::make_unique<AviWriter>();
-    const int code = writer->create(name, video, unbuffered, info_);
-    failed(code, *writer);
-    if (code == Ok) {
-        frame_ = 0;
-        writer_ = std::move(writer);
-    }
-    return code;
+    return withMemory([&] {
+        auto writer = std::make_unique<AviWriter>();
+        const int code = writer->create(name, video, unbuffered, info_);
+        failed(code, *writer);
+        if (code == Ok) {
+            frame_ = 0;
+            writer_ = std::move(writer);
+        }
+        return code;
+    });
 }
 
 int FileIOAVI::open(const wchar_t* name, Trust trust) {
     if (!name || opened()) {
         return Refused;
     }
-    auto reader = std::make_unique<AviReader>();
-    const int code = reader->open(name, trust, info_);
-    done(code, reader->error());
-    if (code == Ok) {
-        frame_ = 0;
-        reader_ = std::move(reader);
-    }
-    return code;
+    return withMemory([&] {
+        auto reader = std::make_unique<AviReader>();
+        const int code = reader->open(name, trust, info_);
+        done(code, reader->error());
+        if (code == Ok) {
+            frame_ = 0;
+            reader_ = std::move(reader);
+        }
+        return code;
+    });
 }
 
 int FileIOAVI::close() {

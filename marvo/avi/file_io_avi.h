@@ -141,6 +141,8 @@ public:
 private:
     int done(int code, const wchar_t* text);
     int failed(int code, const AviWriter& writer);
+    template <class Open>
+    int withMemory(Open open);
 
     std::unique_ptr<AviWriter> writer_;
     std::unique_ptr<AviReader> reader_;

@@ -11,9 +11,9 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vcore {
 
@@ -258,58 +258,31 @@ unsigned long replaceFile(const wchar_t* fresh, const wchar_t* old) {
 
 } // namespace
 
-/// Finds entries by name: a table of which each entry takes the first free place from that of its name's hash
-/// on. Its size is a power of two, and at least half of it is free.
+/// Finds entries by name without regard to letter case. In order, and not by a hash: a file with many names
+/// of one hash would take hours.
 class iniFile::Index {
 public:
-    /// The hash of a name without regard to letter case, as FNV-1a has it.
-    static std::size_t hash(const wchar_t* name) {
-        std::uint32_t value = 2166136261u;
-        for (; *name; ++name) {
-            value = (value ^ smallLetter(*name)) * 16777619u;
-        }
-        return value;
+    iniEntry* find(const wchar_t* name) const {
+        const auto found = entries_.find(name);
+        return found == entries_.end() ? nullptr : *found;
     }
 
-    iniEntry* find(const wchar_t* name, std::size_t hash) const {
-        if (places_.empty()) {
-            return nullptr;
-        }
-        while (iniEntry* const entry = place(hash++)) {
-            if (entry->name().compareI(name) == 0) {
-                return entry;
-            }
-        }
-        return nullptr;
-    }
-
-    /// Makes room for one entry more than the list has, which are all there are.
-    void reserve(const iniEntries& entries) {
-        if (entries.count() >= places_.size() / 2) {
-            places_.resize(std::max<std::size_t>(64, places_.size() * 4));
-            rebuild(entries);
-        }
-    }
-
-    /// Takes the entries of the list, for which there is room, instead of those that it had.
-    void rebuild(const iniEntries& entries) {
-        std::fill(places_.begin(), places_.end(), nullptr);
-        for (iniEntry* entry : entries) {
-            add(entry, hash(entry->name().oleStr()));
-        }
-    }
-
-    void add(iniEntry* entry, std::size_t hash) {
-        while (place(hash)) {
-            ++hash;
-        }
-        places_[hash & (places_.size() - 1)] = entry;
-    }
+    void add(iniEntry* entry) { entries_.insert(entry); }
+    void remove(iniEntry* entry) { entries_.erase(entry); }
+    void clear() { entries_.clear(); }
 
 private:
-    iniEntry* place(std::size_t i) const { return places_[i & (places_.size() - 1)]; }
+    struct Before {
+        using is_transparent = void;
+        static const wchar_t* text(const wchar_t* name) { return name; }
+        static const wchar_t* text(const iniEntry* entry) { return entry->name().oleStr(); }
+        template <class One, class Other>
+        bool operator()(One one, Other other) const {
+            return str::compareI(text(one), text(other)) < 0;
+        }
+    };
 
-    std::vector<iniEntry*> places_;
+    std::set<iniEntry*, Before> entries_;
 };
 
 iniFile::iniFile(const wchar_t* fileName) : index_(std::make_unique<Index>()) {
@@ -336,27 +309,30 @@ void iniFile::create() {
 }
 
 void iniFile::clear() {
+    index_->clear();
     entries_.clearAll();
-    index_->rebuild(entries_);
 }
 
 bool iniFile::load(const wchar_t* fileName) {
-    if (fileName) {
-        fileName_ = fileName;
-    } else {
-        fileName_ = programSettings();
-    }
-    std::wstring text;
     try {
+        if (fileName) {
+            fileName_ = fileName;
+        } else {
+            fileName_ = programSettings();
+        }
         std::string bytes;
         error_ = readBytes(fileName_.oleStr(), bytes);
-        text = decoded(bytes);
+        if (error_ == 0) {
+            take(decoded(bytes));
+        }
     } catch (const std::exception&) { // a file larger than the memory
         error_ = ERROR_NOT_ENOUGH_MEMORY;
     }
-    if (error_) {
-        return false;
-    }
+    return error_ == 0;
+}
+
+/// Sets what a file's text says.
+void iniFile::take(const std::wstring& text) {
     sections_.clearAll();
     std::wstring prefix, name, value;
     parse(
@@ -365,7 +341,9 @@ bool iniFile::load(const wchar_t* fileName) {
             prefix = section;
             auto added = std::make_unique<str>();
             *added = prefix.c_str();
-            sections_.add(added.release());
+            if (sections_.add(added.get())) {
+                (void)added.release();
+            }
             prefix.append(section.empty() ? L"" : L".");
         },
         [&](std::wstring_view key, std::wstring_view words) {
@@ -375,7 +353,6 @@ bool iniFile::load(const wchar_t* fileName) {
                 set(name.c_str(), value.c_str());
             }
         });
-    return true;
 }
 
 bool iniFile::save(const wchar_t* fileName) {
@@ -404,16 +381,15 @@ iniEntry& iniFile::findOrAdd(const wchar_t* name) {
     if (!name) {
         name = L"";
     }
-    const std::size_t hash = Index::hash(name);
-    if (iniEntry* const entry = index_->find(name, hash)) {
+    if (iniEntry* const entry = index_->find(name)) {
         return *entry;
     }
     auto added = std::make_unique<iniEntry>(name);
-    index_->reserve(entries_);
-    if (!entries_.add(added.get())) {
+    if (!entries_.allocArray(entries_.count() + 1)) {
         throw std::bad_alloc();
     }
-    index_->add(added.get(), hash);
+    index_->add(added.get());
+    entries_.add(added.get());
     return *added.release();
 }
 
@@ -421,7 +397,7 @@ iniEntry* iniFile::findEntry(const wchar_t* name) const {
     if (!name) {
         name = L"";
     }
-    return index_->find(name, Index::hash(name));
+    return index_->find(name);
 }
 
 var& iniFile::get(const wchar_t* name) const {
@@ -455,14 +431,12 @@ void iniFile::remove(const wchar_t* prefix) {
     }
     str start; // a copy, because the prefix may be the name of an entry that goes
     start = prefix;
-    for (unsigned long i = 0; i < entries_.count();) {
+    for (unsigned long i = entries_.count(); i-- > 0;) {
         if (entries_[i]->name().compareI(start.oleStr(), start.len()) == 0) {
+            index_->remove(entries_[i]);
             entries_.del(i);
-        } else {
-            ++i;
         }
     }
-    index_->rebuild(entries_);
 }
 
 void iniFile::sort() {

@@ -5,6 +5,7 @@
 #include "marvo/core/ini_entry.h"
 
 #include <memory>
+#include <string>
 #include <type_traits>
 
 namespace vcore {
@@ -34,7 +35,8 @@ public:
     void clear();
     /// Adds the entries of a file to those there are; a name that exists already takes the new value. A null
     /// `fileName` means the program's own path with the extension ".ini". The name is kept in any case.
-    /// False, and the entries unchanged, when the file cannot be read; `error` then tells why.
+    /// False, and the entries unchanged, when the file cannot be read; `error` then tells why. Without memory
+    /// for all of them false as well, and those read by then stay.
     bool load(const wchar_t* fileName);
     /// Writes the entries anew as wide text with a byte-order mark, those outside of sections first. A null
     /// `fileName` means the kept name, another is kept. A value is written as `var::toStr` does, and a number
@@ -85,6 +87,7 @@ public:
 private:
     class Index;
 
+    void take(const std::wstring& text);
     iniEntry* findEntry(const wchar_t* name) const;
     iniEntry& findOrAdd(const wchar_t* name);
 

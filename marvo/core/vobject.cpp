@@ -1,5 +1,7 @@
 #include "marvo/core/vobject.h"
 
+#include "marvo/core/guarded.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -109,7 +111,7 @@ int vObject::emitBytes(const wchar_t* signal, const unsigned char* args, int arg
                 link->receiverObject->sender_ = this;
             }
         }
-        call(signal, receiver, function, args, argBytes);
+        guarded([&] { call(signal, receiver, function, args, argBytes); });
         ++called;
     }
     return called;

@@ -24,7 +24,9 @@ namespace vcore {
 /// its own state. A spin lock guards the list of links; it is not held during the calls, so a receiver may
 /// connect and disconnect while it is called. A link is copied before its call and may vanish meanwhile, but
 /// a call that has begun is not waited for: a receiver is destroyed only after its emitter has stopped
-/// emitting.
+/// emitting. An exception that leaves a receiver of this module ends there, since emitters are mostly
+/// threads of the engine's; the other receivers are called all the same. A host's receivers let none out: on
+/// 32 bits none can be caught that comes from another module.
 class MARVO_API vObject {
     using argumentBytes = const unsigned char*;
     using memberBytes =

@@ -1,5 +1,7 @@
 #include "marvo/core/winthread.h"
 
+#include "marvo/core/guarded.h"
+
 #include <algorithm>
 
 namespace vwin {
@@ -84,7 +86,7 @@ DWORD WINAPI winthread::threadProc(void* argument) {
     const HANDLE done = self.object->done_.handle();
     ResetEvent(done);
     setInterruption(interruption::allowed);
-    self.object->run();
+    vcore::guarded([&self] { self.object->run(); });
     setInterruption(interruption::shielded);
     TlsSetValue(currentSlot(), nullptr);
     if (!self.finished) {

@@ -107,7 +107,7 @@ public:
     };
 
 protected:
-    /// The thread's body.
+    /// The thread's body. An exception that leaves it ends the thread as its return does.
     virtual void run() = 0;
     /// Tells waiters that the thread has ended before it has. For a body whose object may be destroyed as
     /// soon as somebody learns of the end: it must not use the object afterwards.

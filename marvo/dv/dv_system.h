@@ -3,6 +3,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <iterator>
 
 namespace vdv {
 
@@ -50,8 +51,10 @@ constexpr bool isFrameSize(unsigned long size) {
     return systemOf(size) != nullptr;
 }
 
-/// Frames above this size are refused everywhere: it is far beyond any DV frame, and such a size in a file or
-/// a media type is damage.
-constexpr unsigned long maxFrameBytes = 0x1000000;
+/// The largest frame there is: that of 100 Mbit/s and 625/50 (or 1080/50 and 720/50, which come in the same
+/// four channels of 144000 bytes). Larger ones are refused everywhere: such a size in a file or a media type
+/// is damage.
+constexpr unsigned long maxFrameBytes = system625.frameBytes * channelCounts[std::size(channelCounts) - 1];
+static_assert(maxFrameBytes == 576000 && isFrameSize(maxFrameBytes));
 
 } // namespace vdv

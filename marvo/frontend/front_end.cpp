@@ -4,6 +4,7 @@
 #include "marvo/core/text.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/frontend/picture_text.h"
+#include "marvo/frontend/refusal.h"
 #include "marvo/recording/drive_search.h"
 
 #include <algorithm>
@@ -61,7 +62,7 @@ dvFrontEnd::dvFrontEnd()
     playFilter().connect(L"playTime", this, this, &dvFrontEnd::onPlayTime);
     playFilter().connect(L"playError", this, this, &dvFrontEnd::onPlayError);
     playFilter().connect(L"playFault", this, this, &dvFrontEnd::onPlayFault);
-    settingsFiles_.readInto(settings_);
+    settingsFiles_.readInto(settings_, log_);
     log_.writeSuppressible(settings_.logging);
     setDeinterlace(settings_.deinterlace);
     setReconnect(settings_.reconnect);
@@ -80,11 +81,11 @@ dvFrontEnd::~dvFrontEnd() {
 }
 
 bool dvFrontEnd::init(HWND window, bool) {
-    return settle(build(window));
+    return settle(whole([&] { return build(window); }));
 }
 
 bool dvFrontEnd::playinit(HWND window, int from, int to, const char* name) {
-    return settle(buildPlayOnly(window, from, to, name));
+    return settle(whole([&] { return buildPlayOnly(window, from, to, name); }));
 }
 
 bool dvFrontEnd::reinit(HWND window) {
@@ -92,16 +93,22 @@ bool dvFrontEnd::reinit(HWND window) {
 }
 
 bool dvFrontEnd::showWindow(HWND window) {
-    return settle(present(window));
+    return settle(whole([&] { return present(window); }));
 }
 
 bool dvFrontEnd::onError(const wchar_t* text) {
-    return settle(refuse(text));
+    return settle(whole([&] { return refuse(text); }));
 }
 
 void dvFrontEnd::done() {
-    takeApart();
+    vcore::guarded([this] { takeApart(); });
     settle(true);
+}
+
+/// Carries a command out that may build the engine: wholly, or nothing of it is left.
+template <class Command>
+bool dvFrontEnd::whole(Command command) {
+    return frontend::refusable(log_, false, command, [this] { takeApart(); });
 }
 
 /// The last act of every command that may have taken the engine apart.
@@ -247,25 +254,27 @@ void dvFrontEnd::takeApart() {
 }
 
 bool dvFrontEnd::_initVideoWindow() {
-    return play_.makeRenderer();
+    return frontend::refusable(log_, false, [&] { return play_.makeRenderer(); });
 }
 
 bool dvFrontEnd::_configureVideoWindow() {
-    return play_.preferBob();
+    return frontend::refusable(log_, false, [&] { return play_.preferBob(); });
 }
 
 bool dvFrontEnd::initRecord() {
-    if (settings_.recFile != defaultFile) {
+    return frontend::refusable(log_, false, [&] {
+        if (settings_.recFile != defaultFile) {
+            return true;
+        }
+        vcore::str root;
+        if (!dvDriveSearch::enough(dvDriveSearch().best(root, defaultFile))) {
+            MessageBoxA(nullptr, "Not enough disk space for video replay!", "Tarvex", MB_OK);
+            return false;
+        }
+        settings_.recFile = root + defaultFile;
+        settings_.playFile = settings_.recFile;
         return true;
-    }
-    vcore::str root;
-    if (!dvDriveSearch::enough(dvDriveSearch().best(root, defaultFile))) {
-        MessageBoxA(nullptr, "Not enough disk space for video replay!", "Tarvex", MB_OK);
-        return false;
-    }
-    settings_.recFile = root + defaultFile;
-    settings_.playFile = settings_.recFile;
-    return true;
+    });
 }
 
 bool dvFrontEnd::present(HWND window) {
@@ -397,13 +406,15 @@ bool dvFrontEnd::resume() {
 }
 
 bool dvFrontEnd::replay(unsigned long long from, unsigned long long to, const wchar_t* file) {
-    log("replay", true);
-    const frontend::Log::Scope scope(log_);
-    if (!play_.built()) {
-        return false;
-    }
-    return playFilter().play(from, to, file && *file ? file : settings_.playFile.oleStr(), 1.0,
-                             settings_.playDelay_ms, settings_.maxPlayFrames);
+    return frontend::refusable(log_, false, [&] {
+        log("replay", true);
+        const frontend::Log::Scope scope(log_);
+        if (!play_.built()) {
+            return false;
+        }
+        return playFilter().play(from, to, file && *file ? file : settings_.playFile.oleStr(), 1.0,
+                                 settings_.playDelay_ms, settings_.maxPlayFrames);
+    });
 }
 
 bool dvFrontEnd::setSpeed(double factor) {
@@ -420,45 +431,51 @@ bool dvFrontEnd::seekPosition(unsigned long long frame) {
 }
 
 bool dvFrontEnd::startRecord(const wchar_t* file) {
-    log("startRecord", true);
-    const frontend::Log::Scope scope(log_);
-    elements_.clear();
-    const wchar_t* const name = file && *file ? file : settings_.recFile.oleStr();
-    const bool started = recFilter().store().startRecord(name);
-    if (!started) {
-        const vcore::str text = vcore::str(L"startRecord result: ") + name + L" cannot be recorded: " +
-                                recordStatus().firstErrorText;
-        log(text.getStr(), false);
-    }
-    playFilter().setRecording(started);
-    playFilter().reset();
-    return started;
+    return frontend::refusable(log_, false, [&] {
+        log("startRecord", true);
+        const frontend::Log::Scope scope(log_);
+        elements_.clear();
+        const wchar_t* const name = file && *file ? file : settings_.recFile.oleStr();
+        const bool started = recFilter().store().startRecord(name);
+        if (!started) {
+            const vcore::str text = vcore::str(L"startRecord result: ") + name + L" cannot be recorded: " +
+                                    recordStatus().firstErrorText;
+            log(text.getStr(), false);
+        }
+        playFilter().setRecording(started);
+        playFilter().reset();
+        return started;
+    });
 }
 
 void dvFrontEnd::stopRecord() {
-    log("stopRecord", true);
-    const frontend::Log::Scope scope(log_);
-    playFilter().setRecording(false);
-    recFilter().store().stopRecord();
+    frontend::refusable(log_, [&] {
+        log("stopRecord", true);
+        const frontend::Log::Scope scope(log_);
+        playFilter().setRecording(false);
+        recFilter().store().stopRecord();
+    });
 }
 
 bool dvFrontEnd::call(const char* text) {
-    vcore::str marker;
-    marker = text;
-    const vcore::str logged = settings_.control ? marker : vcore::str(L"_") + marker.oleStr();
-    log(logged.getStr(), false);
-    const frontend::Log::Scope scope(log_);
-    if (!settings_.control) {
+    return frontend::refusable(log_, false, [&] {
+        vcore::str marker;
+        marker = text;
+        const vcore::str logged = settings_.control ? marker : vcore::str(L"_") + marker.oleStr();
+        log(logged.getStr(), false);
+        const frontend::Log::Scope scope(log_);
+        if (!settings_.control) {
+            return true;
+        }
+        if (marker.startsWith(L"XI") || marker.startsWith(L"XO")) {
+            elements_.set(marker);
+        } else if (marker.startsWith(L"XR")) {
+            markerClock_.start();
+        } else if (marker.startsWith(L"Z+")) {
+            markerClock_.stop();
+        }
         return true;
-    }
-    if (marker.startsWith(L"XI") || marker.startsWith(L"XO")) {
-        elements_.set(marker);
-    } else if (marker.startsWith(L"XR")) {
-        markerClock_.start();
-    } else if (marker.startsWith(L"Z+")) {
-        markerClock_.stop();
-    }
-    return true;
+    });
 }
 
 bool dvFrontEnd::playElement(int element) {
@@ -471,15 +488,15 @@ void dvFrontEnd::setInput(int input) {
 }
 
 void dvFrontEnd::setRecFile(const wchar_t* name) {
-    settings_.recFile = name;
+    frontend::refusable(log_, [&] { settings_.recFile = name; });
 }
 
 void dvFrontEnd::setPlayFile(const wchar_t* name) {
-    settings_.playFile = name;
+    frontend::refusable(log_, [&] { settings_.playFile = name; });
 }
 
 void dvFrontEnd::setRemoteFile(const wchar_t* name) {
-    recFilter().store().setRemoteFile(name);
+    frontend::refusable(log_, [&] { recFilter().store().setRemoteFile(name); });
 }
 
 void dvFrontEnd::setMaxRecFrames(unsigned long frames) {
@@ -517,7 +534,7 @@ HWND dvFrontEnd::setInfoDrain(HWND window, unsigned message, play_info* info) {
 }
 
 void dvFrontEnd::getRecFilename(char* buffer) {
-    settings_.recFile.copyTo(buffer);
+    frontend::refusable(log_, [&] { settings_.recFile.copyTo(buffer); });
 }
 
 dvRecFilter& dvFrontEnd::recFilter() {

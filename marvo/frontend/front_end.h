@@ -42,6 +42,10 @@
 /// play filter emits them, and "playEvent" (code 4 bytes, first parameter 8 bytes) for every event of the
 /// play graph that the graph itself does not deal with. `showWindow` brings the picture back.
 ///
+/// No exception leaves a command: one for which there is no memory is refused (false, or nothing is done),
+/// with the line "refused: there is not enough memory" in the log. One that was building the engine takes it
+/// apart.
+///
 /// Every command writes its name to the log, and what it causes in turn is logged with a greater depth.
 class MARVO_API dvFrontEnd : public vwin::vWidget {
 public:
@@ -320,6 +324,8 @@ private:
     bool buildPlayOnly(HWND window, int from, int to, const char* name);
     bool giveUp(frontend::BuildStep failed);
     bool refuse(const wchar_t* text);
+    template <class Command>
+    bool whole(Command command);
     bool settle(bool result);
     void takeApart();
     void runPlay(HWND window);

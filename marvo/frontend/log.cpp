@@ -1,5 +1,6 @@
 #include "marvo/frontend/log.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/timed_guard.h"
 
 #include <cstdio>
@@ -38,11 +39,13 @@ void Log::write(const char* text, bool suppressible) {
     if (!file_.opened() || (suppressible && !suppressible_) || !text) {
         return;
     }
-    std::string line(text);
-    std::erase_if(line, [](char c) { return c == '\r' || c == '\n' || c == '\t'; });
-    line = prefix(depth_) + line + "\r\n";
-    const vcore::timed_guard guard(lock_, lockWait_ms);
-    file_.write(line.data(), static_cast<unsigned long>(line.size()), nullptr);
+    vcore::guarded([&] {
+        std::string line(text);
+        std::erase_if(line, [](char c) { return c == '\r' || c == '\n' || c == '\t'; });
+        line = prefix(depth_) + line + "\r\n";
+        const vcore::timed_guard guard(lock_, lockWait_ms);
+        file_.write(line.data(), static_cast<unsigned long>(line.size()), nullptr);
+    });
 }
 
 } // namespace frontend

@@ -22,7 +22,7 @@ public:
     bool open();
 
     /// Writes `text`, without line ends and tabs, as one line. Null, and a suppressible text while these are
-    /// off, is left out.
+    /// off, is left out; so is a line for which there is no memory.
     void write(const char* text, bool suppressible);
     /// Whether suppressible lines are written; on at first.
     void writeSuppressible(bool on) { suppressible_ = on; }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "marvo/core/inifile.h"
+#include "marvo/frontend/log.h"
 #include "marvo/frontend/settings.h"
 
 namespace frontend {
@@ -13,8 +14,8 @@ class SettingsFiles {
 public:
     SettingsFiles();
     /// Puts the value of every key of the setting table that the files define into `settings`, which
-    /// otherwise stay as they are.
-    void readInto(Settings& settings) const;
+    /// otherwise stay as they are. Numbers outside of their ranges are told to `log`.
+    void readInto(Settings& settings, Log& log) const;
 
 private:
     const vcore::iniFile& fileOf(const wchar_t* key) const;

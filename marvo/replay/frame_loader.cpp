@@ -1,5 +1,6 @@
 #include "marvo/replay/frame_loader.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/recording/recordings.h"
 
@@ -292,8 +293,13 @@ dvFrameLoad::Attempt dvFrameLoad::readFrame(unsigned long long number, recording
     if (!fileLock.held() || !reader_) {
         return Attempt::notYet;
     }
-    unsigned long error = ERROR_HANDLE_EOF;
-    const Attempt attempt = tryFrame(number, staging, error);
+    unsigned long error = ERROR_NOT_ENOUGH_MEMORY;
+    Attempt attempt = Attempt::failed;
+    // Not by `guarded`: the analysis of locks does not follow them into a lambda.
+    try {
+        attempt = tryFrame(number, staging, error);
+    } catch (const std::exception&) {
+    }
     // A reader that was given up fails as well.
     if (attempt == Attempt::failed && !stop_.asked()) {
         noteUnreadable(number, error);
@@ -308,6 +314,7 @@ dvFrameLoad::Attempt dvFrameLoad::tryFrame(unsigned long long number, recording:
     }
     const unsigned long long frames = reader_->frames();
     if (number >= frames && number < frames_) {
+        error = ERROR_HANDLE_EOF;
         return Attempt::failed;
     }
     const bool atTheEnd =

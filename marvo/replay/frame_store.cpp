@@ -1,5 +1,6 @@
 #include "marvo/replay/frame_store.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/text.h"
 #include "marvo/core/timed_guard.h"
 #include "marvo/dv/dv_system.h"

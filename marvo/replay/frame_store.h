@@ -64,8 +64,8 @@ public:
     dvFrameStore& operator=(const dvFrameStore&) = delete;
 
     /// Makes a ring of `frames` slots of `frameSize` bytes; `frameDuration` is in 100 ns. Ends whatever ran
-    /// before. False when the ring cannot be had, for a ring of no slots, and when the frame size is beyond
-    /// any DV frame.
+    /// before. False when the ring cannot be had or would be larger than `dvFramePool::mostBytes`, for a
+    /// ring of no slots, and when the frame size is beyond any DV frame.
     bool init(unsigned long frameSize, unsigned long long frameDuration, unsigned long frames);
 
     /// Whether there is a ring with at least one slot.

@@ -52,6 +52,9 @@ dvFramePool& dvFramePool::operator=(const dvFramePool& source) {
 }
 
 bool dvFramePool::makeFrames(unsigned long frameSize, unsigned long count, Frames& made) {
+    if (count > mostBytes / (frameSize + sizeof(dvFrame))) {
+        return false;
+    }
     Frames array(new (std::nothrow) std::unique_ptr<dvFrame>[count]);
     if (!array) {
         return false;

@@ -18,6 +18,11 @@ namespace vvideo {
 /// by the positions.
 class MARVO_API dvFramePool {
 public:
+    /// Frames of a ring take no more bytes together, with what is known of each: half of what a 32-bit
+    /// process has, and on 64 bits what a machine for video has to spare. A larger ring is a mistake, which
+    /// would take the memory of everything else where the system promises more than it has.
+    static constexpr unsigned long long mostBytes = sizeof(void*) == 4 ? 1ull << 30 : 1ull << 34;
+
     /// Without frames, both positions 0.
     dvFramePool();
     ~dvFramePool() = default;
@@ -26,7 +31,8 @@ public:
     dvFramePool& operator=(const dvFramePool& source);
 
     /// Discards everything and makes `count` frames of `frameSize` bytes with undefined contents, both
-    /// positions 0. False when there is not enough memory; the ring is then as after `done`.
+    /// positions 0. False when there is not enough memory or it would be more than `mostBytes`; the ring is
+    /// then as after `done`.
     bool init(unsigned long frameSize, unsigned long count);
     /// Frees the frames; both positions become all ones.
     void done();

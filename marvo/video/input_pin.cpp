@@ -1,5 +1,6 @@
 #include "marvo/video/input_pin.h"
 
+#include "marvo/core/guarded.h"
 #include "marvo/core/timed_guard.h"
 
 #include <utility>
@@ -52,18 +53,23 @@ ULONG STDMETHODCALLTYPE dvInputPin::Release() {
     return left;
 }
 
+/// Calls the sink, if there is one. An exception of its does not go on to whoever called the pin.
+template <class Call>
+HRESULT dvInputPin::tellSink(Call call) {
+    dvSink* const sink = sink_;
+    return !sink || vcore::guarded([&] { call(*sink); }) ? S_OK : E_OUTOFMEMORY;
+}
+
 bool dvInputPin::accepts(const AM_MEDIA_TYPE* mt) {
     dvMediaType type(mt);
     dvSink* const sink = sink_;
-    return sink && sink->acceptFormat(this, type);
+    return sink && vcore::guarded(false, [&] { return sink->acceptFormat(this, type); });
 }
 
 void dvInputPin::takeConnection(IPin* pin, const AM_MEDIA_TYPE* mt) {
     mediaType() = mt;
     setPeer(pin, !isOwn(pin));
-    if (dvSink* const sink = sink_) {
-        sink->notifyConnect(this);
-    }
+    tellSink([this](dvSink& sink) { sink.notifyConnect(this); });
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::Connect(IPin* pin, const AM_MEDIA_TYPE* mt) {
@@ -97,9 +103,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::Disconnect() {
     }
     dropAllocator();
     IPin* const peer = takePeer();
-    if (dvSink* const sink = sink_) {
-        sink->notifyDisconnect(this);
-    }
+    tellSink([this](dvSink& sink) { sink.notifyDisconnect(this); });
     peer->Release();
     return S_OK;
 }
@@ -138,10 +142,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::QueryInternalConnections(IPin**, ULONG* n)
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::EndOfStream() {
-    if (dvSink* const sink = sink_) {
-        sink->notifyComplete(this);
-    }
-    return S_OK;
+    return tellSink([this](dvSink& sink) { sink.notifyComplete(this); });
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocator(IMemAllocator** allocator) {
@@ -172,10 +173,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::NotifyAllocator(IMemAllocator* allocator, 
     dropAllocator();
     allocator_ = allocator;
     allocatorReferenced_ = connected();
-    if (dvSink* const sink = sink_) {
-        sink->notifyAllocator(this);
-    }
-    return S_OK;
+    return tellSink([this](dvSink& sink) { sink.notifyAllocator(this); });
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocatorRequirements(ALLOCATOR_PROPERTIES* properties) {
@@ -190,13 +188,11 @@ HRESULT STDMETHODCALLTYPE dvInputPin::GetAllocatorRequirements(ALLOCATOR_PROPERT
 
 HRESULT STDMETHODCALLTYPE dvInputPin::Receive(IMediaSample* sample) {
     const bool house = !peerReferenced();
-    if (dvSink* const sink = sink_) {
-        sink->receive(this, sample);
-    }
+    const HRESULT result = tellSink([this, sample](dvSink& sink) { sink.receive(this, sample); });
     if (house && sample) {
         sample->Release();
     }
-    return S_OK;
+    return result;
 }
 
 HRESULT STDMETHODCALLTYPE dvInputPin::ReceiveMultiple(IMediaSample** samples, long n, long* done) {
@@ -210,7 +206,7 @@ HRESULT STDMETHODCALLTYPE dvInputPin::ReceiveMultiple(IMediaSample** samples, lo
     vcore::timed_guard guard(sinkLock_, INFINITE);
     dvSink* const sink = sink_;
     for (long i = 0; i < n; ++i) {
-        if (sink && sink->receive(this, samples[i])) {
+        if (sink && vcore::guarded(false, [&] { return sink->receive(this, samples[i]); })) {
             if (done) {
                 ++*done;
             }

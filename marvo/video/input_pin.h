@@ -76,7 +76,8 @@ public:
     HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) override;
     /// The properties of the allocator that was notified; the record stays as it is without one.
     HRESULT STDMETHODCALLTYPE GetAllocatorRequirements(ALLOCATOR_PROPERTIES* properties) override;
-    /// Hands the sample to the sink, whose answer is ignored: `S_OK`.
+    /// Hands the sample to the sink, whose answer is ignored: `S_OK`, and `E_OUTOFMEMORY` when an exception
+    /// leaves the sink.
     HRESULT STDMETHODCALLTYPE Receive(IMediaSample* sample) override;
     /// Hands each sample to the sink. `done` counts those taken. By the house's rules a refused sample is
     /// released, one taken is the sink's, and without a sink all are released.
@@ -88,6 +89,8 @@ private:
     bool accepts(const AM_MEDIA_TYPE* mt);
     void takeConnection(IPin* pin, const AM_MEDIA_TYPE* mt);
     void dropAllocator();
+    template <class Call>
+    HRESULT tellSink(Call call);
 
     vcore::semaphore sinkLock_;
     IMemAllocator* allocator_ = nullptr;

@@ -112,6 +112,10 @@ TEST(AviReader, RefusesWhatItDoesNotRead) {
         EXPECT_STREQ(file.lastError(), c.text);
         EXPECT_FALSE(file.opened());
     }
+    for (const unsigned long size : {576000ul, 576001ul}) {
+        avi::File({.frames = 2, .frameSize = size}).save(name);
+        EXPECT_EQ(avi::framesRead(name, size), size == 576000 ? 2 : 0) << "larger than any DV frame";
+    }
     FileIOAVI file;
     EXPECT_EQ(file.open(nullptr), FileIOAVI::Refused);
     EXPECT_EQ(file.open(L"no such file.avi"), FileIOAVI::IndexFileNotOpen);

@@ -1,11 +1,13 @@
 #include "marvo.h"
 
 #include "marvo/frontend/setting_table.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -73,16 +75,21 @@ TEST_F(FrontEnd, ReadsItsSettings) {
 
 /// Type and default of a setting as the documentation words them.
 struct Described {
-    const frontend::Settings defaults;
+    const frontend::SettingRow& row;
+    const frontend::Settings defaults{};
+
+    std::string number(const std::string& standard) const {
+        return "number, " + std::to_string(row.least) + " to " + std::to_string(row.most) + " | " + standard;
+    }
 
     std::string operator()(bool frontend::Settings::*value) const {
         return std::string("yes or no | ") + (defaults.*value ? "yes" : "no");
     }
     std::string operator()(int frontend::Settings::*value) const {
-        return "number | " + std::to_string(defaults.*value);
+        return number(std::to_string(defaults.*value));
     }
     std::string operator()(std::optional<unsigned long> frontend::Settings::*value) const {
-        return std::string("number | ") + (defaults.*value ? "a limit" : "no limit");
+        return number(defaults.*value ? "a limit" : "no limit");
     }
     std::string operator()(vcore::str frontend::Settings::*value) const {
         return std::string("text | ") + vcore::str(defaults.*value).getStr();
@@ -101,9 +108,41 @@ TEST_F(FrontEnd, ItsSettingsAreThoseOfTheDocumentation) {
     for (const frontend::SettingRow& row : frontend::settingTable) {
         const std::string key = vcore::str(row.key).getStr();
         actual.push_back("| " + key + " | " + key.substr(0, key.find('.')) + ".ini | " +
-                         std::visit(Described(), row.target) + " | " + row.meaning + " |");
+                         std::visit(Described{row}, row.target) + " | " + row.meaning + " |");
     }
     EXPECT_EQ(documented, actual);
+}
+
+TEST_F(FrontEnd, NumbersOutsideOfTheirRangesAreReplacedAndLogged) {
+    using Row = frontend::SettingRow;
+    const struct {
+        const char* text;
+        long long Row::*used;
+    } cases[] = {{"1e10", &Row::most},    {"99999999999999999999", &Row::most},
+                 {"-1e300", &Row::least}, {"nan", nullptr},
+                 {"inf", nullptr},        {"-0", nullptr}};
+    for (const auto& c : cases) {
+        std::map<std::string, std::string> files;
+        for (const Row& row : frontend::settingTable) {
+            const std::string key = vcore::str(row.key).getStr();
+            const size_t dot = key.find('.');
+            files[key.substr(0, dot)] +=
+                row.least != row.most ? key.substr(dot + 1) + "=" + c.text + "\r\n" : "";
+        }
+        for (const auto& [section, keys] : files) {
+            writeFile((section + ".ini").c_str(), ("[" + section + "]\r\n" + keys).c_str());
+        }
+        dvFrontEnd frontEnd;
+        const auto lines = logLines();
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [](const std::string& line) { return line.ends_with(" is used"); }),
+                  c.used ? 4 : 0);
+        for (const Row& row : frontend::settingTable) {
+            EXPECT_TRUE(!c.used || row.least == row.most ||
+                        logged(vcore::str(row.key).getStr() + (" = " + std::string(c.text)) +
+                               " is out of range, " + std::to_string(row.*c.used) + " is used"));
+        }
+    }
 }
 
 TEST_F(FrontEnd, MarkersSetElementsOnlyWhenControlled) {
@@ -240,6 +279,52 @@ TEST_F(FrontEnd, WhatGoesWrongWithARecordingIsLoggedAndPassedOn) {
         "recording: caught up at frame 4294967303, 1 frame overwritten before\n"
         "recording: the file could not be completed: Access denied (5)\n"
         "recording ended: : 0 frames taken, 0 written, 0 lost, 0 failed, 0 beyond the limit\n");
+}
+
+TEST_F(FrontEnd, WithoutMemoryACommandIsRefusedAndTheNextOneIsNot) {
+    const std::wstring longName(300, L'n');
+    const auto walk = [&](dvFrontEnd& frontEnd) {
+        char name[1000] = "";
+        frontEnd.setRecFile(longName.c_str());
+        frontEnd.setPlayFile(longName.c_str());
+        frontEnd.setRemoteFile(longName.c_str());
+        frontEnd.getRecFilename(name);
+        frontEnd.setDeinterlace(false);
+        frontEnd.call(std::string(300, 'm').c_str());
+        frontEnd.call("XI05123");
+        frontEnd.call("XO05130");
+        frontEnd.playElement(5);
+        frontEnd.replay(0, 9, L"no such.dv");
+        frontEnd.startRecord(longName.c_str());
+        frontEnd.stopRecord();
+        frontEnd.live() && frontEnd.pause() && frontEnd.resume() && frontEnd.setSpeed(1);
+        frontEnd.seekPosition(7);
+        frontEnd.initRecord();
+        frontEnd.playinit(nullptr, 0, 9, "no such.dv");
+        frontEnd.playinit(nullptr, 0, 9, "no such.avi");
+        frontEnd._initVideoWindow();
+        frontEnd._configureVideoWindow();
+        frontEnd.hideWindow();
+        frontEnd.onRecInfo(1, 1, 1);
+        frontEnd.log("a line", false);
+        frontEnd.onError(L"an error");
+        frontEnd.done();
+    };
+    unsigned k = 0;
+    std::ptrdiff_t refused = 0;
+    for (bool failed = true; failed;) {
+        dvFrontEnd frontEnd;
+        const FailingMemory memory(++k);
+        walk(frontEnd);
+        failed = memory.failed();
+        frontEnd.setRecFile(L"short");
+        char name[1000] = "";
+        frontEnd.getRecFilename(name);
+        ASSERT_STREQ(name, "short") << k;
+        refused += logged("refused: there is not enough memory");
+    }
+    EXPECT_GT(k, 60u);
+    EXPECT_GT(refused, 20);
 }
 
 TEST_F(FrontEnd, ABacklogBrakesTheLoader) {

@@ -61,10 +61,9 @@ TEST(DvFile, DescribesItselfByTheFirstRecord) {
         unsigned long frameSize;
         long long time;
         bool opens;
-    } cases[] = {{120000, 333667, 120000, 333667, true},
-                 {0, 0, 144000, 400000, true},
-                 {144000, 0, 144000, 400000, true},
-                 {0xFFFFFFFFu, 400000, 0, 0, false}};
+    } cases[] = {{120000, 333667, 120000, 333667, true}, {0, 0, 144000, 400000, true},
+                 {144000, 0, 144000, 400000, true},      {576000, 400000, 576000, 400000, true},
+                 {576001, 400000, 0, 0, false},          {0xFFFFFFFFu, 400000, 0, 0, false}};
     recording::write(name, 3);
     for (const auto& c : cases) {
         vcore::file changed(name, OPEN_EXISTING);

@@ -163,7 +163,10 @@ TEST(FrameStore, KnowsTheFrameRateAndRecordsSizeAndDuration) {
     ASSERT_TRUE(recording.open(name, 0));
     EXPECT_EQ(recording.frameSize(), samples::ntscSize);
     EXPECT_EQ(recording.type().timePerFrame(), 333667);
-    EXPECT_FALSE(store.init(0xFFFFFFFFul, 400000, 2));
+    for (const auto& [size, frames] : {std::pair(0xFFFFFFFFul, 2ul), {576001, 2}, {144000, 0xFFFFFFFF}}) {
+        EXPECT_FALSE(store.init(size, 400000, frames) || store.initialized()) << size;
+    }
+    EXPECT_TRUE(store.init(576000, 400000, 2)) << "100 Mbit/s";
 }
 
 TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {

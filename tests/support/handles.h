@@ -1,11 +1,8 @@
 /// @file
-/// Counts what the process holds.
+/// Counts the process's open handles.
 #pragma once
 
 #include "marvo.h"
-
-#include <psapi.h>
-#include <tlhelp32.h>
 
 /// Open handles of this process, counted one by one, since not every system keeps the count.
 inline int openHandles() {
@@ -15,50 +12,4 @@ inline int openHandles() {
         count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
     }
     return count;
-}
-
-/// What the process holds now.
-struct Footprint {
-    int handles = 0;
-    unsigned long threads = 0;
-    size_t bytes = 0;
-};
-
-inline Footprint footprint() {
-    Footprint now;
-    now.handles = openHandles();
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
-        now.threads += entry.th32OwnerProcessID == GetCurrentProcessId();
-    }
-    CloseHandle(snapshot);
-    PROCESS_MEMORY_COUNTERS memory{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
-    now.bytes = memory.PagefileUsage;
-    return now;
-}
-
-/// Handles that the system itself leaves open each time so many filter graphs are made and the camera is
-/// looked up: Wine keeps an event per graph and registry keys per look-up.
-inline int systemsHandlesPerCycle(int graphs) {
-    constexpr int rounds = 10;
-    const auto round = [graphs] {
-        for (int i = 0; i < graphs; ++i) {
-            vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
-        }
-        vwin::com_<ICreateDevEnum> devices;
-        vwin::com_<IEnumMoniker> list;
-        vwin::com_<IMoniker> camera;
-        devices.create(CLSID_SystemDeviceEnum);
-        devices->CreateClassEnumerator(CLSID_VideoInputDeviceCategory, list.put(), 0);
-        list->Next(1, camera.put(), nullptr);
-    };
-    round();
-    const int before = openHandles();
-    for (int i = 0; i < rounds; ++i) {
-        round();
-    }
-    return (openHandles() - before + rounds - 1) / rounds;
 }

@@ -1,4 +1,4 @@
-#include "tests/support/handles.h"
+#include "tests/support/footprint.h"
 #include "tests/system/engine.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+#include "tests/support/failing_memory.h"
 #include "tests/system/engine.h"
 
 namespace {
@@ -45,6 +46,43 @@ TEST_F(Faults, RefusedFilesLeaveTheEngineAsItWas) {
     EXPECT_TRUE(dvFE.live());
     const unsigned long long before = dvFE.lastFrame();
     EXPECT_TRUE(captured(before + 10)) << "and the picture goes on";
+}
+
+TEST_F(Faults, WithoutMemoryACommandIsRefusedAndTheEngineGoesOn) {
+    ASSERT_TRUE(dvFE.init(window, false));
+    ASSERT_TRUE(dvFE.startRecord(L"memory_test.avi"));
+    ASSERT_TRUE(captured(20));
+    dvFE.stopRecord();
+    dvFE.setPlayDelay(0);
+    const auto walk = [&](unsigned k) {
+        dvFE.replay(0, k % 9 + 5, L"memory_test.avi");
+        dvFE.showWindow(window);
+        dvFE.startRecord(k % 2 ? L"memory_test.dv" : L"memory_test2.avi");
+        dvFE.replay(0, k % 9 + 4, L"memory_test.avi");
+        dvFE.stopRecord();
+        dvFE.live();
+    };
+    bool all = false;
+    unsigned k = 1;
+    for (; !all; k += 3) {
+        const FailingMemory memory(k);
+        walk(k);
+        all = !memory.failed();
+    }
+    EXPECT_GT(k, 60u);
+    // The same where the engine is built: it is whole then, or nothing of it is left.
+    for (k = 1, all = false; !all; k = k * 3 / 2 + 1) {
+        dvFE.done();
+        const FailingMemory memory(k);
+        const bool built = dvFE.init(window, false);
+        all = !memory.failed();
+        EXPECT_EQ(dvFE.frameSize() != 0, built) << k;
+    }
+    EXPECT_NE(log().find("refused: there is not enough memory"), std::string::npos);
+    const unsigned long long before = dvFE.lastFrame();
+    EXPECT_TRUE(captured(before + 5)) << "the picture goes on";
+    EXPECT_TRUE(dvFE.replay(0, 9, L"memory_test.avi") && pumpUntil([&] { return dvFE.playing(); }));
+    dvFE.setPlayDelay(100);
 }
 
 TEST_F(Faults, ARangeOutsideTheFileIsClamped) {
