@@ -12,6 +12,10 @@ test.sh [--target PRESET] [--filter REGEX] [--long]
   --filter REGEX  only the parts whose name matches, as for ctest -R (core, video.0, ...)
   --long          the slow variants of the tests as well
   MARVO_JOBS=N    in the environment: parts at the same time (default: two per processor)
+  MARVO_ORDER=N   in the environment: the seed of the order of win64's tests (default: the day's)
+
+The 64-bit targets run the tests of each program in an order drawn anew every day; it is told, and stays the
+same when a part is run again.
 
 A part that fails is run once more, alone, and its second results count: a machine that is busy with other
 things does not spoil a run. What failed at first and passed then is named at the end ("passed when run again
@@ -78,7 +82,10 @@ run_failed_parts_again() {
 # Runs one preset's tests; the counts are added to $total_passed and $total_failed and kept for the end.
 run_tests() {
     local preset=$1 results=build/$1/results counts passed failed skipped
-    step "test $preset"
+    # Every test makes what it needs, so the order must not matter; the other target keeps the files' own.
+    unset GTEST_SHUFFLE
+    [[ $preset != win64* ]] || export GTEST_SHUFFLE=1 GTEST_RANDOM_SEED=$order
+    step "test $preset${GTEST_SHUFFLE:+ in the order that MARVO_ORDER=$order draws}"
     rm -rf "$results" "build/$preset/scratch"
     mkdir -p "$results"
     run_parts "$preset" ${filter:+-R "$filter"} --no-tests=ignore -j "$jobs" || {
@@ -96,6 +103,7 @@ run_tests() {
 
 read_options "$@"
 jobs=${MARVO_JOBS:-$((2 * $(nproc)))}
+order=${MARVO_ORDER:-$((EPOCHSECONDS / 86400 % 99999 + 1))}
 total_passed=0 total_failed=0 summary=() second_chance=()
 
 step "set up"
