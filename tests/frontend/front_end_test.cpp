@@ -232,7 +232,6 @@ TEST_F(FrontEnd, WhatGoesWrongWithARecordingIsLoggedAndPassedOn) {
     }
     EXPECT_EQ(
         log,
-        "startRecord\n"
         "1 startRecord result: unbuilt.dv cannot be recorded: there is no ring for the frames of a camera\n"
         "recording: frame 4294967303 could not be written: Disk full (112)\n"
         "recording: goes on with frame 4294967303, 1 frame could not be written\n"
