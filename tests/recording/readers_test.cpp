@@ -135,7 +135,10 @@ TEST(Writers, WhatIsReplacedIsKeptUntilThen) {
         const std::wstring name = nameFor(row);
         std::wstring error;
         write(row, name.c_str(), 3, samples::palSize);
-        const auto frames = [&] { return row.open(name.c_str(), {}, error)->frames(); };
+        const auto frames = [&] {
+            const std::unique_ptr<Reader> reader = row.open(name.c_str(), {}, error);
+            return reader ? reader->frames() : 0;
+        };
         SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
         EXPECT_EQ(row.create(name.c_str(), samples::palSize, 400000, error), nullptr);
         EXPECT_FALSE(error.empty());
