@@ -104,7 +104,7 @@ TEST(Writers, AWriteThatFailsCostsOnlyItsFrame) {
         EXPECT_EQ(writer->systemError(), 0u);
         for (std::uint32_t frame = 0, next = 0; frame < 60; ++frame) {
             disk.fault =
-                frame % 3 == 2 ? static_cast<FaultyDisk::Fault>(1 + frame / 3 % 3) : FaultyDisk::none;
+                frame % 3 == 2 ? static_cast<FaultyDisk::Fault>(1 + frame / 3 % 2) : FaultyDisk::none;
             fill(buffer, next, samples::palSize);
             const bool written = writer->write(buffer);
             EXPECT_EQ(written, disk.fault == FaultyDisk::none);
@@ -136,7 +136,7 @@ TEST(Writers, WhatIsReplacedIsKeptUntilThen) {
         std::wstring error;
         write(row, name.c_str(), 3, samples::palSize);
         const auto frames = [&] {
-            const std::unique_ptr<Reader> reader = row.open(name.c_str(), {}, error);
+            const auto reader = openReader(name.c_str());
             return reader ? reader->frames() : 0;
         };
         SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
