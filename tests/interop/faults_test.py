@@ -94,7 +94,7 @@ class Faults(unittest.TestCase):
         self.assertEqual([(a + 1) % len(PAL.frames) for a in read[:-1]], read[1:])
         self.assertEqual(recordings.ffprobe_frames(file), len(read))
         self.assertRegex(log, rf"recording: frame {len(read)} could not be written: \w.* \(\d+\)\n")
-        self.assertRegex(log, rf"ended: full.avi: \d+ frames taken, {len(read)} written, 0 lost, \d\d+ failed")
+        self.assertRegex(log, rf"ended: full.avi: \d+ frames taken, {len(read)} written, 0 lost, [1-9]")
         self.assertRegex(log, r"ended: after.dv: (\d+) frames taken, \1 written, 0 lost, 0 failed, 0 beyond")
         self.assertIn("COM1 cannot be recorded: it is the name of a device, not of a file", log)
 
