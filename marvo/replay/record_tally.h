@@ -11,7 +11,7 @@
 
 /// What is to be told of a recording, with the arguments of "recError".
 struct RecordNews {
-    record_event event;
+    record_event event;   ///< what happened
     std::uint64_t frame;  ///< number of the frame at which it happened
     std::uint64_t frames; ///< frames that it has cost so far
     std::uint32_t error;  ///< the system's number; 0 when all is well again

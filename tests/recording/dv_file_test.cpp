@@ -111,14 +111,4 @@ TEST(DvFile, LoopsAndCutsFrameNumbers) {
     }
 }
 
-TEST(DvFile, RefusesWhatCannotBeOpened) {
-    dvPlayFile play;
-    EXPECT_FALSE(play.open(L"no such file.dv", 0));
-    EXPECT_FALSE(play.open(nullptr, 0));
-    dvRecFile rec;
-    EXPECT_FALSE(rec.open(L"no such folder\\file.dv"));
-    EXPECT_FALSE(rec.open(L""));
-    EXPECT_FALSE(rec.opened());
-}
-
 } // namespace

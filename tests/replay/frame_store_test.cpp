@@ -44,12 +44,17 @@ std::string counts(const dvFrameStore& store) {
     return text.str();
 }
 
-/// Notes what the store tells of its recordings.
-struct Told : vcore::vObject {
+/// A store on a disk that fails when it is told to, and what the store tells of its recordings.
+struct Faulty : vcore::vObject {
+    samples::Source source;
+    dvFrameStore store;
+    FaultyDisk disk;
     std::string news;
-    explicit Told(dvFrameStore& store) {
-        store.connect(L"recError", this, this, &Told::onRecError);
-        store.connect(L"recEnd", this, this, &Told::onRecEnd);
+
+    explicit Faulty(unsigned long ringFrames) {
+        store.connect(L"recError", this, this, &Faulty::onRecError);
+        store.connect(L"recEnd", this, this, &Faulty::onRecEnd);
+        EXPECT_TRUE(store.init(samples::palSize, 400000, ringFrames));
     }
     void onRecError(unsigned long long frame, unsigned long long count, unsigned long error,
                     record_event event) {
@@ -58,6 +63,20 @@ struct Told : vcore::vObject {
         news += text.str();
     }
     void onRecEnd() { news += "end; "; }
+    /// Captures frames `first` to `last` and waits until `counter` stands at `value`.
+    bool capture(std::uint32_t first, std::uint32_t last, std::uint64_t record_status::*counter,
+                 std::uint64_t value) {
+        for (; first <= last; ++first) {
+            source.addTo(store, first);
+        }
+        return samples::eventually([&] { return store.recordStatus().*counter == value; });
+    }
+    /// Captures a frame whose write hangs.
+    bool hangs(std::uint32_t seed) {
+        disk.hanging = false;
+        disk.fault = FaultyDisk::hangs;
+        return source.addTo(store, seed) && samples::eventually([&] { return disk.hanging.load(); });
+    }
 };
 
 TEST(FrameStore, NumbersFramesAndKeepsTheNewest) {
@@ -266,109 +285,73 @@ TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
 }
 
 TEST(FrameStore, AStalledDiskHoldsUpNobodyAndLosesNothingThatIsWritten) {
-    samples::Source source;
-    dvFrameStore store;
-    Told told(store);
-    FaultyDisk disk;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 5));
-    ASSERT_TRUE(store.startRecord(name) && source.addTo(store, 6));
-    ASSERT_TRUE(samples::eventually([&] { return store.recordStatus().written == 1; }));
-    disk.fault = FaultyDisk::hangs;
-    ASSERT_TRUE(source.addTo(store, 7) && source.addTo(store, 8));
-    ASSERT_TRUE(samples::eventually([&] { return disk.hanging.load(); }));
-    store.done();
-    ASSERT_TRUE(store.running()) << "held up for longer than it is waited for";
-    EXPECT_EQ(counts(store), "3 taken, 1 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
-    EXPECT_EQ(told.news, "");
-    disk.fault = FaultyDisk::none;
-    EXPECT_TRUE(samples::eventually([&] { return store.finished(); }));
-    EXPECT_EQ(counts(store), "3 taken, 2 written, 1 lost, 0 failed, 0 beyond, complete")
+    Faulty f(5);
+    ASSERT_TRUE(f.store.startRecord(name) && f.capture(6, 6, &record_status::written, 1) && f.hangs(7));
+    ASSERT_TRUE(f.source.addTo(f.store, 8));
+    f.store.done();
+    ASSERT_TRUE(f.store.running()) << "held up for longer than it is waited for";
+    EXPECT_EQ(counts(f.store), "3 taken, 1 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
+    f.disk.fault = FaultyDisk::none;
+    EXPECT_TRUE(samples::eventually([&] { return f.store.finished(); }));
+    EXPECT_EQ(counts(f.store), "3 taken, 2 written, 1 lost, 0 failed, 0 beyond, complete")
         << "the ring is gone";
     expectRecorded(6, 2);
-    disk.fault = FaultyDisk::hangs;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(L"frame_store_test.killed.dv"));
-    disk.hanging = false;
-    ASSERT_TRUE(source.addTo(store, 9) && samples::eventually([&] { return disk.hanging.load(); }));
-    told.news.clear();
-    EXPECT_TRUE(store.startRecord(name)) << "kills the writer";
-    EXPECT_EQ(told.news, "end; ");
-    disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(source.addTo(store, 10));
-    store.stopRecord();
+    ASSERT_TRUE(f.store.init(samples::palSize, 400000, 5) &&
+                f.store.startRecord(L"frame_store_test.killed.dv") && f.hangs(9));
+    EXPECT_TRUE(f.store.startRecord(name)) << "kills the writer";
+    EXPECT_EQ(f.news, "end; end; ");
+    f.disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(f.source.addTo(f.store, 10));
+    f.store.stopRecord();
     expectRecorded(10, 1);
-    DeleteFileW(L"frame_store_test.killed.dv");
+    EXPECT_TRUE(DeleteFileW(L"frame_store_test.killed.dv"));
 }
 
 TEST(FrameStore, WhatTheDiskRefusesIsCountedAndTold) {
-    samples::Source source;
-    dvFrameStore store;
-    Told told(store);
-    FaultyDisk disk;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
+    Faulty f(50);
     for (const wchar_t* file : {name, aviName}) {
-        for (const FaultyDisk::Fault fault : {FaultyDisk::full, FaultyDisk::takesHalf, FaultyDisk::tears}) {
-            told.news.clear();
-            ASSERT_TRUE(store.startRecord(file));
-            unsigned long frames = 0;
-            const auto capture = [&](unsigned long count, std::uint64_t record_status::*counter,
-                                     std::uint64_t until) {
-                for (; count > 0; --count) {
-                    source.addTo(store, counter == &record_status::failed ? 99 : frames++);
-                }
-                return samples::eventually([&] { return store.recordStatus().*counter == until; });
-            };
-            ASSERT_TRUE(capture(3, &record_status::written, 3));
-            disk.fault = fault;
-            ASSERT_TRUE(capture(4, &record_status::failed, 4));
-            EXPECT_EQ(counts(store), "7 taken, 3 written, 0 lost, 4 failed, 0 beyond, recording, failing");
-            disk.fault = FaultyDisk::none;
-            ASSERT_TRUE(capture(2, &record_status::written, 5));
-            disk.fault = fault;
-            ASSERT_TRUE(capture(1, &record_status::failed, 5));
-            store.stopRecord();
-            disk.fault = FaultyDisk::none;
-            const bool avi = file == aviName;
-            EXPECT_EQ(told.news, std::string("1 at 3 of 1 by 112; 2 at 7 of 4 by 0; 1 at 9 of 1 by 112; ") +
-                                     (avi ? "5 at 10 of 5 by 112; end; " : "end; "));
-            EXPECT_EQ(counts(store), std::string("10 taken, 5 written, 0 lost, 5 failed, 0 beyond") +
-                                         (avi ? ", failing" : ", complete, failing"));
-            EXPECT_EQ(store.recordStatus().firstError, ERROR_DISK_FULL);
-            EXPECT_NE(*store.recordStatus().firstErrorText, L'\0');
+        for (const FaultyDisk::Fault fault : {FaultyDisk::full, FaultyDisk::takesHalf}) {
+            f.news.clear();
+            ASSERT_TRUE(f.store.startRecord(file) && f.capture(0, 2, &record_status::written, 3));
+            f.disk.fault = fault;
+            ASSERT_TRUE(f.capture(91, 94, &record_status::failed, 4));
+            EXPECT_EQ(counts(f.store), "7 taken, 3 written, 0 lost, 4 failed, 0 beyond, recording, failing");
+            f.disk.fault = FaultyDisk::none;
+            ASSERT_TRUE(f.capture(3, 4, &record_status::written, 5));
+            f.disk.fault = fault;
+            ASSERT_TRUE(f.capture(95, 95, &record_status::failed, 5));
+            f.store.stopRecord();
+            f.disk.fault = FaultyDisk::none;
+            EXPECT_EQ(f.news, std::string("1 at 3 of 1 by 112; 2 at 7 of 4 by 0; 1 at 9 of 1 by 112; ") +
+                                  (file == aviName ? "5 at 10 of 5 by 112; end; " : "end; "));
+            EXPECT_EQ(counts(f.store), std::string("10 taken, 5 written, 0 lost, 5 failed, 0 beyond") +
+                                           (file == aviName ? ", failing" : ", complete, failing"));
+            EXPECT_TRUE(f.store.recordStatus().firstError == ERROR_DISK_FULL &&
+                        *f.store.recordStatus().firstErrorText);
             expectRecorded(0, 5, file);
         }
     }
     ULARGE_INTEGER room{};
     ASSERT_TRUE(GetDiskFreeSpaceExW(nullptr, &room, nullptr, nullptr));
-    EXPECT_NEAR(static_cast<double>(store.recordStatus().driveSpace_frames) * 144384,
+    EXPECT_NEAR(static_cast<double>(f.store.recordStatus().driveSpace_frames) * 144384,
                 static_cast<double>(room.QuadPart), 2e9);
 }
 
 TEST(FrameStore, WhatTheRingGoesOverIsCountedAndTold) {
-    samples::Source source;
-    dvFrameStore store;
-    Told told(store);
-    FaultyDisk disk;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(name));
-    disk.fault = FaultyDisk::hangs;
-    ASSERT_TRUE(source.addTo(store, 0) && samples::eventually([&] { return disk.hanging.load(); }));
-    for (std::uint32_t k = 1; k < 15; ++k) {
-        ASSERT_TRUE(source.addTo(store, k));
-    }
-    EXPECT_EQ(counts(store), "15 taken, 0 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
-    disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(samples::eventually([&] { return store.recordStatus().waiting() == 0; }));
-    EXPECT_EQ(counts(store), "15 taken, 6 written, 9 lost, 0 failed, 0 beyond, recording");
-    EXPECT_EQ(told.news, "3 at 1 of 1 by 170; 4 at 14 of 9 by 0; ");
-    disk.fault = FaultyDisk::hangs;
-    disk.hanging = false;
-    ASSERT_TRUE(source.addTo(store, 15) && samples::eventually([&] { return disk.hanging.load(); }));
-    ASSERT_TRUE(source.addTo(store, 16) && source.addTo(store, 17));
-    store.flush();
-    disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(source.addTo(store, 18));
-    store.stopRecord();
-    EXPECT_EQ(counts(store), "19 taken, 8 written, 11 lost, 0 failed, 0 beyond, complete")
+    Faulty f(5);
+    ASSERT_TRUE(f.store.startRecord(name) && f.hangs(0) && f.capture(1, 14, &record_status::taken, 15));
+    EXPECT_EQ(counts(f.store), "15 taken, 0 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
+    f.disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(samples::eventually([&] { return f.store.recordStatus().waiting() == 0; }));
+    EXPECT_EQ(counts(f.store), "15 taken, 6 written, 9 lost, 0 failed, 0 beyond, recording");
+    ASSERT_TRUE(f.hangs(15) && f.capture(16, 17, &record_status::taken, 18));
+    f.store.flush();
+    f.disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(f.source.addTo(f.store, 18));
+    f.store.stopRecord();
+    EXPECT_EQ(counts(f.store), "19 taken, 8 written, 11 lost, 0 failed, 0 beyond, complete")
         << "two were thrown away";
+    EXPECT_EQ(f.news, "3 at 1 of 1 by 170; 4 at 14 of 9 by 0; end; ");
     dvPlayFile file;
     ASSERT_TRUE(file.open(name, 0));
     for (const std::uint32_t seed : {0, 11, 12, 13, 14, 10, 11, 12, 13, 14, 10, 11, 12, 13, 14, 15, 18}) {
@@ -386,53 +369,42 @@ HANDLE WINAPI noThread(SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, voi
     return nullptr;
 }
 
-decltype(&std::malloc) realMalloc;
 std::atomic<DWORD> poorThread;
-std::atomic<int> refusals;
 
 void makePoor() {
     poorThread = GetCurrentThreadId();
 }
 
 /// The writer gets no memory for texts; the run-time library needs some to throw.
-void* WINAPIV memoryForOthers(size_t bytes) {
-    return GetCurrentThreadId() != poorThread || bytes < 24 || bytes > 60 ? realMalloc(bytes)
-                                                                           : (++refusals, nullptr);
+void* WINAPIV noMemoryForTexts(size_t bytes) {
+    return GetCurrentThreadId() == poorThread && bytes > 24 && bytes < 60 ? nullptr : std::malloc(bytes);
 }
 
 TEST(FrameStore, WithoutMemoryItRecordsNothingOrLessButLives) {
-    samples::Source source;
-    dvFrameStore store;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 50) && source.addTo(store, 1));
+    Faulty f(50);
+    ASSERT_TRUE(f.source.addTo(f.store, 1));
     for (const auto& [call, refusal] : {std::pair("_aligned_malloc", reinterpret_cast<void*>(&noMemory)),
                                         {"CreateThread", reinterpret_cast<void*>(&noThread)}}) {
         const ImportPatch patch(engineModule(), call, refusal);
-        ASSERT_TRUE(patch.original()) << call;
         for (const wchar_t* file : {name, aviName}) {
             DeleteFileW(file);
-            EXPECT_FALSE(store.startRecord(file)) << call;
+            EXPECT_FALSE(f.store.startRecord(file)) << call;
             EXPECT_EQ(GetFileAttributesW(file), INVALID_FILE_ATTRIBUTES);
-            EXPECT_NE(*store.recordStatus().firstErrorText, L'\0');
-            EXPECT_TRUE(store.finished() && store.lastFrame() == 1 && store.findFrame(0));
+            EXPECT_NE(*f.store.recordStatus().firstErrorText, L'\0');
+            EXPECT_TRUE(f.store.finished() && f.store.lastFrame() == 1 && f.store.findFrame(0));
         }
     }
-    FaultyDisk disk;
     poorThread = 0;
-    realMalloc = reinterpret_cast<decltype(&std::malloc)>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("msvcrt.dll"), "malloc")));
-    const ImportPatch patch(engineModule(), "malloc", reinterpret_cast<void*>(&memoryForOthers));
-    ASSERT_TRUE(patch.original());
-    store.connectFunc(L"poolInfo", &makePoor);
-    ASSERT_TRUE(store.startRecord(aviName));
-    disk.fault = FaultyDisk::full;
-    refusals = 0;
-    ASSERT_TRUE(source.addTo(store, 99));
-    EXPECT_TRUE(samples::eventually([&] { return store.recordStatus().failed == 1; }));
-    EXPECT_GT(refusals, 0);
-    disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(source.addTo(store, 0) && source.addTo(store, 1));
-    store.stopRecord();
-    EXPECT_EQ(counts(store), "3 taken, 2 written, 0 lost, 1 failed, 0 beyond, complete");
+    const ImportPatch patch(engineModule(), "malloc", reinterpret_cast<void*>(&noMemoryForTexts));
+    f.store.connectFunc(L"poolInfo", &makePoor);
+    ASSERT_TRUE(f.store.startRecord(aviName));
+    f.disk.fault = FaultyDisk::full;
+    EXPECT_TRUE(f.capture(99, 99, &record_status::failed, 1));
+    EXPECT_EQ(f.store.recordStatus().firstError, ERROR_NOT_ENOUGH_MEMORY) << "for the reason";
+    f.disk.fault = FaultyDisk::none;
+    ASSERT_TRUE(f.capture(0, 1, &record_status::taken, 3));
+    f.store.stopRecord();
+    EXPECT_EQ(counts(f.store), "3 taken, 2 written, 0 lost, 1 failed, 0 beyond, complete");
     expectRecorded(0, 2, aviName);
 }
 

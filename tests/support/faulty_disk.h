@@ -12,9 +12,8 @@ class FaultyDisk {
 public:
     enum Fault {
         none,
-        full,      ///< refuses the write
-        takesHalf, ///< half of it is written, and there is no error
-        tears,     ///< half of it is written, and there is one
+        full,      ///< half of it is written, and there is an error
+        takesHalf, ///< half of it is written, and there is none
         hangs      ///< until `hangs` is no longer the fault
     };
 
@@ -36,9 +35,9 @@ private:
             hanging = true;
             Sleep(1);
         }
-        const DWORD part = meets == full ? 0 : bytes / 1024 * 512;
-        const BOOL written = real(file, data, meets == none || meets == hangs ? bytes : part, done, place);
-        if (meets == full || meets == tears) {
+        const bool whole = meets == none || meets == hangs;
+        const BOOL written = real(file, data, whole ? bytes : bytes / 1024 * 512, done, place);
+        if (meets == full) {
             SetLastError(ERROR_DISK_FULL);
             return FALSE;
         }
