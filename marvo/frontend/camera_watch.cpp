@@ -2,6 +2,7 @@
 
 #include "marvo/core/timed_guard.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace frontend {
@@ -37,7 +38,7 @@ CameraWatch::~CameraWatch() {
 
 void CameraWatch::begin(int input) {
     input_ = input;
-    reopened_ = false;
+    deviceLost_ = reopened_ = false;
     countBefore_ = arrivals().count();
     gapBegin_ms_ = GetTickCount64();
     lost_ = 0;
@@ -84,12 +85,12 @@ void CameraWatch::run() {
 
 void CameraWatch::look() {
     lookForFrames();
-    if (seen_ != dvCameraState::gone) {
-        if (const long event = capture_.failure()) {
-            lose(event);
+    if (deviceLost_) {
+        if (reconnect_) {
+            open();
         }
-    } else if (reconnect_) {
-        open();
+    } else if (const long event = capture_.failure()) {
+        lose(event);
     }
 }
 
@@ -119,6 +120,8 @@ void CameraWatch::lookForFrames() {
     }
     const unsigned long long first = next < nextFrame_ ? 0 : nextFrame_;
     reopened_ = false;
+    // Where nobody opens the device anew, its own filter may have come back to life.
+    deviceLost_ = deviceLost_ && reconnect_;
     const auto gap_ms = static_cast<unsigned long>(arrivals().firstAfterGap_ms() - gapBegin_ms_);
     countBefore_ = count;
     gapBegin_ms_ = latest_ms;
@@ -128,8 +131,10 @@ void CameraWatch::lookForFrames() {
 }
 
 void CameraWatch::lose(long event) {
+    deviceLost_ = true;
     if (reconnect_) {
         capture_.close();
+        lookForFrames();
     }
     if (reopened_) {
         failAgain();
@@ -138,9 +143,7 @@ void CameraWatch::lose(long event) {
     if (seen_ == dvCameraState::live) {
         arrivals().beginGap();
         countBefore_ = arrivals().count();
-        if (arrivals().latest_ms() != 0) {
-            gapBegin_ms_ = arrivals().latest_ms();
-        }
+        gapBegin_ms_ = std::max(gapBegin_ms_, arrivals().latest_ms());
     }
     failureTold_ = false;
     nextFrame_ = capture_.filter().store().lastFrame();
@@ -167,6 +170,7 @@ void CameraWatch::open() {
     if (result == CaptureGraph::Reopening::otherFormat) {
         giveUpFormat();
     } else if (result == CaptureGraph::Reopening::done) {
+        deviceLost_ = false;
         reopened_ = true;
         writeLine(log_, "camera: opened again in %lu msec",
                   static_cast<unsigned long>(GetTickCount64() - begin));

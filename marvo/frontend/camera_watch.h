@@ -76,7 +76,8 @@ private:
     unsigned long countBefore_ = 0;
     unsigned long long gapBegin_ms_ = 0;
     unsigned long long nextFrame_ = 0;
-    bool reopened_ = false; ///< and no frame since
+    bool deviceLost_ = false; ///< the graph has to be made anew
+    bool reopened_ = false;   ///< and no frame since
     bool failureTold_ = false;
 
     vcore::semaphore stateLock_;

@@ -203,6 +203,7 @@ TEST_F(Commands, EveryConcurrentQueryAnswers) {
                 dvFE.getRawTime();
                 dvFE.playing();
                 dvFE.frameCount();
+                dvFE.cameraState();
                 dvFE.writtenFrame();
             }
         });
