@@ -55,6 +55,7 @@ public:
 private:
     void look();
     void lookForFrames();
+    void lookForSilence();
     void lose(long event);
     void failAgain();
     void open();
