@@ -2,6 +2,7 @@
 
 #include "marvo/core/timed_guard.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace frontend {
@@ -37,7 +38,7 @@ CameraWatch::~CameraWatch() {
 
 void CameraWatch::begin(int input) {
     input_ = input;
-    reopened_ = false;
+    deviceLost_ = reopened_ = false;
     countBefore_ = arrivals().count();
     gapBegin_ms_ = GetTickCount64();
     lost_ = 0;
@@ -82,13 +83,16 @@ void CameraWatch::run() {
     }
 }
 
+/// A device that is gone sends nothing; that is no news of its own.
 void CameraWatch::look() {
+    const long event = deviceLost_ ? 0 : capture_.failure();
     lookForFrames();
-    if (seen_ != dvCameraState::gone) {
-        if (const long event = capture_.failure()) {
-            lose(event);
-        }
-    } else if (reconnect_) {
+    if (event != 0) {
+        lose(event);
+        return;
+    }
+    lookForSilence();
+    if (deviceLost_ && reconnect_) {
         open();
     }
 }
@@ -99,37 +103,45 @@ void CameraWatch::lookForFrames() {
     const unsigned long long next = capture_.filter().store().lastFrame();
     const unsigned long count = arrivals().count();
     const unsigned long long latest_ms = arrivals().latest_ms();
-    if (seen_ == dvCameraState::live) {
-        if (count != countBefore_) {
-            countBefore_ = count;
-            gapBegin_ms_ = latest_ms;
-        } else if (const auto quiet_ms = GetTickCount64() - gapBegin_ms_; quiet_ms >= silence_ms) {
-            arrivals().beginGap();
-            nextFrame_ = next;
-            enter(dvCameraState::silent);
-            writeLine(log_, "camera: no frames for %lu msec, the newest is %lld",
-                      static_cast<unsigned long>(quiet_ms), static_cast<long long>(newestFrame()));
-            teller_.emitSignal(L"cameraStalled", 8, newestFrame());
-        }
-        return;
-    }
     if (count == countBefore_) {
         nextFrame_ = next;
         return;
     }
-    const unsigned long long first = next < nextFrame_ ? 0 : nextFrame_;
-    reopened_ = false;
-    const auto gap_ms = static_cast<unsigned long>(arrivals().firstAfterGap_ms() - gapBegin_ms_);
+    const unsigned long long gapBegin_ms = gapBegin_ms_;
     countBefore_ = count;
     gapBegin_ms_ = latest_ms;
+    if (seen_ == dvCameraState::live) {
+        return;
+    }
+    reopened_ = false;
+    // Where nobody opens the device anew, its own filter may have come back to life.
+    deviceLost_ = deviceLost_ && reconnect_;
+    const unsigned long long first = next < nextFrame_ ? 0 : nextFrame_;
+    // A frame that came while the gap was being noted may have been the only one since.
+    const unsigned long long noted_ms = arrivals().firstAfterGap_ms();
+    const auto gap_ms = static_cast<unsigned long>((noted_ms != 0 ? noted_ms : latest_ms) - gapBegin_ms);
     enter(dvCameraState::live);
     writeLine(log_, "camera: frames again from %llu after a gap of %lu msec", first, gap_ms);
     teller_.emitSignal(L"cameraBack", 12, first, gap_ms);
 }
 
+void CameraWatch::lookForSilence() {
+    const unsigned long long quiet_ms = GetTickCount64() - gapBegin_ms_;
+    if (seen_ != dvCameraState::live || quiet_ms < silence_ms) {
+        return;
+    }
+    arrivals().beginGap();
+    enter(dvCameraState::silent);
+    writeLine(log_, "camera: no frames for %lu msec, the newest is %lld",
+              static_cast<unsigned long>(quiet_ms), static_cast<long long>(newestFrame()));
+    teller_.emitSignal(L"cameraStalled", 8, newestFrame());
+}
+
 void CameraWatch::lose(long event) {
+    deviceLost_ = true;
     if (reconnect_) {
         capture_.close();
+        lookForFrames();
     }
     if (reopened_) {
         failAgain();
@@ -138,9 +150,7 @@ void CameraWatch::lose(long event) {
     if (seen_ == dvCameraState::live) {
         arrivals().beginGap();
         countBefore_ = arrivals().count();
-        if (arrivals().latest_ms() != 0) {
-            gapBegin_ms_ = arrivals().latest_ms();
-        }
+        gapBegin_ms_ = std::max(gapBegin_ms_, arrivals().latest_ms());
     }
     failureTold_ = false;
     nextFrame_ = capture_.filter().store().lastFrame();
@@ -167,6 +177,7 @@ void CameraWatch::open() {
     if (result == CaptureGraph::Reopening::otherFormat) {
         giveUpFormat();
     } else if (result == CaptureGraph::Reopening::done) {
+        deviceLost_ = false;
         reopened_ = true;
         writeLine(log_, "camera: opened again in %lu msec",
                   static_cast<unsigned long>(GetTickCount64() - begin));

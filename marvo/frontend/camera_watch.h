@@ -55,6 +55,7 @@ public:
 private:
     void look();
     void lookForFrames();
+    void lookForSilence();
     void lose(long event);
     void failAgain();
     void open();
@@ -76,7 +77,8 @@ private:
     unsigned long countBefore_ = 0;
     unsigned long long gapBegin_ms_ = 0;
     unsigned long long nextFrame_ = 0;
-    bool reopened_ = false; ///< and no frame since
+    bool deviceLost_ = false; ///< the graph has to be made anew
+    bool reopened_ = false;   ///< and no frame since
     bool failureTold_ = false;
 
     vcore::semaphore stateLock_;

@@ -122,13 +122,10 @@ TEST_F(Camera, LeavesNothingBehindWhenItIsLostOftenDuringASlowMotion) {
     dvFE.setSpeed(0.5);
     pump(400);
     ticks.clear();
-    const double begin_ms = counter_ms();
     ASSERT_TRUE(lost(10));
-    const double period_ms = (counter_ms() - begin_ms) / static_cast<double>(ticks.size());
     const Footprint end = footprint();
     EXPECT_LE(end.handles, settled.handles + systems + 5) << "a file, a thread";
     EXPECT_LE(end.threads, settled.threads + 1) << "the loader's";
-    EXPECT_LT(period_ms, 44) << "no tick is missed";
     for (size_t i = 2; i < ticks.size(); ++i) {
         EXPECT_EQ(ticks[i].frame, ticks[i - 2].frame == 14 ? 5 : ticks[i - 2].frame + 1) << i;
     }
@@ -145,7 +142,7 @@ TEST_F(Camera, LeavesNothingBehindWhenItIsLostOftenDuringASlowMotion) {
 }
 
 TEST_F(Camera, DoesNotHoldUpCommandsWhileItIsOpened) {
-    ASSERT_NO_FATAL_FAILURE(start("lose = 15:0\nopen = 4500\n", nullptr));
+    ASSERT_NO_FATAL_FAILURE(start("lose = 15:0\nopen = 5500\n", nullptr));
     ASSERT_TRUE(heard(1));
     pump(300);
     const auto quick = [](auto command) { EXPECT_LT(samples::elapsed_ms(command), 1500u); };
@@ -155,8 +152,9 @@ TEST_F(Camera, DoesNotHoldUpCommandsWhileItIsOpened) {
         EXPECT_TRUE(dvFE.startRecord(nullptr));
     });
     quick([&] { EXPECT_TRUE(dvFE.init(window, false) && dvFE.showWindow(window)); });
-    EXPECT_EQ(dvFE.cameraState().state, dvCameraState::gone);
-    EXPECT_LT(samples::elapsed_ms([] { dvFE.done(); }), 4500u);
+    nextTicks(10);
+    EXPECT_EQ(dvFE.cameraState().state, dvCameraState::gone) << "no tick waits for the camera";
+    EXPECT_LT(samples::elapsed_ms([] { dvFE.done(); }), 5000u);
     EXPECT_NE(log().find("the device does not answer"), std::string::npos);
     useCamera("pal.dv", "");
     ASSERT_TRUE(dvFE.init(window, false)) << log();

@@ -252,6 +252,7 @@ TEST_F(Commands, EveryConcurrentQueryAnswers) {
                 dvFE.getRawTime();
                 dvFE.playing();
                 dvFE.frameCount();
+                dvFE.cameraState();
                 dvFE.writtenFrame();
             }
         });
