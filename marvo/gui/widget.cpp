@@ -75,6 +75,9 @@ bool vWidget::show(bool visible) {
         return !visible;
     }
     const int command = visible ? SW_SHOWNOACTIVATE : SW_HIDE;
+    if (!hostAnswers()) {
+        return false;
+    }
     if (ownedByThisThread(window)) {
         ShowWindow(window, command);
     } else {
@@ -114,7 +117,7 @@ bool vWidget::reparent(HWND host) {
     if (host == nullptr && current() == nullptr) {
         return true;
     }
-    if (host != nullptr && !(IsWindow(host) && answers(host))) {
+    if (!hostAnswers() || (host != nullptr && !(IsWindow(host) && answers(host)))) {
         return false;
     }
     HWND window = handle();
@@ -138,6 +141,12 @@ bool vWidget::reparent(HWND host) {
     HWND fresh = create();
     return fresh != nullptr && resize(area.right - area.left, area.bottom - area.top) &&
            moveInto(fresh, host) && show(wasVisible);
+}
+
+bool vWidget::hostAnswers() const {
+    HWND window = current();
+    HWND host = window != nullptr ? GetAncestor(window, GA_PARENT) : nullptr;
+    return host == nullptr || host == GetDesktopWindow() || answers(host);
 }
 
 void vWidget::setEraseBackground(bool on) {

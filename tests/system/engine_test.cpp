@@ -153,7 +153,7 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
             const auto frames = ticksUntilShown(row.to - row.from + 1);
             EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), row.from);
             EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), row.to);
-            EXPECT_TRUE(devicesFree() && dvFE.lastFrame() + 1 == 0 && dvFE.playFaults() == 0);
+            EXPECT_TRUE(dvFE.lastFrame() + 1 == 0 && dvFE.playFaults() == 0);
         }
         EXPECT_FALSE(dvFE.paused() || dvFE.speed() != 1.0 || dvFE.playError().frames != 0);
         EXPECT_EQ(dvFE.getRawTime(), static_cast<int>(dvFE.playedFrame() * 1000 / dvFE.framesPerSecond()));
@@ -161,7 +161,7 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
             EXPECT_FALSE(dvFE.playinit(window, 0, 10, bad)) << bad;
         }
         EXPECT_FALSE(dvFE.playinit(window, 0, 10, nullptr) || dvFE.playinit(window, -3, 10, name.c_str()));
-        EXPECT_FALSE(dvFE.playing());
+        EXPECT_TRUE(devicesFree());
         ASSERT_TRUE(dvFE.init(window, false)) << "live again after a play-only run";
         EXPECT_TRUE(captured(10) && moves(window));
     }
@@ -208,7 +208,6 @@ TEST_F(Commands, AFileThatIsCutWhileItPlaysIsToldAndLogged) {
         EXPECT_EQ(dvFE.playError().frames, 0u);
     }
     dvFE.disconnect(&host);
-    std::printf("%s", log().c_str());
 }
 
 TEST_F(Commands, ReplaysWhatIsStillBeingWritten) {
