@@ -304,19 +304,6 @@ TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
     expectShown(5);
 }
 
-TEST_F(PlayFilter, OpensARecordingOnce) {
-    constexpr wchar_t pipe[] = L"\\\\.\\pipe\\marvo_play_filter_test"; // can be opened only once
-    const vcore::handle file(CreateNamedPipeW(pipe, PIPE_ACCESS_OUTBOUND, 0, 1, 65536, 65536, 0, nullptr));
-    std::thread content([&] {
-        const std::vector<char> firstSector(65536);
-        DWORD written = 0;
-        ConnectNamedPipe(file.get(), nullptr);
-        WriteFile(file.get(), firstSector.data(), 4096, &written, nullptr);
-    });
-    EXPECT_TRUE(filter.play(0, 9, pipe, 1.0, 0, 50)) << "a recording without frames so far";
-    content.join();
-}
-
 TEST_F(PlayFilter, LiveAndRefusedReplays) {
     capture(0, 3);
     EXPECT_FALSE(filter.play(0, 9, L"no such file.dv", 1.0, 0, 50));

@@ -187,12 +187,11 @@ TEST_F(Picture, GoesOnWhileTheHostPumpsNoMessages) {
 /// What the engine tells of the picture, and the plain renderer with methods replaced.
 struct Renderer : vcore::vObject {
     static inline std::atomic<bool> refuses, keeps;
-    static inline std::atomic<int> kept;
     static inline HRESULT(STDMETHODCALLTYPE* receiveIt)(IMemInputPin*, IMediaSample*);
 
     static HRESULT STDMETHODCALLTYPE receive(IMemInputPin* pin, IMediaSample* sample) {
-        for (; keeps; Sleep(5)) {
-            kept = 1;
+        while (keeps) {
+            Sleep(5);
         }
         return refuses ? E_FAIL : receiveIt(pin, sample);
     }
@@ -209,7 +208,7 @@ struct Renderer : vcore::vObject {
     std::mutex mutex;
 
     Renderer() {
-        refuses = keeps = false, kept = 0;
+        refuses = keeps = false;
         filter.create(CLSID_VideoRenderer);
         pin.attach(pinOf(*filter.ptr(), 0));
         transport.ref(pin.ptr());
@@ -257,18 +256,17 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     Renderer::keeps = true;
     EXPECT_TRUE(pumpUntil([] { return dvFE.playFaults() == play_held_up; }));
     EXPECT_LT(taken_ms([&] { return dvFE.replay(0, 9, nullptr) && dvFE.setSpeed(1) && dvFE.live(); }), 5000u);
+    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 10000u) << "for as long as this";
     Renderer::keeps = false;
-    const auto notify = [](long code) {
+    EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0);
+    for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
+        const size_t before = renderer.events.size();
         FILTER_INFO graph{};
         dvFE.playFilter().QueryFilterInfo(&graph);
         vwin::com_<IMediaEventSink> sink;
         sink.ref(graph.pGraph);
         graph.pGraph->Release();
         EXPECT_EQ(sink->Notify(code, 7, 0), S_OK);
-    };
-    for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
-        const size_t before = renderer.events.size();
-        notify(code);
         EXPECT_TRUE(pumpUntil([&] { return renderer.events.size() > before; }));
         EXPECT_EQ(renderer.events.back(), std::pair(code, 7ll));
         EXPECT_EQ(dvFE.playFaults(), code == EC_DISPLAY_CHANGED ? 0u : play_no_graph + 0u);
@@ -279,7 +277,6 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     dvFE.stopRecord();
     dvFE.done();
     expectRecordingFollows("system_test.dv", "pal.dv", 144000, 30);
-    std::printf("%s", log().c_str());
 }
 
 } // namespace
