@@ -75,14 +75,14 @@ bool vWidget::show(bool visible) {
         return !visible;
     }
     const int command = visible ? SW_SHOWNOACTIVATE : SW_HIDE;
+    if (!ownedByThisThread(window)) {
+        ShowWindowAsync(window, command);
+        return true;
+    }
     if (!hostAnswers()) {
         return false;
     }
-    if (ownedByThisThread(window)) {
-        ShowWindow(window, command);
-    } else {
-        ShowWindowAsync(window, command);
-    }
+    ShowWindow(window, command);
     return true;
 }
 
@@ -117,7 +117,7 @@ bool vWidget::reparent(HWND host) {
     if (host == nullptr && current() == nullptr) {
         return true;
     }
-    if (!hostAnswers() || (host != nullptr && !(IsWindow(host) && answers(host)))) {
+    if (host != nullptr && !(IsWindow(host) && answers(host))) {
         return false;
     }
     HWND window = handle();
@@ -125,7 +125,7 @@ bool vWidget::reparent(HWND host) {
         return false;
     }
     if (ownedByThisThread(window)) {
-        return moveInto(window, host);
+        return hostAnswers() && moveInto(window, host);
     }
 
     DWORD_PTR moved = FALSE;

@@ -204,7 +204,7 @@ struct Renderer : vcore::vObject {
     vwin::com_<IPin> pin;
     vwin::com_<IMemInputPin> transport;
     std::vector<std::pair<unsigned long, unsigned long>> faults;
-    std::vector<std::pair<long, long long>> events;
+    std::set<std::pair<long, long long>> events;
     std::mutex mutex;
 
     Renderer() {
@@ -222,7 +222,11 @@ struct Renderer : vcore::vObject {
     }
     void onEvent(long code, long long parameter) {
         const std::lock_guard lock(mutex);
-        events.emplace_back(code, parameter);
+        events.emplace(code, parameter);
+    }
+    bool hadEvent(long code, long long parameter) {
+        const std::lock_guard lock(mutex);
+        return events.contains({code, parameter});
     }
     bool told(unsigned long fault, unsigned long begun) {
         const std::lock_guard lock(mutex);
@@ -256,19 +260,19 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     Renderer::keeps = true;
     EXPECT_TRUE(pumpUntil([] { return dvFE.playFaults() == play_held_up; }));
     EXPECT_LT(taken_ms([&] { return dvFE.replay(0, 9, nullptr) && dvFE.setSpeed(1) && dvFE.live(); }), 5000u);
-    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 10000u) << "for as long as this";
-    Renderer::keeps = false;
+    // A thread that is killed inside foreign filters would leave their references behind for the next tests.
+    std::thread letGo([] { Sleep(500), Renderer::keeps = false; });
+    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 5000u);
+    letGo.join();
     EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0);
     for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
-        const size_t before = renderer.events.size();
         FILTER_INFO graph{};
         dvFE.playFilter().QueryFilterInfo(&graph);
         vwin::com_<IMediaEventSink> sink;
         sink.ref(graph.pGraph);
         graph.pGraph->Release();
         EXPECT_EQ(sink->Notify(code, 7, 0), S_OK);
-        EXPECT_TRUE(pumpUntil([&] { return renderer.events.size() > before; }));
-        EXPECT_EQ(renderer.events.back(), std::pair(code, 7ll));
+        EXPECT_TRUE(pumpUntil([&] { return renderer.hadEvent(code, 7); })) << code;
         EXPECT_EQ(dvFE.playFaults(), code == EC_DISPLAY_CHANGED ? 0u : play_no_graph + 0u);
         EXPECT_TRUE(dvFE.showWindow(window));
         EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0) << code;
