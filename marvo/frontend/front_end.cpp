@@ -360,7 +360,7 @@ bool dvFrontEnd::setSize(int width, int height) {
     log("setSize", true);
     const frontend::Log::Scope scope(log_);
     const dvVideoWindow& video = play_.window();
-    if (!video) {
+    if (!video || !hostAnswers()) {
         return false;
     }
     video->put_Width(width);
@@ -374,7 +374,7 @@ bool dvFrontEnd::setPos(int x, int y) {
     log("setPos", true);
     const frontend::Log::Scope scope(log_);
     const dvVideoWindow& video = play_.window();
-    if (!video) {
+    if (!video || !hostAnswers()) {
         return false;
     }
     video->put_Left(x);
@@ -641,7 +641,7 @@ void dvFrontEnd::onPlayTime() {
     long code = 0;
     long long parameter = 0;
     while (play_.takeEvent(code, parameter)) {
-        log(frontend::eventText(code, parameter).c_str(), false);
+        log(frontend::eventText(code, parameter).c_str(), !frontend::isKnownEvent(code));
         emitSignal(L"playEvent", 12, code, parameter);
     }
 }

@@ -112,16 +112,18 @@ public:
     /// `hideWindow`. Builds the graphs when none is built. A play graph that shows nothing any more (see
     /// `playFaults`; or its window went with a thread of the host's) is made anew and goes live, while
     /// capture and recording go on; but not one that `playinit` built. False when a step fails, and, with
-    /// nothing changed, when the video cannot be put into the window, as into one of another thread that
-    /// takes no messages for 300 ms.
+    /// nothing changed, when the video cannot be put into the window; nor out of, or into, one of another
+    /// thread that takes no messages for 300 ms.
     bool showWindow(HWND window);
 
-    /// Takes the video out of the host's window and hides it. Always true.
+    /// Takes the video out of the host's window and hides it; out of a window of another thread that
+    /// takes no messages it cannot be taken, and stays. Always true.
     bool hideWindow();
 
-    /// Sets the size of the video in pixels. False when there is no video window.
+    /// Sets the size of the video in pixels. False when there is no video window, and when the host's window
+    /// belongs to another thread that takes no messages for 300 ms.
     bool setSize(int width, int height);
-    /// Sets the position of the video in pixels. False when there is no video window.
+    /// Sets the position of the video in pixels. False as for `setSize`.
     bool setPos(int x, int y);
 
     /// Sets the host's window; null changes nothing.

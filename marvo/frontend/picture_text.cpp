@@ -32,9 +32,17 @@ constexpr Text eventTexts[] = {
     {EC_VIDEO_SIZE_CHANGED, "the picture has another size"},
     {EC_DISPLAY_CHANGED, "the display has changed"},
     {EC_WINDOW_DESTROYED, "the picture's window is gone"},
-    {EC_GRAPH_CHANGED, "the graph has changed"},
     {EC_CLOCK_UNSET, "the clock has been taken away"},
 };
+
+const char* wordsOf(long code) {
+    for (const Text& row : eventTexts) {
+        if (row.value == code) {
+            return row.text;
+        }
+    }
+    return nullptr;
+}
 
 } // namespace
 
@@ -60,14 +68,14 @@ std::string faultText(unsigned long faults, bool begun) {
     return text;
 }
 
+bool isKnownEvent(long code) {
+    return wordsOf(code) != nullptr;
+}
+
 std::string eventText(long code, long long parameter) {
-    const char* words = "event of the play graph";
-    for (const Text& row : eventTexts) {
-        if (row.value == code) {
-            words = row.text;
-        }
-    }
-    return vcore::format("play graph: %s (event %ld, %lld)", words, code, parameter);
+    const char* const words = wordsOf(code);
+    return vcore::format("play graph: %s (event %ld, %lld)", words != nullptr ? words : "an event", code,
+                         parameter);
 }
 
 } // namespace frontend

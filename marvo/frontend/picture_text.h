@@ -12,6 +12,8 @@ namespace frontend {
 std::string errorText(const char* file, const play_error& error);
 /// That `play_fault`s have begun or are over.
 std::string faultText(unsigned long faults, bool begun);
+/// Whether an event is one that disturbs the picture.
+bool isKnownEvent(long code);
 /// An event of the play graph with its first parameter.
 std::string eventText(long code, long long parameter);
 

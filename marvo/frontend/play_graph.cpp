@@ -100,7 +100,9 @@ BuildStep PlayGraph::connect() {
 }
 
 bool PlayGraph::run() {
-    failed_ = !graph_.run(0.0);
+    // A graph may say that it runs although its renderer has refused to.
+    FILTER_STATE state = State_Stopped;
+    failed_ = !graph_.run(0.0) || FAILED(renderer_.filter()->GetState(0, &state)) || state == State_Stopped;
     return !failed_;
 }
 

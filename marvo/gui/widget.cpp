@@ -75,11 +75,14 @@ bool vWidget::show(bool visible) {
         return !visible;
     }
     const int command = visible ? SW_SHOWNOACTIVATE : SW_HIDE;
-    if (ownedByThisThread(window)) {
-        ShowWindow(window, command);
-    } else {
+    if (!ownedByThisThread(window)) {
         ShowWindowAsync(window, command);
+        return true;
     }
+    if (!hostAnswers()) {
+        return false;
+    }
+    ShowWindow(window, command);
     return true;
 }
 
@@ -122,7 +125,7 @@ bool vWidget::reparent(HWND host) {
         return false;
     }
     if (ownedByThisThread(window)) {
-        return moveInto(window, host);
+        return hostAnswers() && moveInto(window, host);
     }
 
     DWORD_PTR moved = FALSE;
@@ -138,6 +141,12 @@ bool vWidget::reparent(HWND host) {
     HWND fresh = create();
     return fresh != nullptr && resize(area.right - area.left, area.bottom - area.top) &&
            moveInto(fresh, host) && show(wasVisible);
+}
+
+bool vWidget::hostAnswers() const {
+    HWND window = current();
+    HWND host = window != nullptr ? GetAncestor(window, GA_PARENT) : nullptr;
+    return host == nullptr || host == GetDesktopWindow() || answers(host);
 }
 
 void vWidget::setEraseBackground(bool on) {

@@ -39,7 +39,8 @@ public:
     /// The timer with this id has run out. Does nothing by default.
     virtual void timerEvent(char id);
 
-    /// Shows or hides the window. Hiding makes no window.
+    /// Shows or hides the window. Hiding makes no window. False, and nothing changes, in a host that does not
+    /// answer.
     bool show(bool visible);
     /// Hides or shows the window: show() the other way round.
     bool hide(bool hidden);
@@ -52,13 +53,16 @@ public:
     /// Puts the window as a child into the client area of `host`, at its upper left corner; null gives it
     /// back to its own parent, the desktop, as a popup. Shown or hidden stays as it was.
     ///
-    /// False, and nothing changes, when `host` is no window, cannot be its parent, or belongs to another
-    /// thread that has not answered a message for 300 ms.
+    /// False, and nothing changes, when `host` is no window, cannot be its parent, or it or the host before
+    /// does not answer.
     ///
     /// From a thread that does not own the window the owner is asked to do it. An owner that does not answer
     /// is given up: the old window is left to it, hidden and to be closed, and a new window is made on this
     /// thread.
     bool reparent(HWND host);
+    /// Whether the window that this one is in answers: false when it belongs to another thread, and that
+    /// takes no messages for 300 ms. Moving or sizing a window there takes as long as that lasts.
+    bool hostAnswers() const;
     /// Whether the window's background is painted before its content; on by default.
     void setEraseBackground(bool on);
     /// The window, made if there is none; null when it cannot be made.

@@ -330,24 +330,26 @@ dvFrameLoad::Attempt dvFrameLoad::tryFrame(unsigned long long number, recording:
     return Attempt::failed;
 }
 
+/// Whether a frame that was in the recording lies behind the end of its file, of so many bytes.
+bool dvFrameLoad::isGone(unsigned long long frame, unsigned long long bytes) const {
+    recording::Reader::Place place;
+    return frame < frames_ && (!reader_->place(frame, place) || place.offset + place.size > bytes);
+}
+
 /// Keeps which frames around `number` cannot be read: with a file that was cut, all that are gone.
 void dvFrameLoad::noteUnreadable(unsigned long long number, unsigned long error) {
     const unsigned long long bytes = reader_->fileBytes();
-    const auto isGone = [&](unsigned long long frame) {
-        recording::Reader::Place place;
-        return frame < frames_ && (!reader_->place(frame, place) || place.offset + place.size > bytes);
-    };
     vcore::timed_guard lock(lock_, lockWait_ms);
     if (unreadable_.holds(number) && unreadable_.error == error) {
         return;
     }
     unsigned long long first = number;
     unsigned long long behind = number + 1;
-    if (isGone(number)) {
-        while (first > inPoint_ && isGone(first - 1)) {
+    if (isGone(number, bytes)) {
+        while (first > inPoint_ && isGone(first - 1, bytes)) {
             --first;
         }
-        while (behind <= outPoint_ && isGone(behind)) {
+        while (behind <= outPoint_ && isGone(behind, bytes)) {
             ++behind;
         }
     }

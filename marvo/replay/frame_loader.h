@@ -134,6 +134,7 @@ private:
     Attempt tryFrame(unsigned long long number, recording::RecordBuffer& staging, unsigned long& error)
         MARVO_REQUIRES(fileLock_);
     void noteUnreadable(unsigned long long number, unsigned long error) MARVO_REQUIRES(fileLock_);
+    bool isGone(unsigned long long frame, unsigned long long bytes) const MARVO_REQUIRES(fileLock_);
     void refresh() MARVO_REQUIRES(fileLock_);
     void store(const recording::RecordBuffer& staging, unsigned long long number) MARVO_REQUIRES(lock_);
     void pauseAfter(Attempt attempt) const;

@@ -73,19 +73,6 @@ TEST_F(WidgetTest, EventsReachTheWidget) {
     EXPECT_EQ(widget.style(), 0x100000ul);
 }
 
-TEST_F(WidgetTest, OutlivesItsHostTogetherWithTheWindowsInsideIt) {
-    NotingWidget widget;
-    ASSERT_TRUE(widget.reparent(host));
-    HWND inside = makeWindow(widget.handle(), WS_CHILD | WS_VISIBLE);
-    DestroyWindow(host);
-    EXPECT_EQ(widget.destroyed, 1);
-    EXPECT_TRUE(IsWindow(inside)) << "the picture's window went with the host";
-
-    host = makeWindow(nullptr, WS_POPUP);
-    EXPECT_TRUE(widget.reparent(host));
-    EXPECT_EQ(GetAncestor(inside, GA_ROOT), host);
-}
-
 TEST_F(WidgetTest, AnOwnerThatDispatchesNoMessagesIsGivenUp) {
     NotingWidget widget;
     std::promise<void> leave;

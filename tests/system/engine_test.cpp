@@ -2,7 +2,6 @@
 #include "tests/system/picture.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <functional>
 #include <thread>
 
@@ -148,7 +147,7 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
             const auto frames = ticksUntilShown(row.to - row.from + 1);
             EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), row.from);
             EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), row.to);
-            EXPECT_TRUE(devicesFree() && dvFE.lastFrame() + 1 == 0 && dvFE.playFaults() == 0);
+            EXPECT_TRUE(dvFE.lastFrame() + 1 == 0 && dvFE.playFaults() == 0);
         }
         EXPECT_FALSE(dvFE.paused() || dvFE.speed() != 1.0 || dvFE.playError().frames != 0);
         EXPECT_EQ(dvFE.getRawTime(), static_cast<int>(dvFE.playedFrame() * 1000 / dvFE.framesPerSecond()));
@@ -156,13 +155,13 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
             EXPECT_FALSE(dvFE.playinit(window, 0, 10, bad)) << bad;
         }
         EXPECT_FALSE(dvFE.playinit(window, 0, 10, nullptr) || dvFE.playinit(window, -3, 10, name.c_str()));
-        EXPECT_FALSE(dvFE.playing());
+        EXPECT_TRUE(devicesFree());
         ASSERT_TRUE(dvFE.init(window, false)) << "live again after a play-only run";
         EXPECT_TRUE(captured(10) && moves(window));
     }
 }
 
-TEST_F(Commands, AFileThatIsCutWhileItPlaysIsToldAndLogged) {
+TEST_F(Commands, AFileThatIsCutWhileItPlaysIsTold) {
     struct : vcore::vObject {
         std::atomic<int> calls = 0;
         play_error last;
@@ -173,66 +172,43 @@ TEST_F(Commands, AFileThatIsCutWhileItPlaysIsToldAndLogged) {
     } host;
     dvFE.connect(L"playError", &host, &host, &std::remove_reference_t<decltype(host)>::onError);
     ASSERT_TRUE(dvFE.init(window, false));
-    for (const std::string name : {"system_test.dv", "system_test.avi"}) {
-        const vcore::str wide(name.c_str());
-        const wchar_t* const file = wide.oleStr();
+    for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
         ASSERT_TRUE(dvFE.startRecord(file));
         ASSERT_TRUE(captured(120)); // so that the ring has lost the first ones
         dvFE.stopRecord();
         ASSERT_TRUE(dvFE.replay(10, 39, file));
         ticksUntilShown(5);
         host.calls = 0;
-        const auto size = std::filesystem::file_size(name);
-        std::string whole(size, 0);
-        std::ifstream(name, std::ios::binary).read(whole.data(), static_cast<std::streamsize>(size));
         recording::resize(file, 25ull * 148000);
         ASSERT_TRUE(pumpUntil([&] { return host.calls == 1; }));
         EXPECT_TRUE(host.last == dvFE.playError() && host.last.error == ERROR_HANDLE_EOF);
         EXPECT_EQ(host.last.first + host.last.frames, 40u);
         EXPECT_TRUE(pumpUntil([&] { return dvFE.playedFrame() + 1 == host.last.first; }))
             << "the last good one";
-        std::ofstream(name, std::ios::binary | std::ios::in)
-            .write(whole.data(), static_cast<std::streamsize>(size));
-        EXPECT_TRUE(pumpUntil([&] { return host.calls == 2 && dvFE.playedFrame() == 39; }))
-            << "it is whole again";
-        EXPECT_EQ(host.last.frames, 0u);
-        recording::resize(file, 0);
-        ASSERT_TRUE(pumpUntil([&] { return host.calls == 3; }));
         EXPECT_LT(samples::elapsed_ms([] { dvFE.live(); }), 2000u);
-        EXPECT_TRUE(moves(window));
-        EXPECT_EQ(dvFE.playError().frames, 0u);
+        EXPECT_TRUE(moves(window) && host.calls == 2 && host.last.frames == 0 &&
+                    dvFE.playError().frames == 0);
+        EXPECT_NE(log().find("replay: frames"), std::string::npos);
     }
     dvFE.disconnect(&host);
-    std::printf("%s", log().c_str());
 }
 
-TEST_F(Commands, ReplaysWhatIsStillBeingWritten) {
+TEST_F(Commands, ARecordingIsReplayedWhileItIsMade) {
     ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(dvFE.startRecord(nullptr));
-    ASSERT_TRUE(captured(30));
-    ASSERT_TRUE(dvFE.replay(0, 9, nullptr));
-    // By now frame 80 is on disk, but was not when the file was opened, and the ring of 50 frames has lost it
-    // later.
-    ASSERT_TRUE(captured(140));
-    ASSERT_TRUE(dvFE.replay(70, 79, nullptr));
-    const auto frames = ticksUntilShown(10);
-    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 70u);
-}
-
-TEST_F(Commands, AnAviRecordingIsReplayedWhileItIsMadeAndAfterwards) {
-    ASSERT_TRUE(dvFE.init(window, false));
-    DeleteFileW(L"system_test.dv"); // the play file: no replay may come from there
-    ASSERT_TRUE(dvFE.startRecord(L"system_test.avi"));
-    ASSERT_TRUE(captured(30));
-    ASSERT_TRUE(dvFE.replay(0, 9, L"system_test.avi"));
-    ASSERT_TRUE(captured(140));
-    // The ring of 50 frames has lost these, so they come from the file, which is still being written.
-    ASSERT_TRUE(dvFE.replay(70, 79, L"system_test.avi"));
-    auto frames = ticksUntilShown(10);
-    EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 70u);
-    EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 79u);
-    EXPECT_FALSE(dvFE.replay(0, 9, L"no such file.avi"));
-    dvFE.stopRecord();
+    for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
+        ASSERT_TRUE(dvFE.startRecord(file));
+        ASSERT_TRUE(captured(30));
+        ASSERT_TRUE(dvFE.replay(0, 9, file));
+        ASSERT_TRUE(captured(140));
+        // The ring of 50 frames has lost these, so they come from the file, which was shorter when it was
+        // opened.
+        ASSERT_TRUE(dvFE.replay(70, 79, file));
+        const auto frames = ticksUntilShown(10);
+        EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), 70u);
+        EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 79u);
+        EXPECT_FALSE(dvFE.replay(0, 9, L"no such file.avi"));
+        dvFE.stopRecord();
+    }
     EXPECT_EQ(expectRecordingFollows("system_test.avi", "pal.dv", 144000, 140), dvFE.writtenFrame());
     AviInspector inspector;
     ASSERT_TRUE(inspector.run(L"system_test.avi", {}));

@@ -7,32 +7,31 @@
 /// An engine whose picture is looked at. The test streams move and have many colours all over.
 class PictureEngine : public Engine {
 protected:
+    static constexpr int points = 16; ///< of a look, each way
+
     /// The colours of a grid of points in a part of a window's client area.
     static std::vector<COLORREF> look(HWND window, const RECT& part) {
-        constexpr int points = 16;
+        const int width = part.right - part.left;
+        const int height = part.bottom - part.top;
         const HDC source = GetDC(window);
         const HDC memory = CreateCompatibleDC(source);
-        const HBITMAP bitmap = CreateCompatibleBitmap(source, points, points);
+        const HBITMAP bitmap = CreateCompatibleBitmap(source, width, height);
         const HGDIOBJ former = SelectObject(memory, bitmap);
-        std::vector<COLORREF> seen;
-        for (int i = 0; i < points * points; ++i) {
-            const int x = part.left + (part.right - part.left) * (2 * (i % points) + 1) / (2 * points);
-            const int y = part.top + (part.bottom - part.top) * (2 * (i / points) + 1) / (2 * points);
-            BitBlt(memory, i % points, i / points, 1, 1, source, x, y, SRCCOPY);
-        }
-        for (int i = 0; i < points * points; ++i) {
-            seen.push_back(GetPixel(memory, i % points, i / points));
-        }
+        BitBlt(memory, 0, 0, width, height, source, part.left, part.top, SRCCOPY);
         SelectObject(memory, former);
+        BITMAPINFO info{{sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
+        std::vector<COLORREF> pixels(static_cast<size_t>(width * height));
+        GetDIBits(memory, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
         DeleteObject(bitmap);
         DeleteDC(memory);
         ReleaseDC(window, source);
+        std::vector<COLORREF> seen;
+        for (int i = 0; i < points * points; ++i) {
+            const int x = width * (2 * (i % points) + 1) / (2 * points);
+            const int y = height * (2 * (i / points) + 1) / (2 * points);
+            seen.push_back(pixels[static_cast<size_t>(y * width + x)] & 0xFFFFFF);
+        }
         return seen;
-    }
-
-    static size_t colours(HWND window, const RECT& part) {
-        const auto seen = look(window, part);
-        return std::set<COLORREF>(seen.begin(), seen.end()).size();
     }
 
     static RECT clientOf(HWND window) {
@@ -46,16 +45,16 @@ protected:
         std::set<std::vector<COLORREF>> pictures;
         return pumpUntil(
             [&] {
-                const LONG x = (part.left + part.right) / 2;
-                const LONG y = (part.top + part.bottom) / 2;
-                for (const RECT& quarter :
-                     {RECT{part.left, part.top, x, y}, RECT{x, part.top, part.right, y},
-                      RECT{part.left, y, x, part.bottom}, RECT{x, y, part.right, part.bottom}}) {
-                    if (colours(window, quarter) < 4) {
-                        return false;
-                    }
+                const auto seen = look(window, part);
+                std::set<COLORREF> quarters[4];
+                for (int i = 0; i < points * points; ++i) {
+                    quarters[i % points / (points / 2) + i / points / (points / 2) * 2].insert(seen[i]);
                 }
-                pictures.insert(look(window, part));
+                if (std::any_of(quarters, quarters + 4,
+                                [](const auto& colours) { return colours.size() < 4; })) {
+                    return false;
+                }
+                pictures.insert(seen);
                 return pictures.size() >= 3;
             },
             20000);
@@ -64,6 +63,11 @@ protected:
 
     /// Whether a part of a window comes to show one colour.
     bool isBare(HWND window, const RECT& part) {
-        return pumpUntil([&] { return colours(window, part) == 1; }, 20000);
+        return pumpUntil(
+            [&] {
+                const auto seen = look(window, part);
+                return std::set<COLORREF>(seen.begin(), seen.end()).size() == 1;
+            },
+            20000);
     }
 };

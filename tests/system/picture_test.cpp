@@ -142,8 +142,7 @@ TEST_F(Picture, ComesBackWhenTheHostsWindowIsGone) {
         EXPECT_TRUE(moves(window)) << "that thread is gone";
     }
     dvFE.done();
-    WindowThread host(true,
-                      [](HWND mine) { EXPECT_TRUE(dvFE.init(mine, false) && dvFE.startRecord(nullptr)); });
+    WindowThread host([](HWND mine) { EXPECT_TRUE(dvFE.init(mine, false) && dvFE.startRecord(nullptr)); });
     EXPECT_TRUE(moves(host.window()));
     host.end(); // the front end's own window and the renderer's were this thread's
     dvFE.setInfoDrain(window, drainMessage, &info);
@@ -169,11 +168,18 @@ TEST_F(Picture, GoesOnWhileTheHostPumpsNoMessages) {
     EXPECT_TRUE(moves(busy.window()));
     busy.pumps = false;
     dvFE.setInfoDrain(busy.window(), drainMessage, &info);
-    EXPECT_LT(taken_ms([&] { return dvFE.setSize(300, 200) && dvFE.setPos(5, 5); }), 5000u);
-    EXPECT_LT(taken_ms([&] { return dvFE.replay(5, 20, nullptr) && dvFE.live() && dvFE.hideWindow(); }),
-              5000u);
-    EXPECT_LT(taken_ms([&] { return !dvFE.showWindow(busy.window()); }), 5000u) << "it might take for ever";
-    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 5000u);
+    EXPECT_LT(taken_ms([&] {
+                  return !dvFE.setSize(300, 200) && !dvFE.setPos(5, 5) && !dvFE.showWindow(window) &&
+                         dvFE.hideWindow();
+              }),
+              5000u)
+        << "moving windows there would take as long as the thread is busy";
+    EXPECT_LT(taken_ms([&] { return dvFE.replay(5, 20, nullptr) && dvFE.live(); }), 5000u);
+    busy.pumps = true;
+    EXPECT_TRUE(pumpUntil([&] { return dvFE.showWindow(window); }));
+    EXPECT_TRUE(moves(window));
+    busy.pumps = false;
+    EXPECT_LT(taken_ms([&] { return !dvFE.showWindow(busy.window()); }), 5000u);
     EXPECT_TRUE(moves(window));
     dvFE.setInfoDrain(window, drainMessage, &info);
 }
@@ -181,12 +187,11 @@ TEST_F(Picture, GoesOnWhileTheHostPumpsNoMessages) {
 /// What the engine tells of the picture, and the plain renderer with methods replaced.
 struct Renderer : vcore::vObject {
     static inline std::atomic<bool> refuses, keeps;
-    static inline std::atomic<int> kept;
     static inline HRESULT(STDMETHODCALLTYPE* receiveIt)(IMemInputPin*, IMediaSample*);
 
     static HRESULT STDMETHODCALLTYPE receive(IMemInputPin* pin, IMediaSample* sample) {
-        for (; keeps; Sleep(5)) {
-            kept = 1;
+        while (keeps) {
+            Sleep(5);
         }
         return refuses ? E_FAIL : receiveIt(pin, sample);
     }
@@ -199,11 +204,11 @@ struct Renderer : vcore::vObject {
     vwin::com_<IPin> pin;
     vwin::com_<IMemInputPin> transport;
     std::vector<std::pair<unsigned long, unsigned long>> faults;
-    std::vector<std::pair<long, long long>> events;
+    std::set<std::pair<long, long long>> events;
     std::mutex mutex;
 
     Renderer() {
-        refuses = keeps = false, kept = 0;
+        refuses = keeps = false;
         filter.create(CLSID_VideoRenderer);
         pin.attach(pinOf(*filter.ptr(), 0));
         transport.ref(pin.ptr());
@@ -217,7 +222,11 @@ struct Renderer : vcore::vObject {
     }
     void onEvent(long code, long long parameter) {
         const std::lock_guard lock(mutex);
-        events.emplace_back(code, parameter);
+        events.emplace(code, parameter);
+    }
+    bool hadEvent(long code, long long parameter) {
+        const std::lock_guard lock(mutex);
+        return events.contains({code, parameter});
     }
     bool told(unsigned long fault, unsigned long begun) {
         const std::lock_guard lock(mutex);
@@ -251,20 +260,19 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     Renderer::keeps = true;
     EXPECT_TRUE(pumpUntil([] { return dvFE.playFaults() == play_held_up; }));
     EXPECT_LT(taken_ms([&] { return dvFE.replay(0, 9, nullptr) && dvFE.setSpeed(1) && dvFE.live(); }), 5000u);
-    Renderer::keeps = false;
-    const auto notify = [](long code) {
+    // A thread that is killed inside foreign filters would leave their references behind for the next tests.
+    std::thread letGo([] { Sleep(500), Renderer::keeps = false; });
+    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 5000u);
+    letGo.join();
+    EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0);
+    for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
         FILTER_INFO graph{};
         dvFE.playFilter().QueryFilterInfo(&graph);
         vwin::com_<IMediaEventSink> sink;
         sink.ref(graph.pGraph);
         graph.pGraph->Release();
         EXPECT_EQ(sink->Notify(code, 7, 0), S_OK);
-    };
-    for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
-        const size_t before = renderer.events.size();
-        notify(code);
-        EXPECT_TRUE(pumpUntil([&] { return renderer.events.size() > before; }));
-        EXPECT_EQ(renderer.events.back(), std::pair(code, 7ll));
+        EXPECT_TRUE(pumpUntil([&] { return renderer.hadEvent(code, 7); })) << code;
         EXPECT_EQ(dvFE.playFaults(), code == EC_DISPLAY_CHANGED ? 0u : play_no_graph + 0u);
         EXPECT_TRUE(dvFE.showWindow(window));
         EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0) << code;
@@ -273,7 +281,6 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     dvFE.stopRecord();
     dvFE.done();
     expectRecordingFollows("system_test.dv", "pal.dv", 144000, 30);
-    std::printf("%s", log().c_str());
 }
 
 } // namespace
