@@ -6,28 +6,48 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
+#include <iterator>
 
 namespace dvrec {
 
 namespace {
 
+using recording::SearchedReader;
+
 /// What a repair could not save.
 struct Losses {
-    std::vector<recording::SearchedReader::Hole> holes;
-    unsigned long damaged = 0;   ///< frames that begin as such and are not whole
-    unsigned long long lost = 0; ///< frames, about
+    std::vector<SearchedReader::Hole> holes;
+    unsigned long long lost = 0;
+    unsigned long long damaged = 0; ///< those of them that begin as frames do and are not whole
+    bool exact = true;              ///< otherwise at least so many are lost
 };
 
-Losses lossesOf(const recording::SearchedReader& found) {
-    Losses losses{found.holes(), found.damaged(), 0};
-    const auto inHoles = std::accumulate(
-        losses.holes.begin(), losses.holes.end(), 0ull,
-        [](unsigned long long sum, const recording::SearchedReader::Hole& hole) { return sum + hole.lost; });
-    const auto unkept = found.promised() > found.frames() ? found.promised() - found.frames() : 0;
-    // A damaged frame leaves a hole, and both are missing from what the headers promise.
-    losses.lost = std::max<unsigned long long>({inHoles, losses.damaged, unkept});
+Losses lossesOf(const SearchedReader& found) {
+    Losses losses{found.holes()};
+    for (const SearchedReader::Hole& hole : losses.holes) {
+        losses.lost += hole.lost;
+        losses.damaged += hole.damaged;
+        losses.exact = losses.exact && hole.counted != SearchedReader::Counted::room;
+    }
     return losses;
+}
+
+/// By what the frames were counted: for programs, and in words behind their number.
+struct CountedText {
+    SearchedReader::Counted counted;
+    const char* identifier;
+    const char* words;
+};
+constexpr CountedText countedTexts[] = {
+    {SearchedReader::Counted::records, "records", ""},
+    {SearchedReader::Counted::timeCode, "timeCode", ", by the time code"},
+    {SearchedReader::Counted::header, "header", ", by the file's header"},
+    {SearchedReader::Counted::room, "room", " or more"},
+};
+
+const CountedText& textOf(SearchedReader::Counted counted) {
+    return *std::find_if(std::begin(countedTexts), std::end(countedTexts),
+                         [counted](const CountedText& text) { return text.counted == counted; });
 }
 
 void reportJson(const Written& written, const Losses& losses, const Arguments& arguments) {
@@ -39,13 +59,15 @@ void reportJson(const Written& written, const Losses& losses, const Arguments& a
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
     json.add("lost", losses.lost);
+    json.add("exact", losses.exact);
     json.add("damaged", losses.damaged);
     json.beginList("holes");
-    for (const recording::SearchedReader::Hole& hole : losses.holes) {
+    for (const SearchedReader::Hole& hole : losses.holes) {
         json.beginObject();
         json.add("frame", hole.frame);
         json.add("offset", hole.offset);
         json.add("lost", hole.lost);
+        json.add("counted", textOf(hole.counted).identifier);
         json.end();
     }
     json.end();
@@ -54,19 +76,20 @@ void reportJson(const Written& written, const Losses& losses, const Arguments& a
 }
 
 void reportText(const Written& written, const Losses& losses, const Arguments& arguments) {
-    std::printf("%s\nsaved: %s\n", describe(written, arguments).c_str(),
-                counted(written.frames, "frame").c_str());
-    std::printf("lost: %s%s", losses.lost == 0 ? "nothing" : "about ",
-                losses.lost == 0 ? "" : counted(losses.lost, "frame").c_str());
+    std::printf("%s\nsaved: %s\nlost: %s%s", describe(written, arguments).c_str(),
+                counted(written.frames, "frame").c_str(), losses.exact ? "" : "at least ",
+                losses.lost == 0 ? "nothing" : counted(losses.lost, "frame").c_str());
     if (losses.damaged > 0) {
-        std::printf(", %lu of them cut off or damaged inside", losses.damaged);
+        std::printf(", %llu of them cut off or damaged inside", losses.damaged);
     }
     std::printf("\n");
     constexpr size_t mostListed = 20;
     for (size_t i = 0; i < losses.holes.size() && i < mostListed; ++i) {
-        std::printf("  in front of the new frame %lu, from byte %llu of the old file: about %s\n",
-                    losses.holes[i].frame, losses.holes[i].offset,
-                    counted(losses.holes[i].lost, "frame").c_str());
+        const SearchedReader::Hole& hole = losses.holes[i];
+        const std::string place =
+            hole.frame < written.frames ? format("in front of the new frame %lu", hole.frame) : "at the end";
+        std::printf("  %s, from byte %llu of the old file: %s%s\n", place.c_str(), hole.offset,
+                    counted(hole.lost, "frame").c_str(), textOf(hole.counted).words);
     }
     if (losses.holes.size() > mostListed) {
         std::printf("  and at %s more (--json lists all)\n",

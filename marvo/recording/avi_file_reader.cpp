@@ -1,6 +1,7 @@
 #include "marvo/recording/avi_file_reader.h"
 
 #include "marvo/avi/avi_inspector.h"
+#include "marvo/avi/avi_reader.h"
 #include "marvo/core/text.h"
 
 #include <algorithm>
@@ -20,7 +21,8 @@ std::wstring reasonOf(const FileIOAVI& avi) {
 }
 
 /// Where frame `frame` of an open file stands; false when there is no such frame.
-bool placeOf(const FileIOAVI& avi, unsigned long long frame, Reader::Place& place) {
+template <class Avi>
+bool placeOf(const Avi& avi, unsigned long long frame, Reader::Place& place) {
     const auto number = static_cast<unsigned long>(frame);
     FileIOAVI::FramePosition position;
     if (number != frame || !avi.framePosition(number, position)) {
@@ -50,15 +52,20 @@ std::unique_ptr<Reader> AviFileReader::open(const wchar_t* name, const OpenOptio
     return reader;
 }
 
-bool AviFileReader::find(const wchar_t* name, FoundFrames& found) {
-    FileIOAVI avi;
-    if (avi.open(name, FileIOAVI::Trust::Nothing) != FileIOAVI::Ok) {
+bool AviFileReader::find(const wchar_t* name, FoundFrames& found, const ProgressCall& progress) {
+    AviReader avi;
+    AVI_ODMLFileInfo info;
+    const auto tell = [&progress](unsigned long long done, unsigned long long all) { progress(done, all); };
+    if (avi.open(name, FileIOAVI::Trust::Nothing, info, tell) != FileIOAVI::Ok) {
         return false;
     }
-    found.promised = avi.info().headerTotalFrames;
+    found.promised = info.headerTotalFrames;
     Place place;
     for (unsigned long frame = 0; placeOf(avi, frame, place); ++frame) {
         found.places.push_back(place);
+    }
+    for (const unsigned long long offset : avi.broken()) {
+        found.broken.push_back(offset + headerBytes);
     }
     return true;
 }

@@ -15,7 +15,7 @@ public:
     /// As `KindRow::open`.
     static std::unique_ptr<Reader> open(const wchar_t* name, const OpenOptions& options, std::wstring& error);
     /// Finds the frames without relying on headers and indexes; as `KindRow::find`.
-    static bool find(const wchar_t* name, FoundFrames& found);
+    static bool find(const wchar_t* name, FoundFrames& found, const ProgressCall& progress);
 
     /// Whether an AVI file starts so.
     static bool isAviStart(const unsigned char* head, std::size_t bytes);

@@ -23,8 +23,9 @@ struct OpenOptions {
 
 /// The frames of a file that were found by searching it.
 struct FoundFrames {
-    std::vector<Reader::Place> places; ///< in the order of the file; not all of them need to be whole
-    unsigned long long promised = 0;   ///< frames that the file's headers promise; 0 when they do not
+    std::vector<Reader::Place> places;      ///< in the order of the file; not all of them need to be whole
+    std::vector<unsigned long long> broken; ///< where frames begin that are surely not whole
+    unsigned long long promised = 0;        ///< frames that the file's headers promise; 0 when they do not
 };
 
 /// What there is to know of a kind. To add a kind, write its reader and writer, and a row in kinds.cpp.
@@ -48,8 +49,9 @@ struct KindRow {
                                       long long timePerFrame_100ns, std::wstring& error);
 
     // For the search in damaged files.
-    /// Finds frames in a way of its own; null where there is none.
-    bool (*find)(const wchar_t* name, FoundFrames& found);
+    /// Finds frames in a way of its own; null where there is none. `progress`, whose result does not count,
+    /// may throw.
+    bool (*find)(const wchar_t* name, FoundFrames& found, const Reader::ProgressCall& progress);
     /// Whether the `headerBytes` in front of a frame and the start of that frame are this kind's.
     bool (*standsInFront)(const unsigned char* head, std::size_t bytes);
     /// Where in the file the first frame's own bytes stand, as far as that is the same in all files.

@@ -5,17 +5,29 @@
 #include "marvo/dv/layout.h"
 #include "marvo/recording/kinds.h"
 
+#include <optional>
+
 namespace recording {
 
 /// The undamaged frames of a damaged file. Where its kind has a way of its own to find them, that is taken;
 /// where that finds nothing, and in all other files, a frame is whatever looks like one, at any byte.
 class SearchedReader final : public Reader {
 public:
-    /// A run of bytes between frames in which there was room for at least one more.
+    /// By what the frames lost in a hole were counted.
+    enum class Counted {
+        records,  ///< the hole is a whole number of the file's records (or frames of a stream): exact
+        timeCode, ///< the camera counted so many from the frame in front of the hole to the one behind it
+        header,   ///< the file's header promises so many more than there are
+        room      ///< nothing tells; there was room for so many, or so many begin: at least
+    };
+
+    /// A place where frames are missing.
     struct Hole {
         unsigned long frame;       ///< number of the next frame found behind it
         unsigned long long offset; ///< where it begins
-        unsigned long lost;        ///< frames for which there was room, about
+        unsigned long lost;        ///< frames that were there, at least 1
+        Counted counted;           ///< by what
+        unsigned long damaged;     ///< those of them that begin as such
     };
 
     /// Searches the file, whose kind is told by its first bytes, else by its extension, else by what stands
@@ -37,12 +49,8 @@ public:
     }
     void abandon() override {}
 
-    /// Frames that begin as such and are damaged, cut off, or of another system than the first; they are left
-    /// out.
-    unsigned long damaged() const { return damaged_; }
-    /// Frames that the file's headers promise; 0 when they do not.
-    unsigned long long promised() const { return promised_; }
-    /// Where frames are missing.
+    /// Where frames are missing, in the order of the file. Frames that are damaged, cut off, or of another
+    /// system than the first are left out and missing.
     std::vector<Hole> holes() const;
 
 protected:
@@ -55,11 +63,15 @@ private:
     void searchBytes(const ProgressCall& progress);
     bool take(unsigned long long offset, vdv::FrameBytes frame);
     const KindRow& guessRow() const;
+    unsigned long long usualStep() const;
+    std::size_t brokenBetween(unsigned long long begin, unsigned long long end) const;
+    std::optional<unsigned long> countedBetween(std::size_t before, std::size_t after) const;
+    Hole holeBefore(std::size_t frame, unsigned long long begin, unsigned long long usual) const;
 
     const KindRow* row_ = nullptr;
     std::vector<unsigned long long> places_;
     unsigned long frameSize_ = 0;
-    unsigned long damaged_ = 0;
+    std::vector<unsigned long long> broken_; ///< where frames begin that are left out
     unsigned long long promised_ = 0;
     const wchar_t* error_ = L"";
 };

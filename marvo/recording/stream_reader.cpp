@@ -34,6 +34,12 @@ unsigned long StreamReader::frameSizeAt(const InputFile& file, unsigned long lon
     return vdv::isSecondChannelStart({id, behind}) ? 2 * size : size;
 }
 
+unsigned long StreamReader::frameSizeOf(vdv::FrameBytes bytes) {
+    const unsigned long size = vdv::systemSaid(bytes).frameBytes;
+    const bool second = bytes.size() > size && vdv::isSecondChannelStart(bytes.subspan(size));
+    return second ? 2 * size : size;
+}
+
 void StreamReader::refresh() {
     frames_ = input_.size() / frameSize_;
 }

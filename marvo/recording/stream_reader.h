@@ -2,6 +2,7 @@
 /// The reader of bare DV streams.
 #pragma once
 
+#include "marvo/dv/layout.h"
 #include "marvo/recording/kinds.h"
 #include "marvo/recording/plain_reader.h"
 
@@ -17,6 +18,9 @@ public:
     static bool isStreamStart(const unsigned char* head, std::size_t bytes);
     /// Bytes of the frame that starts at `offset`, of 25 or 50 Mbit/s, as its own header says.
     static unsigned long frameSizeAt(const InputFile& file, unsigned long long offset);
+    /// The same for one in memory, of which `largestFrame` bytes and a few behind tell.
+    static unsigned long frameSizeOf(vdv::FrameBytes bytes);
+    static constexpr unsigned long largestFrame = 2 * vdv::palFrameBytes;
 
     Kind kind() const override { return Kind::stream; }
     unsigned long long frames() const override { return frames_; }

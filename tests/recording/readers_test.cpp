@@ -3,9 +3,13 @@
 #include "marvo/core/disk_file.h"
 #include "marvo/recording/recordings.h"
 #include "tests/support/faulty_disk.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/samples.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -217,6 +221,38 @@ TEST(Readers, DevicesAreNeitherReadNorWritten) {
                                 L"", L"\\\\?\\C:\\a.dv", L"\\\\.\\C:\\a.dv", L"\\\\host\\pipes\\a.dv"}) {
         EXPECT_FALSE(vcore::namesDevice(name)) << name;
     }
+}
+
+unsigned readCalls;
+const auto systemRead = reinterpret_cast<decltype(&ReadFile)>(
+    reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "ReadFile")));
+
+BOOL WINAPI countedRead(HANDLE file, void* buffer, DWORD bytes, DWORD* done, OVERLAPPED* place) {
+    ++readCalls;
+    return systemRead(file, buffer, bytes, done, place);
+}
+
+TEST(Readers, ASearchReadsAFileOnceHoweverManyFramesBeginInIt) {
+    constexpr wchar_t name[] = L"readers_test.dv";
+    std::string starts;
+    while (starts.size() < 0x80000) {
+        starts.append("\x1f\x07\0\x3f\x1f\x07\0\xbf", 8);
+    }
+    std::ofstream(std::filesystem::path(name), std::ios::binary) << starts;
+    const ImportPatch patch(GetModuleHandleW(nullptr), "ReadFile", reinterpret_cast<void*>(&countedRead));
+    std::wstring error;
+    unsigned long long last = 0;
+    unsigned steps = 0;
+    const auto progress = [&](unsigned long long done, unsigned long long all) {
+        steps += done > last && done < all;
+        last = done;
+        return true;
+    };
+    const std::unique_ptr<SearchedReader> reader = SearchedReader::open(name, progress, error);
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->frames(), 0u);
+    EXPECT_LT(readCalls, 30u);
+    EXPECT_GT(steps, 1000u);
 }
 
 } // namespace

@@ -65,12 +65,7 @@ class Info(Case):
 
     def test_gaps_in_the_time_code(self):
         frames = stamped("pal", 60, "23:59:59:00", "2024-02-29T21:58:59", self.folder / "all.dv")
-        blank = [bytearray(frame) for frame in frames[40:42]]
-        for frame in blank:
-            for sequence in range(12):
-                for block in (1, 2):
-                    begin = sequence * 12000 + block * 80 + 3
-                    frame[begin:begin + 48] = b"\xff" * 48
+        blank = [recordings.without_time_code(frame) for frame in frames[40:42]]
         # 5 frames are missing behind frame 9, nothing is at midnight, two are blank, then it goes back by 30.
         kept = frames[:10] + frames[15:40] + blank + frames[42:50] + frames[20:30]
         info = self.json("info", self.file("gaps.dv", kept))
@@ -206,12 +201,17 @@ class Repair(Case):
                  (0, 1, 4, 5, 6, 7), 2),
                 ("bytes missing", sound[:3 * record + 5000] + sound[3 * record + 5777:],
                  (0, 1, 2, 4, 5, 6, 7), 1),
+                ("frames' bytes missing", sound[:3 * record + 5000] + sound[5 * record + 777:], (0, 1, 2, 6, 7),
+                 3),
+                ("foreign bytes between", sound[:3 * record] + b"x" * 700 + sound[3 * record:], range(8), 0),
+                ("two cut off", sound[:-record] + sound[:record // 2], range(7), 1),
                 ("last unwritten", sound[:-record] + bytes(record), range(7), 1),
                 ("other data in front", b"x" * 5000 + sound, range(8), 0)):
             with self.subTest(name):
                 self.file("damaged.raw", content)
                 result = self.json("repair", "damaged.raw", "sound.raw", "--force")
-                self.assertEqual((result["frames"], result["lost"]), (len(saved), lost))
+                self.assertEqual((result["frames"], result["lost"], result["exact"]),
+                                 (len(saved), lost, True))
                 self.assertEqual(self.json("verify", "sound.raw")["frames"], len(saved))
                 self.dvrec("export", "sound.raw", "sound.dv", "--force")
                 self.assertEqual(self.read("sound.dv"), b"".join(frames[i] for i in saved))
@@ -242,7 +242,8 @@ class Repair(Case):
                 if faulty:
                     self.assertGreater(self.json("verify", "damaged.avi", status=FAULTS)["faultCount"], 0)
                 result = self.json("repair", "damaged.avi", "sound.avi", "--force")
-                self.assertEqual((result["frames"], result["lost"]), (len(saved), 12 - len(saved)))
+                self.assertEqual((result["frames"], result["lost"], result["exact"]),
+                                 (len(saved), 12 - len(saved), True))
                 self.assertEqual(recordings.frames_of(self.folder / "sound.avi"),
                                  b"".join(frames[i] for i in saved))
                 self.assertEqual(self.json("verify", "sound.avi")["faults"], [])
@@ -253,11 +254,36 @@ class Repair(Case):
     def test_streams_and_files_without_frames(self):
         frames = stream("ntsc", 5)
         self.file("damaged.dv", b"".join(frames[:2])[:-5000] + b"".join(frames[2:]))
-        self.assertIn("saved: 4 frames\nlost: about 1 frame, 1 of them",
-                      self.dvrec("repair", "damaged.dv", "sound.dv").replace("\r", ""))
+        said = self.dvrec("repair", "damaged.dv", "sound.dv").replace("\r", "")
+        self.assertIn("saved: 4 frames\nlost: 1 frame, 1 of them", said)
+        self.assertIn("new frame 1, from byte 120000 of the old file: 1 frame, by the time code", said)
         self.assertEqual(self.read("sound.dv"), b"".join(frames[:1] + frames[2:]))
+        blank = b"".join(map(recordings.without_time_code, frames))
+        self.file("damaged.dv", blank[:NTSC + 5000] + blank[3 * NTSC + 777:])
+        said = self.dvrec("repair", "damaged.dv", "sound.dv", "--force")
+        self.assertIn("lost: at least 1 frame", said, "frames 1 to 3 are lost, and nothing tells")
         self.file("noise.avi", bytes(300000))
         self.assertIn("No DV frame", self.dvrec("repair", "noise.avi", "out.avi", status=CANNOT_READ))
+
+
+    def test_a_search_shows_how_far_it_is_and_can_be_ended(self):
+        for name, start in (("long.avi", self.whole_avi()), ("long.raw", b"".join(stream("ntsc", 1)))):
+            with open(self.folder / name, "wb") as file:
+                # A hole of 20 GB, which takes long to search.
+                file.write(start)
+                file.truncate(20 << 30)
+            with subprocess.Popen(scripted_tests.command("dvrec", "repair", name, "out.avi", "--progress"),
+                                  cwd=self.folder, env=scripted_tests.environment(),
+                                  stderr=subprocess.PIPE) as process:
+                self.assertIn(b"searching '" + name.encode(), process.stderr.readline())
+                process.send_signal(signal.SIGINT)
+                errors = process.communicate(timeout=120)[1].decode()
+            self.assertEqual(process.returncode, INTERRUPTED, errors)
+        self.assertEqual(self.names(), {"long.avi", "long.raw", "a.dv", "whole.avi"})
+
+    def whole_avi(self):
+        self.dvrec("convert", self.file("a.dv", stream("ntsc", 12)), "whole.avi")
+        return self.read("whole.avi")
 
 
 class Grab(Case):

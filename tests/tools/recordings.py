@@ -41,6 +41,14 @@ def stamped(name, frames, time_code, recorded, file):
     return [content[i * size:(i + 1) * size] for i in range(frames)]
 
 
+def without_time_code(frame):
+    """The frame with nothing in its subcode."""
+    blank = bytearray(frame)
+    for begin in (at + block * 80 + 3 for at in range(0, len(frame), 12000) for block in (1, 2)):
+        blank[begin:begin + 48] = b"\xff" * 48
+    return bytes(blank)
+
+
 def stream50(frames):
     """As `stream`, of 50 Mbit/s PAL."""
     made = ffmpeg("-i", scripted_tests.STREAMS / "pal.dv", "-map", "0:v", "-frames:v", frames, "-pix_fmt",
