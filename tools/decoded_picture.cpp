@@ -11,8 +11,6 @@
 #include "marvo/video/output_pin.h"
 #include "marvo/video/sink.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -102,32 +100,15 @@ public:
     }
 
 private:
-    static size_t bytesPerPixel(const vvideo::dvMediaType& type) {
+    static unsigned bytesPerPixel(const vvideo::dvMediaType& type) {
         return type.subtype == MEDIASUBTYPE_RGB32 ? 4 : type.subtype == MEDIASUBTYPE_RGB24 ? 3 : 0;
     }
 
-    /// Copies the picture, if `length` bytes hold it: lines are padded to 4 bytes, and the lowest one comes
-    /// first unless the height is negative.
     void keep(const BYTE* data, long length) {
         const vvideo::dvMediaType type(input_->type());
-        const BITMAPINFOHEADER* header = type.bmiHeader();
-        const size_t pixel = bytesPerPixel(type);
-        if (!header || pixel == 0 || header->biWidth <= 0 || header->biHeight == 0) {
-            return;
-        }
-        const auto width = static_cast<size_t>(header->biWidth);
-        const auto height = static_cast<size_t>(std::abs(header->biHeight));
-        const size_t stride = (width * pixel + 3) / 4 * 4;
-        if (length < 0 || static_cast<size_t>(length) < stride * height) {
-            return;
-        }
-        picture_ = {static_cast<unsigned>(width), static_cast<unsigned>(height),
-                    std::vector<unsigned char>(width * height * 4)};
-        for (size_t line = 0; line < height; ++line) {
-            const BYTE* from = data + stride * (header->biHeight > 0 ? height - 1 - line : line);
-            for (size_t column = 0; column < width; ++column) {
-                std::memcpy(&picture_.pixels[(line * width + column) * 4], from + column * pixel, 3);
-            }
+        const BITMAPINFOHEADER* const header = type.bmiHeader();
+        if (header && length > 0) {
+            takePicture(*header, bytesPerPixel(type), data, static_cast<unsigned long>(length), picture_);
         }
     }
 

@@ -5,10 +5,16 @@
 // ("__imp_" and the decorated name). Here these pointers are our own and lead to a function that fills them.
 #include "marvo/core/platform.h"
 
+#include <cwchar>
+
 namespace {
 
 FARPROC find(const wchar_t* library, const char* function) {
-    const HMODULE module = LoadLibraryW(library);
+    // The whole path: a file of that name beside the recordings is not what is meant.
+    wchar_t path[MAX_PATH];
+    const UINT length = GetSystemDirectoryW(path, MAX_PATH);
+    const bool fits = length != 0 && length + 1 + std::wcslen(library) < MAX_PATH;
+    const HMODULE module = fits ? LoadLibraryW(std::wcscat(std::wcscat(path, L"\\"), library)) : nullptr;
     const FARPROC found = module ? GetProcAddress(module, function) : nullptr;
     if (!found) {
         vcore::trap();

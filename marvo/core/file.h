@@ -12,7 +12,8 @@ class daytime;
 /// A file, opened by its wide name or taken over as an open handle. Transfers are complete when a call
 /// returns and go to the system as they were asked for, so they suit handles without system buffering
 /// (`readLine` does not). The position is the object's own: each transfer sets the system's file pointer
-/// anew. Not thread-safe: guarded by its owner.
+/// anew. What takes a name or a line throws `std::bad_alloc` when there is no memory for it. Not thread-safe:
+/// guarded by its owner.
 class MARVO_API file : public iostore {
 public:
     /// A closed file that will open `name` with the given Win32 creation disposition (2 creates it anew, 3

@@ -19,9 +19,11 @@ public:
     lib(const lib&) = delete;
     lib& operator=(const lib&) = delete;
 
-    /// Closes the module held before and loads the one of that name, searched for as the system does. With
-    /// `resourcesOnly` none of its code runs and it has no symbols; it may be made for another processor
-    /// then. False when there is no such module or no name.
+    /// Closes the module held before and loads the one of that name. A bare name is searched for as the
+    /// system does, also in the current directory; so give the whole path (for a module of the system's,
+    /// behind its directory), unless everyone who can write there may run code here. With `resourcesOnly`
+    /// none of its code runs and it has no symbols; it may be made for another processor then. False when
+    /// there is no such module or no name.
     bool open(const wchar_t* name, bool resourcesOnly = false);
     /// Frees the module; pointers to its functions dangle from now on. Nothing happens when there is none.
     void close();

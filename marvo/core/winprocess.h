@@ -13,8 +13,11 @@ namespace vwin {
 /// object unless it is stopped before. Not thread-safe: guarded by its owner.
 ///
 /// A command line begins with the program, in double quotes when there are blanks in its name; ".exe" may be
-/// left out, and it is searched for as the system does. The line is handed to the child as it is, without
-/// blanks in front. It has at most 32766 characters.
+/// left out, and a bare name is searched for as the system does, also in the current directory; so give the
+/// whole path, unless everyone who can write there may run programs here. The line is handed to the child as
+/// it is, without blanks in front. It has at most 32766 characters.
+///
+/// `start` and `startConsole` throw `std::bad_alloc` when there is no memory, as the strings they take do.
 class MARVO_API winprocess {
 public:
     /// No process yet.

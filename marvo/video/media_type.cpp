@@ -1,5 +1,6 @@
 #include "marvo/video/media_type.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vvideo {
@@ -34,7 +35,8 @@ bool isPal(const DVINFO& info) {
 
 /// Bits per second of one frame of so many bytes per `timePerFrame` 100 ns.
 DWORD bitRate(unsigned long frameSize, unsigned long timePerFrame) {
-    return timePerFrame ? static_cast<DWORD>(frameSize * 80000000ull / timePerFrame) : 0;
+    const unsigned long long most = 0xFFFFFFFF;
+    return timePerFrame ? static_cast<DWORD>(std::min(frameSize * 80000000ull / timePerFrame, most)) : 0;
 }
 
 void fillHeader(BITMAPINFOHEADER& header, long width, long height, int bitCount, DWORD compression,

@@ -1,0 +1,36 @@
+#include "tools/picture.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+namespace {
+
+TEST(Picture, IsTakenOnlyWhenItsBytesAreThere) {
+    const std::vector<unsigned char> data = {1, 2, 3, 4, 5, 6, 9, 9, 11, 12, 13, 14, 15, 16, 9, 9};
+    dvrec::Picture picture;
+    const auto taken = [&](long width, long height, unsigned pixelBytes) {
+        const BITMAPINFOHEADER header{sizeof header, width, height, 1, 24, 0, 0, 0, 0, 0, 0};
+        return dvrec::takePicture(header, pixelBytes, data.data(), data.size(), picture);
+    };
+    ASSERT_TRUE(taken(2, 2, 3));
+    EXPECT_EQ(picture.pixels[0], 11) << "the lowest line comes first";
+    ASSERT_TRUE(taken(2, -2, 3));
+    EXPECT_EQ(picture.pixels[0], 1);
+    EXPECT_EQ(picture.pixels[12], 14);
+    for (const auto& [width, height] : {std::pair(2l, 3l),
+                                        {0, 1},
+                                        {-2, 2},
+                                        {2, 0},
+                                        {2, LONG_MIN},
+                                        {0x40000000, 4},
+                                        {0x10001, 0x4000},
+                                        {0x4000, 0x10000},
+                                        {LONG_MAX, LONG_MAX},
+                                        {0x8000, 0x8000}}) {
+        EXPECT_FALSE(taken(width, height, 4)) << width << " x " << height;
+    }
+    EXPECT_FALSE(taken(1, 1, 0));
+}
+
+} // namespace
