@@ -6,7 +6,7 @@
 #include "marvo/recording/stream_reader.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
 
 namespace recording {
 
@@ -41,10 +41,19 @@ private:
 /// The offset in `bytes` at which a frame begins; without one, the offset from which there could be one if
 /// more followed.
 std::size_t findStart(vdv::FrameBytes bytes) {
-    constexpr std::array<unsigned char, vdv::startBytes> id = {0x1F, 0x07, 0x00};
+    constexpr unsigned char id[vdv::startBytes] = {0x1F, 0x07, 0x00};
     static_assert(vdv::isFrameStart(id));
-    return static_cast<std::size_t>(std::search(bytes.begin(), bytes.end(), id.begin(), id.end()) -
-                                    bytes.begin());
+    const unsigned char* at = bytes.data();
+    const unsigned char* const last = at + bytes.size() - std::min<std::size_t>(bytes.size(), sizeof(id) - 1);
+    // Byte by byte the most that a search does would take several times as long.
+    while (at < last && (at = static_cast<const unsigned char*>(
+                             std::memchr(at, id[0], static_cast<std::size_t>(last - at)))) != nullptr) {
+        if (std::memcmp(at, id, sizeof(id)) == 0) {
+            return static_cast<std::size_t>(at - bytes.data());
+        }
+        ++at;
+    }
+    return bytes.size();
 }
 
 } // namespace

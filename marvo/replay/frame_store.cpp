@@ -272,6 +272,11 @@ void dvFrameStore::flush() {
     resetRing();
 }
 
+void dvFrameStore::continueAt(unsigned long long number) {
+    vcore::timed_guard lock(storeLock(), flushWait_ms);
+    ring_.set(number);
+}
+
 void dvFrameStore::fileFlush() {
     if (!running()) {
         return;

@@ -154,6 +154,11 @@ public:
     /// The writer thread.
     void run() override;
 
+protected:
+    /// Empties the ring and numbers the next frame `number`, as if a recording had come so far; for tests of
+    /// what takes years to get to.
+    void continueAt(unsigned long long number);
+
 private:
     const vcore::semaphore& storeLock() const MARVO_RETURN_CAPABILITY(this) { return *this; }
 

@@ -274,6 +274,56 @@ TEST(AviWriter, AWriterThatIsKilledInAnyWriteLeavesASoundFile) {
     }
 }
 
+/// Writes a file of which only what tells frames apart is on disk: each frame's first bytes.
+struct SparseOutput : AviOutput {
+    int write(unsigned long long at, const void* data, unsigned long bytes) override {
+        return AviOutput::write(at, data, bytes > 0x10000 ? 16 : bytes);
+    }
+};
+
+TEST(AviWriter, WritesBehind4GiBWhatTheReaderFindsThere) {
+    constexpr wchar_t name[] = L"avi_writer_test.avi";
+    constexpr unsigned long size = 288000;
+    constexpr unsigned long frames = (4ull << 30) / size + 4000;
+    AVI_ODMLFileInfo written;
+    AviWriter writer(std::make_unique<SparseOutput>(), {});
+    ASSERT_EQ(writer.create(name, {.subKind = 422}, false, written), FileIOAVI::Ok);
+    std::vector<char> slot(writer.slotSize());
+    const auto mark = [&slot](std::uint32_t frame) {
+        std::memcpy(&slot[8], "\x1f\x07\0\xbf", 4);
+        std::memcpy(&slot[12], &frame, sizeof(frame));
+    };
+    for (unsigned long frame = 0; frame < frames; ++frame) {
+        mark(frame);
+        ASSERT_EQ(writer.writeFrame(slot.data(), writer.slotSize(), size), FileIOAVI::Ok);
+    }
+    ASSERT_EQ(writer.close(), FileIOAVI::Ok);
+    for (const auto trust : {FileIOAVI::Trust::Indexes, FileIOAVI::Trust::Nothing}) {
+        FileIOAVI file;
+        ASSERT_EQ(file.open(name, trust), FileIOAVI::Ok);
+        ASSERT_EQ(file.frames(), frames);
+        EXPECT_EQ(file.info().walkedFrames, trust == FileIOAVI::Trust::Indexes ? 0 : frames) << "all indexed";
+        for (const unsigned long frame : {frames - 1, frames - 3900, frames - 4100, 0ul}) {
+            ASSERT_EQ(file.readFrame(slot.data(), file.slotSize(), frame), FileIOAVI::Ok);
+            std::vector<char> read = slot;
+            mark(frame);
+            EXPECT_EQ(read, slot) << frame;
+        }
+        if (trust == FileIOAVI::Trust::Indexes) {
+            EXPECT_EQ(file.info().pieces, written.pieces);
+            EXPECT_EQ(file.info().indexPositions, written.indexPositions);
+            EXPECT_GT(file.info().piecePositions.back(), 4ull << 30);
+        }
+    }
+    AviInspector inspector;
+    AviInspector::Options options;
+    options.frames = false;
+    EXPECT_TRUE(inspector.run(name, options));
+    EXPECT_EQ(inspector.faultCount(), 0u);
+    EXPECT_EQ(inspector.frames(), frames);
+    DeleteFileW(name);
+}
+
 TEST(AviFile, WritesEveryCodec) {
     struct Case {
         unsigned long kind, subKind;

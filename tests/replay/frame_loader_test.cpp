@@ -54,6 +54,27 @@ TEST(FrameLoader, PlaysARangeLoopedBothWays) {
     }
 }
 
+TEST(FrameLoader, PlaysWhatLiesBehind4GiB) {
+    constexpr unsigned long distant = 29750; // at byte 4,295,424,000
+    recording::write(name, 1);
+    {
+        vcore::file sparse(name, OPEN_EXISTING);
+        ASSERT_TRUE(sparse.open(nullptr) && sparse.seek(144384ull * distant) && sparse.truncate());
+    }
+    recording::append(name, distant, 20);
+    dvFrameLoad loader;
+    ASSERT_TRUE(loader.init(name, distant + 2, distant + 1000, 8));
+    EXPECT_EQ(loader.outPoint(), distant + 18);
+    for (unsigned long long k = 0; k < 20; ++k) {
+        EXPECT_TRUE(arrives(loader, distant + 2 + k % 17)) << k;
+    }
+    recording::append(name, distant + 20, 10);
+    ASSERT_TRUE(loader.init(name, distant + 24, distant + 27, 8)) << "what was written meanwhile";
+    EXPECT_TRUE(arrives(loader, distant + 25));
+    loader.done();
+    DeleteFileW(name);
+}
+
 TEST(FrameLoader, ReadsAheadInTheDirectionOfPlay) {
     recording::write(name, 60);
     dvFrameLoad loader;

@@ -188,6 +188,37 @@ TEST(FrameStore, KnowsTheFrameRateAndRecordsSizeAndDuration) {
     EXPECT_TRUE(store.init(576000, 400000, 2)) << "100 Mbit/s";
 }
 
+struct FarStore : dvFrameStore {
+    using dvFrameStore::continueAt;
+};
+
+TEST(FrameStore, RecordsFramesWithNumbersBehind32Bits) {
+    constexpr unsigned long long distant = (1ull << 32) - 4;
+    struct Listener : vcore::vObject {
+        std::atomic<unsigned long long> written = 0;
+        void onPoolInfo(unsigned long long, unsigned long long position) { written = position; }
+    } listener;
+    for (const wchar_t* file : {name, aviName}) {
+        FarStore store;
+        store.connect(L"poolInfo", &listener, &listener, &Listener::onPoolInfo);
+        ASSERT_TRUE(store.init(samples::palSize, 400000, 20));
+        store.setMaxFilesize(static_cast<long long>(distant + 7));
+        ASSERT_TRUE(store.startRecord(file));
+        store.continueAt(distant);
+        for (std::uint32_t k = 0; k < 9; ++k) {
+            ASSERT_TRUE(store.add(samples::bytes(k).data(), samples::palSize));
+        }
+        EXPECT_EQ(store.lastFrame(), distant + 9);
+        vvideo::dvFrame frame(samples::palSize, nullptr);
+        EXPECT_TRUE(store.get(&frame, distant + 6) && samples::holds(frame.data(), 6));
+        EXPECT_FALSE(store.get(&frame, 2)) << "as a 32-bit number it would be frame 6";
+        store.stopRecord();
+        EXPECT_EQ(store.writtenFrame(), distant + 9);
+        EXPECT_GE(listener.written, distant);
+        expectRecorded(0, 7, file);
+    }
+}
+
 TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
     samples::Source source;
     dvFrameStore store;

@@ -136,6 +136,27 @@ class Conversion(Case):
             self.assertEqual(self.read("c.dv"), b"".join(frames[1:4]))
         self.assertEqual(self.names(), {"a.dv", "b.raw", "c.dv"})
 
+    def test_what_lies_behind_4_gib(self):
+        frames = stream("pal", 3)
+        records = raw(frames)
+        record, far = len(records) // 3, 29750
+        with open(self.folder / "long.raw", "wb") as file:
+            file.write(records)
+            file.truncate(record * far)
+            file.seek(record * far)
+            file.write(records + records[:99])
+        self.json("export", "long.raw", "out.avi", "--from", str(far), "--to", str(far + 2))
+        self.assertEqual(recordings.frames_of(self.folder / "out.avi"), b"".join(frames))
+        info = self.json("info", "long.raw")
+        self.assertEqual((info["frames"], info["size"], info["state"]),
+                         (far + 3, record * (far + 3) + 99, "cut off"))
+        self.json("grab", "long.raw", "out.png", "--frame", str(far + 1))
+        wanted = recordings.thumbnail(self.folder / self.file("one.dv", frames[1:2]))
+        self.assertLess(recordings.difference(recordings.thumbnail(self.folder / "out.png"), wanted), 8)
+        result = self.json("repair", "long.raw", "saved.raw")
+        self.assertEqual((result["frames"], result["lost"], result["exact"]), (6, far - 3 + 1, True))
+        self.assertEqual(result["holes"][1]["offset"], record * (far + 3) + 8)
+
     def test_avi_files_hold_the_same_frames(self):
         for name, frames in (("pal", stream("pal", 30)), ("ntsc", stream("ntsc", 30)),
                              ("50 Mbit/s", recordings.stream50(4))):

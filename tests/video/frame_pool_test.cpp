@@ -16,6 +16,25 @@ TEST(FramePool, MakesItsFramesOrNone) {
     EXPECT_EQ(pool.inPos(), ~0ull);
 }
 
+TEST(FramePool, GoesOnBehind32Bits) {
+    constexpr unsigned long long distant = (1ull << 32) - 2;
+    dvFramePool pool;
+    ASSERT_TRUE(pool.init(10, 7));
+    pool.set(distant);
+    for (unsigned long long number = distant; number < distant + 9; ++number) {
+        vvideo::dvFrame* const claimed = pool.claim();
+        EXPECT_EQ(claimed, pool.frame(number % 7));
+        pool.publish(number);
+        EXPECT_EQ(pool.findFrame(number), claimed);
+    }
+    EXPECT_FALSE(pool.findFrame(distant + 1)) << "overwritten";
+    EXPECT_EQ(pool.inPos(), distant + 9);
+    EXPECT_EQ(pool.advantage(), 9);
+    EXPECT_TRUE(pool.overrun());
+    EXPECT_EQ(pool.correctOut(), distant + 9 - 3);
+    EXPECT_EQ(pool.incOut(), distant + 9 - 3);
+}
+
 TEST(FramePool, ComparesItsPositionsAndCorrectsTheReaderToHalfTheRing) {
     const struct {
         unsigned long long in, out;
