@@ -96,9 +96,9 @@ class Campaign:
 
     def __init__(self, catalogue, state, trees):
         self.catalogue, self.state = catalogue, state
-        self.trees = [Tree(number) for number in range(trees)]
-        self.baseline = Baseline()
         self.stopping = threading.Event()
+        self.trees = [Tree(number, self.stopping) for number in range(trees)]
+        self.baseline = Baseline()
         self._lock = threading.Lock()
         self._began = time.monotonic()
         self._planned = self._done = 0

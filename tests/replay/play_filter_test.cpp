@@ -228,6 +228,8 @@ TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
     EXPECT_EQ(filter.frame(), 49);
     filter.live();
     filter.setPause(true);
+    filter.seekFrame(5'000'000'000);
+    EXPECT_EQ(filter.frame(), 5'000'000'000);
     filter.seekFrame(-1);
     EXPECT_EQ(drain.next(5).size(), 5u);
     EXPECT_NE(filter.playedFrame(), ~0ull) << "no frame, whatever the empty slots of the ring hold";
