@@ -250,9 +250,16 @@ TEST(FrameStore, LeavesAFileOnAStalledDiskToItsWriter) {
     EXPECT_GE(bytes, samples::palSize + 8u) << "the whole record";
     EXPECT_TRUE(samples::holds(file.data() + 8, 7));
     EXPECT_TRUE(samples::eventually([&] { return store.finished(); }));
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 5) && store.startRecord(name) && source.addTo(store, 8));
+    std::vector<std::vector<unsigned char>> frames; // made before, so that most are unwritten at the stop
+    for (std::uint32_t seed = 8; seed < 28; ++seed) {
+        frames.push_back(samples::bytes(seed));
+    }
+    ASSERT_TRUE(store.init(samples::palSize, 400000, 30) && store.startRecord(name));
+    for (const auto& frame : frames) {
+        ASSERT_TRUE(store.add(frame.data(), samples::palSize));
+    }
     store.stopRecord();
-    expectRecorded(8, 1);
+    expectRecorded(8, 20);
 }
 
 TEST(FrameStore, AStopLeavesOutWhatComesLater) {

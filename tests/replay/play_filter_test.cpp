@@ -278,6 +278,8 @@ TEST_F(PlayFilter, ReplaysAnotherFileThanTheRingsFromThatFile) {
     ASSERT_TRUE(filter.play(7, 12, nullptr, 0.0, 100, 50));
     expectShown(207);
     store.stopRecord();
+    filter.done();
+    EXPECT_FALSE(filter.play(7, 12, nullptr, 0.0, 0, 50)) << "no store whose recording could be meant";
 }
 
 TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {
