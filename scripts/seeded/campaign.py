@@ -15,6 +15,7 @@ from seeded.tree import FOLDER, BuildFailed, Tree
 NOTICED, SURVIVED, DISCARDED = "noticed", "survived", "does not compile"
 # A machine that is busy with other things may take several times as long as the first run did.
 _PATIENCE, _LEAST_S, _ALONE_S = 4, 30, 60
+_BASELINE_TRIES = 6
 
 
 class State:
@@ -60,13 +61,14 @@ class Baseline:
     @staticmethod
     def _run(part, stopping, say):
         without = []
-        while True:
+        for _ in range(_BASELINE_TRIES):
             done = part.run(900, stopping, without=without)
-            if done.passed or not done.failed or part.is_script or len(without) > 5:
-                return {"seconds": done.seconds, "without": without, "usable": done.passed}
+            if done.passed or not done.failed:
+                break
             say(f"  {part.name}: {', '.join(done.failed)} {done.how}, once more")
-            if not part.run(_ALONE_S, stopping, only=done.failed).passed:
+            if not part.is_script and not part.run(_ALONE_S, stopping, only=done.failed).passed:
                 without += done.failed
+        return {"seconds": done.seconds, "without": without, "usable": done.passed}
 
     @staticmethod
     def _digest(part):
@@ -96,9 +98,9 @@ class Campaign:
 
     def __init__(self, catalogue, state, trees):
         self.catalogue, self.state = catalogue, state
-        self.trees = [Tree(number) for number in range(trees)]
-        self.baseline = Baseline()
         self.stopping = threading.Event()
+        self.trees = [Tree(number, self.stopping) for number in range(trees)]
+        self.baseline = Baseline()
         self._lock = threading.Lock()
         self._began = time.monotonic()
         self._planned = self._done = 0

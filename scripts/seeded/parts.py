@@ -7,6 +7,8 @@ import signal
 import subprocess
 import time
 
+from seeded.faults import BY_HAND
+
 # The parts that see a room's faults, the nearest and cheapest first. A part that stands nowhere here takes no
 # part: what checks form, documents or the public header's taste, and what measures nothing of the library.
 _ABOVE_READERS = ["readers", "recording", "recording.guard", "mutation.guard", "dvrec"]
@@ -32,7 +34,8 @@ _TOUCHES_LOCK = re.compile(r"guard|lock|Lock|GUARDED|REQUIRES|EXCLUDES")
 def parts_for(fault):
     """The names of the parts that can see a fault, in the order in which to ask them."""
     names = list(SEEN_BY[fault.room])
-    if fault.room not in ("tools", "dv", "gui") and _TOUCHES_LOCK.search(fault.diff):
+    may_matter = fault.operator in (BY_HAND, "swapped order") or _TOUCHES_LOCK.search(fault.diff)
+    if fault.room not in ("tools", "dv", "gui") and may_matter:
         names.insert(0, THREAD_SAFETY)
     return names
 
@@ -121,7 +124,8 @@ class _Run:
                 for name in ("GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX"):
                     environment.pop(name, None)
             elif without:
-                environment["GTEST_FILTER"] = "-" + ":".join(without)
+                already = environment.get("GTEST_FILTER", "-")
+                environment["GTEST_FILTER"] = ":".join([already, *without]).replace("-:", "-")
         with open(self.log, "wb") as log:
             self.process = subprocess.Popen(["nice", *command], cwd=part.tree.build, env=environment,
                                             stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT,

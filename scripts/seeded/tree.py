@@ -1,7 +1,10 @@
 """A copy of the repository under build/seeded/, with a build and a Wine of its own, for faults."""
 import os
 import shutil
+import signal
 import subprocess
+import tempfile
+import time
 
 from seeded import parts
 from seeded.faults import ROOT
@@ -19,7 +22,8 @@ class BuildFailed(Exception):
 class Tree:
     """One copy. Its sources are the repository's, but for the one fault that is in work."""
 
-    def __init__(self, number):
+    def __init__(self, number, stopping):
+        self.stopping = stopping
         self.folder = FOLDER / f"tree-{number}"
         self.build = self.folder / "build" / "win32"
         # Both trees find each other's results in the compiler's cache.
@@ -71,12 +75,21 @@ class Tree:
             if not (streams / stream.name).exists():
                 shutil.copy2(stream, streams / stream.name)
 
-    def _call(self, *words, cwd=None, error=RuntimeError):
-        done = subprocess.run(["nice", *map(str, words)], cwd=cwd, env=self.environment, check=False,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              text=True, errors="replace", start_new_session=True)
-        if done.returncode != 0:
-            raise error(f"{' '.join(map(str, words[:4]))}:\n{done.stdout[-3000:]}")
+    def _call(self, *words, cwd=None, error=RuntimeError, last=False):
+        """Runs a command to its end; unless it is the `last` one, only until the campaign is to stop."""
+        with tempfile.TemporaryFile("w+", errors="replace") as output:
+            process = subprocess.Popen(["nice", *map(str, words)], cwd=cwd, env=self.environment,
+                                       stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                                       start_new_session=True)
+            while process.poll() is None:
+                if self.stopping.is_set() and not last:
+                    os.killpg(process.pid, signal.SIGTERM)
+                    process.wait()
+                    raise KeyboardInterrupt
+                time.sleep(0.02)
+            output.seek(0)
+            if process.returncode != 0:
+                raise error(f"{' '.join(map(str, words[:4]))}:\n{output.read()[-3000:]}")
 
     def compile(self, targets):
         if targets:
@@ -96,4 +109,4 @@ class Tree:
 
     def clear_away(self):
         """Ends what a program that crashed or hung has left of Wine's."""
-        self._call("scripts/stop.sh", cwd=self.folder)
+        self._call("scripts/stop.sh", cwd=self.folder, last=True)

@@ -332,9 +332,11 @@ TEST(FrameStore, AStalledDiskHoldsUpNobodyAndLosesNothingThatIsWritten) {
     EXPECT_TRUE(f.store.startRecord(name)) << "kills the writer";
     EXPECT_EQ(f.news, "end; end; ");
     f.disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(f.source.addTo(f.store, 10));
+    for (std::uint32_t seed = 10; seed < 14; ++seed) {
+        ASSERT_TRUE(f.source.addTo(f.store, seed));
+    }
     f.store.stopRecord();
-    expectRecorded(10, 1);
+    expectRecorded(10, 4);
     EXPECT_TRUE(DeleteFileW(L"frame_store_test.killed.dv"));
 }
 
@@ -437,6 +439,27 @@ TEST(FrameStore, WithoutMemoryItRecordsNothingOrLessButLives) {
     f.store.stopRecord();
     EXPECT_EQ(counts(f.store), "3 taken, 2 written, 0 lost, 1 failed, 0 beyond, complete");
     expectRecorded(0, 2, aviName);
+}
+
+TEST(FrameStore, AStopLeavesOutWhatComesLater) {
+    struct Camera : vcore::vObject {
+        dvFrameStore* store = nullptr;
+        const std::vector<unsigned char> frame = samples::bytes(1);
+        void onPoolInfo() { store->add(frame.data(), samples::palSize); }
+    } camera; // as fast as the disk: for every frame that is written there is another one
+    dvFrameStore store;
+    camera.store = &store;
+    store.setMaxFilesize(4);
+    store.connect(L"poolInfo", &camera, &camera, &Camera::onPoolInfo);
+    ULONGLONG fastest_ms = ~0ull;
+    for (int i = 0; i < 3 && fastest_ms > 900; ++i) {
+        ASSERT_TRUE(store.init(samples::palSize, 400000, 30) && store.startRecord(name));
+        camera.onPoolInfo();
+        ASSERT_TRUE(samples::eventually([&] { return store.writtenFrame() > 10; }));
+        fastest_ms = std::min(fastest_ms, samples::elapsed_ms([&] { store.stopRecord(); }));
+        EXPECT_LT(store.writtenFrame(), store.lastFrame());
+    }
+    EXPECT_LE(fastest_ms, 900u) << "the writer is given a second";
 }
 
 TEST(FrameStore, AStopRightAfterAStartIsNotLost) {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace {
 
 /// A live filter connected to a foreign pin, with the system's clock.
@@ -90,14 +92,38 @@ TEST_F(LiveFilter, GoesOnWithoutAClock) {
     EXPECT_TRUE(delivered(3)) << "the floor of about eight samples a second";
 }
 
+TEST_F(LiveFilter, RunsAgainWhenAReceiverHeldItsThreadForEver) {
+    struct Stuck : ForeignPin {
+        std::atomic<bool> stuck = false;
+        STDMETHODIMP Receive(IMediaSample* sample) override {
+            if (count() == 0 && !stuck.exchange(true)) {
+                Sleep(INFINITE);
+            }
+            return ForeignPin::Receive(sample);
+        }
+    } receiver;
+    vwin::com_<IPin> output;
+    output.attach(pinOf(filter, 0));
+    output->Disconnect();
+    ASSERT_EQ(output->Connect(&receiver, nullptr), S_OK);
+    ASSERT_EQ(filter.Run(0), S_OK);
+    ASSERT_TRUE(samples::eventually([&] { return receiver.stuck.load(); }));
+    ASSERT_EQ(filter.Run(0), S_OK);
+    EXPECT_TRUE(samples::eventually([&] { return receiver.count() >= 2; })) << "its samples are had again";
+    filter.done();
+    output->Disconnect();
+    receiver.Disconnect();
+}
+
 TEST_F(LiveFilter, StopsAndStartsAgain) {
-    for (int i = 0; i < 3; ++i) {
+    // More sessions than there are samples: one that kept a sample would leave a later one without any.
+    for (int i = 0; i < 10; ++i) {
         ASSERT_EQ(filter.Run(0), S_OK);
-        ASSERT_TRUE(delivered(sink.count() + 2));
+        ASSERT_TRUE(delivered(sink.count() + 2)) << "session " << i;
         filter.done();
         EXPECT_FALSE(filter.running());
         const size_t count = sink.count();
-        Sleep(100);
+        Sleep(i == 0 ? 100 : 0);
         EXPECT_EQ(sink.count(), count);
         init();
     }

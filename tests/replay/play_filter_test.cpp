@@ -233,6 +233,8 @@ TEST_F(PlayFilter, PauseHoldsTheFrameAndSeekStillShows) {
     EXPECT_EQ(filter.frame(), 49);
     filter.live();
     filter.setPause(true);
+    filter.seekFrame(5'000'000'000);
+    EXPECT_EQ(filter.frame(), 5'000'000'000);
     filter.seekFrame(-1);
     EXPECT_EQ(drain.next(5).size(), 5u);
     EXPECT_NE(filter.playedFrame(), ~0ull) << "no frame, whatever the empty slots of the ring hold";
@@ -281,6 +283,8 @@ TEST_F(PlayFilter, ReplaysAnotherFileThanTheRingsFromThatFile) {
     ASSERT_TRUE(filter.play(7, 12, nullptr, 0.0, 100, 50));
     expectShown(207);
     store.stopRecord();
+    filter.done();
+    EXPECT_FALSE(filter.play(7, 12, nullptr, 0.0, 0, 50)) << "no store whose recording could be meant";
 }
 
 TEST_F(PlayFilter, StallsInsteadOfSkippingWhatIsNotThere) {

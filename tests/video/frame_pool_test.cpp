@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using vvideo::dvFramePool;
 
 TEST(FramePool, MakesItsFramesOrNone) {
@@ -60,6 +62,38 @@ TEST(FramePool, ComparesItsPositionsAndCorrectsTheReaderToHalfTheRing) {
     EXPECT_TRUE(pool.correctOut() == 96 && pool.outPos() == 96);
     pool.set(2);
     EXPECT_EQ(pool.correctOut(), ~0ull - 1) << "not clamped";
+}
+
+TEST(FramePool, AnnouncesAFrameWithItsNumber) {
+    constexpr unsigned long long frames = 200;
+    dvFramePool pool;
+    ASSERT_TRUE(pool.init(10, frames));
+    std::thread camera([&pool] {
+        for (unsigned long long number = 0; number < frames; ++number) {
+            pool.claim();
+            pool.publish(number);
+        }
+    });
+    for (unsigned long long known = 0; known < frames;) {
+        known = pool.inPos();
+        EXPECT_TRUE(known == 0 || pool.findFrame(known - 1)) << known;
+    }
+    camera.join();
+}
+
+TEST(FramePool, GoesOnBehindTwoToThe32) {
+    dvFramePool pool;
+    ASSERT_TRUE(pool.init(10, 5)); // of which 2^32 is no multiple
+    constexpr unsigned long long first = 0xFFFFFFFDull;
+    pool.set(first);
+    for (unsigned long long number = first; number < first + 8; ++number) {
+        EXPECT_EQ(pool.inPos(), number);
+        EXPECT_EQ(pool.claim(), pool.frame(number));
+        pool.publish(number);
+        EXPECT_EQ(pool.findFrame(number), pool.frame(number));
+        EXPECT_EQ(pool.incOut(), number);
+        EXPECT_TRUE(pool.underrun() && pool.advantage() == 0);
+    }
 }
 
 TEST(FramePool, FindsFramesByNumberAndAge) {

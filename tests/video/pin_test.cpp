@@ -116,6 +116,18 @@ TEST_F(Pins, InputAsksItsSinkAndKeepsTheType) {
     EXPECT_EQ(input->QueryAccept(dv), VFW_E_TYPE_NOT_ACCEPTED) << "nobody to ask";
 }
 
+TEST_F(Pins, OutputsTypeMayBeSetFromItself) {
+    struct Pin : dvOutputPin {
+        using dvOutputPin::dvOutputPin;
+        using dvOutputPin::mediaType;
+    } pin(&filter, L"Output");
+    dvMediaType dv, got;
+    dv.initDVType(144000, true);
+    pin.setType(dv);
+    pin.setType(pin.mediaType());
+    EXPECT_TRUE(pin.ConnectionMediaType(got) == S_OK && got.height() == 576);
+}
+
 TEST_F(Pins, InputLeavesAForeignPeerBalanced) {
     for (const bool receives : {true, false}) {
         EXPECT_EQ(receives ? input->ReceiveConnection(&peer, type) : input->Connect(&peer, type), S_OK);
