@@ -208,7 +208,7 @@ private:
 
 /// Exit status: 0 when no frame was missing or wrong.
 int run(const Options& options) {
-    const int systemsHandles = systemsHandlesPerCycle();
+    const int systemsHandles = systemsHandlesPerCycle(2);
     Totals totals;
     Notes notes(options);
     Host host(options, totals);

@@ -21,11 +21,12 @@ Footprint footprint() {
     return now;
 }
 
-int systemsHandlesPerCycle() {
+int systemsHandlesPerCycle(int graphs) {
     constexpr int rounds = 10;
-    const auto round = [] {
-        vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
-        vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
+    const auto round = [graphs] {
+        for (int i = 0; i < graphs; ++i) {
+            vwin::com_<IGraphBuilder>().create(CLSID_FilterGraph);
+        }
         vwin::com_<ICreateDevEnum> devices;
         vwin::com_<IEnumMoniker> list;
         vwin::com_<IMoniker> camera;

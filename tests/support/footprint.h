@@ -14,6 +14,6 @@ struct Footprint {
 /// What this process holds now.
 Footprint footprint();
 
-/// Handles that the system itself leaves open each time two filter graphs are made and the camera is looked
-/// up: Wine keeps an event per graph and registry keys per look-up. Needs COM.
-int systemsHandlesPerCycle();
+/// Handles that the system itself leaves open each time so many filter graphs are made and the camera is
+/// looked up: Wine keeps an event per graph and registry keys per look-up. Needs COM.
+int systemsHandlesPerCycle(int graphs);

@@ -97,22 +97,6 @@ protected:
         ticks.back().frame = frame;
     }
 
-    /// Whether a moving test picture, which has many colours, comes to be seen in the window.
-    bool pictureComes() {
-        const HDC dc = GetDC(window);
-        const bool seen = pumpUntil([&] {
-            std::set<COLORREF> colours;
-            for (int x = 20; x < 700; x += 40) {
-                for (int y = 20; y < 560; y += 40) {
-                    colours.insert(GetPixel(dc, x, y));
-                }
-            }
-            return colours.size() > 20;
-        });
-        ReleaseDC(window, dc);
-        return seen;
-    }
-
     bool captured(unsigned long long frames) {
         return pumpUntil([=] { return dvFE.lastFrame() >= frames; });
     }
