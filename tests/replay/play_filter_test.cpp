@@ -307,22 +307,6 @@ TEST_F(PlayFilter, TheSameRangeStartsAgainAtOnce) {
     expectShown(5);
 }
 
-std::atomic<int> opened;
-
-HANDLE WINAPI openCounted(const wchar_t* file, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                          DWORD how, DWORD flags, HANDLE like) {
-    opened += std::wcscmp(file, name) == 0;
-    return CreateFileW(file, access, share, security, how, flags, like);
-}
-
-TEST_F(PlayFilter, OpensARecordingOnce) {
-    recording::write(name, 40);
-    opened = 0;
-    const ImportPatch patch(engineModule(), "CreateFileW", reinterpret_cast<void*>(&openCounted));
-    EXPECT_TRUE(filter.play(5, 30, name, 1.0, 0, 50));
-    EXPECT_EQ(opened, 1);
-}
-
 TEST_F(PlayFilter, LiveAndRefusedReplays) {
     capture(0, 3);
     EXPECT_FALSE(filter.play(0, 9, L"no such file.dv", 1.0, 0, 50));
