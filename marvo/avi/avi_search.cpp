@@ -27,6 +27,7 @@ constexpr unsigned long signatureBytes = sizeof(riff::ChunkHeader) + vdv::startB
 
 void AviSearch::find() {
     index_.clear();
+    unsigned long long walked = 0; // the end of the last whole frame
     unsigned long long position = next(0, source_.size());
     while (position < source_.size()) {
         std::uint32_t size = 0;
@@ -37,12 +38,39 @@ void AviSearch::find() {
         if (whole) {
             header_.assumeVideo(position, source_);
             index_.add(position, size);
+            walked = end;
         } else {
             broken_.push_back(position);
         }
         tell(position);
         position = next(whole ? end : position + 1, source_.size());
     }
+    findCutFrame(walked);
+}
+
+/// Looks behind the last whole frame, which ends at `begin`, for one that the end of the file cuts off: of a
+/// recorder that was killed. One of which the file holds nothing but the header does not count.
+void AviSearch::findCutFrame(unsigned long long begin) {
+    RiffWalker walker(source_, begin);
+    RiffChunk chunk;
+    RiffWalker::Step step = walker.next(chunk);
+    while (step == RiffWalker::Step::Chunk) {
+        if (chunk.isList()) {
+            walker.enter(chunk);
+        }
+        step = walker.next(chunk);
+    }
+    if (step == RiffWalker::Step::Cut && chunk.data() < source_.size() &&
+        isFrameHeader(chunk.id, chunk.size) && (broken_.empty() || broken_.back() < chunk.offset)) {
+        broken_.push_back(chunk.offset);
+    }
+}
+
+/// Whether a chunk with this header can hold a frame of the video.
+bool AviSearch::isFrameHeader(std::uint32_t id, std::uint32_t size) const {
+    const bool rightSize = vdv::isFrameSize(size) || (header_.hasVideo && size == header_.format.sizeImage);
+    const bool rightId = header_.hasVideo ? header_.isFrame(id) : AviHeader::isAnyFrame(id);
+    return rightId && rightSize && vdv::mayBeFrameSize(size);
 }
 
 /// Whether a whole frame stands at `offset`; `size` is then the bytes of its data.
@@ -52,10 +80,7 @@ bool AviSearch::isFrameAt(unsigned long long offset, std::uint32_t& size) {
         return false;
     }
     size = found.header.size;
-    const bool rightSize = vdv::isFrameSize(size) || (header_.hasVideo && size == header_.format.sizeImage);
-    const bool rightId =
-        header_.hasVideo ? header_.isFrame(found.header.id) : AviHeader::isAnyFrame(found.header.id);
-    return rightId && rightSize && vdv::mayBeFrameSize(size) && vdv::isFrameStart(found.start) &&
+    return isFrameHeader(found.header.id, size) && vdv::isFrameStart(found.start) &&
            size <= source_.size() - offset - sizeof(riff::ChunkHeader);
 }
 

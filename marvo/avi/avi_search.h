@@ -32,6 +32,8 @@ public:
     const std::vector<unsigned long long>& broken() const { return broken_; }
 
 private:
+    void findCutFrame(unsigned long long begin);
+    bool isFrameHeader(std::uint32_t id, std::uint32_t size) const;
     bool isFrameAt(unsigned long long offset, std::uint32_t& size);
     bool chunkFollows(unsigned long long offset);
     bool endsWell(unsigned long long offset, std::uint32_t size);

@@ -255,4 +255,59 @@ TEST(Readers, ASearchReadsAFileOnceHoweverManyFramesBeginInIt) {
     EXPECT_GT(steps, 1000u);
 }
 
+/// Writes four of a camera's frames and leaves the file as a recorder does that is killed behind the last
+/// one.
+void writeKilled(const KindRow& row, const wchar_t* name) {
+    std::ifstream stream(std::string(std::getenv("MARVO_STREAMS")) + "\\pal.dv", std::ios::binary);
+    const std::wstring whole = std::wstring(name) + L".whole";
+    std::wstring error;
+    const std::unique_ptr<Writer> writer = row.create(name, samples::palSize, 400000, error);
+    RecordBuffer buffer;
+    ASSERT_TRUE(writer && buffer.allocate(writer->bufferBytes()) && buffer.setFrameBytes(samples::palSize));
+    for (int frame = 0; frame < 4; ++frame) {
+        ASSERT_TRUE(stream.read(reinterpret_cast<char*>(buffer.frame()), samples::palSize));
+        ASSERT_TRUE(writer->write(buffer));
+    }
+    ASSERT_TRUE(CopyFileW(name, whole.c_str(), FALSE) && writer->finish());
+    ASSERT_TRUE(MoveFileExW(whole.c_str(), name, MOVEFILE_REPLACE_EXISTING));
+}
+
+TEST(Readers, ACutCostsTheFrameThatItGoesThroughAndNoOther) {
+    const unsigned long long step = std::getenv("MARVO_LONG") ? 1 : 4999;
+    for (const Kind kind : {Kind::raw, Kind::avi}) {
+        SCOPED_TRACE(rowOf(kind).identifier);
+        const std::wstring name = nameFor(rowOf(kind));
+        ASSERT_NO_FATAL_FAILURE(writeKilled(rowOf(kind), name.c_str()));
+        std::wstring error;
+        const auto open = [&] {
+            return SearchedReader::open(
+                name.c_str(), [](auto, auto) { return true; }, error);
+        };
+        Reader::Place third, fourth;
+        {
+            const auto reader = open();
+            ASSERT_TRUE(reader && reader->frames() == 4 && reader->holes().empty());
+            ASSERT_TRUE(reader->place(2, third) && reader->place(3, fourth));
+        }
+        const unsigned long long thirdEnd = third.offset + third.size,
+                                 fourthEnd = fourth.offset + fourth.size;
+        for (unsigned long long cut = fourthEnd; cut > third.offset;) {
+            std::filesystem::resize_file(name, cut);
+            const auto reader = open();
+            ASSERT_TRUE(reader) << cut;
+            const bool through = cut < thirdEnd || (cut > fourth.offset && cut < fourthEnd);
+            unsigned long lost = 0;
+            for (const SearchedReader::Hole& hole : reader->holes()) {
+                lost += hole.lost;
+            }
+            ASSERT_EQ(reader->frames(), 2u + (cut >= thirdEnd) + (cut >= fourthEnd)) << cut;
+            ASSERT_EQ(lost, through ? 1u : 0u) << cut;
+            const bool atAnEdge = cut < third.offset + 20 ||
+                                  (cut > thirdEnd - 20 && cut < fourth.offset + 20) || cut > fourthEnd - 20;
+            cut -= atAnEdge ? 1 : std::min(step, cut - third.offset);
+        }
+        std::filesystem::remove(name);
+    }
+}
+
 } // namespace
