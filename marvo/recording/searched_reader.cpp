@@ -15,7 +15,8 @@ namespace {
 /// A part of the file in memory that moves along with who reads it.
 class Window {
 public:
-    explicit Window(const InputFile& file) : file_(file), memory_(windowBytes) {}
+    explicit Window(const InputFile& file)
+        : file_(file), memory_(static_cast<std::size_t>(std::min(windowBytes, file.size() + 1))) {}
 
     /// At least `wanted` bytes from `offset`, or what there is up to the end of the file.
     vdv::FrameBytes at(unsigned long long offset, std::size_t wanted) {
@@ -30,7 +31,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t windowBytes = 0x400000;
+    static constexpr unsigned long long windowBytes = 0x400000;
 
     const InputFile& file_;
     std::vector<unsigned char> memory_;
@@ -215,7 +216,9 @@ SearchedReader::Hole SearchedReader::holeBefore(std::size_t frame, unsigned long
     const unsigned long long rest = room % usual;
     const unsigned long long odd = frame == 0 ? begin : begin + room - rest;
     const std::size_t broken = brokenBetween(begin, atEnd ? ~0ull : end);
-    const bool oddFrame = brokenBetween(odd, atEnd ? ~0ull : odd + rest) != 0;
+    // At the end of the file the first byte of a frame tells, though it takes more to see that it is one.
+    const bool oddFrame =
+        rigid && atEnd ? rest > row_->firstFrame : brokenBetween(odd, atEnd ? ~0ull : odd + rest) != 0;
     const auto fitting = static_cast<unsigned long>(room / usual);
     Hole hole{static_cast<unsigned long>(frame), begin, fitting + (oddFrame ? 1 : 0), Counted::room, 0};
     // What is cut off at the end of the file is the start of one more record.
