@@ -262,7 +262,7 @@ void dvFrameStore::endWriter() {
 
 void dvFrameStore::resetRing() {
     ring_.flush();
-    ringFile_ = L"";
+    ringFile_.clear();
 }
 
 void dvFrameStore::flush() {
@@ -290,7 +290,7 @@ void dvFrameStore::done() {
     stopRecord();
     vcore::timed_guard lock(storeLock(), commandWait_ms);
     ring_.done();
-    ringFile_ = L"";
+    ringFile_.clear();
 }
 
 void dvFrameStore::run() {
