@@ -62,7 +62,7 @@ TEST(MediaType, DescribesVideo) {
         {picture(720, 487, -1, -1), MEDIASUBTYPE_YUY2, 0, {720, 487, 0xFFFF, 0, 400000, 0}},
         {picture(720, 480, -2, 100), MEDIASUBTYPE_UYVY, 0, {720, 480, 0xFFFE, 0, 100, 0}},
         {picture(8, 8, 16, 0), rgb32, 128, {8, 8, 16, 128, 0, 0}},
-        {picture(65536, 16385, 32, 0), rgb32, 0, {65536, 16385, 32, 0, 0, 0}}, // not the wrapped size
+        {picture(65536, 65537, 32, 0), rgb32, 0, {65536, 65537, 32, 0, 0, 0}}, // not the wrapped size
     };
     for (const auto& [type, subtype, sampleSize, expected] : cases) {
         EXPECT_EQ(describe(type), expected) << sampleSize << ' ' << expected[1];
