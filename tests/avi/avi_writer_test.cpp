@@ -240,6 +240,7 @@ TEST(AviWriter, AWriteThatFailsForATimeCostsOnlyItsFrame) {
 struct WriterThread : vwin::winthread {
     Recording& recording;
     explicit WriterThread(Recording& r) : recording(r) {}
+    ~WriterThread() { terminate(); }
     void run() override {
         const uninterruptible whole;
         for (std::uint32_t k = 0; k < 12; ++k) {
