@@ -1,5 +1,4 @@
-// Camera, splitter and decoder connected to each other. The engine's tests connect them to the system's
-// renderer.
+// Camera, splitter and decoder connected to each other. The engine's tests show their pictures.
 #include "collector.h"
 
 #include "devices/camera.h"
@@ -36,27 +35,17 @@ protected:
 
 } // namespace
 
-TEST_P(chain_test, carries_frames_to_pictures) {
+TEST_P(chain_test, carries_frames) {
     sink_->offers_allocator = GetParam(); // else the system's is taken
     ASSERT_TRUE(graph_.connect(source_, parts_) == S_OK && graph_.connect(parts_, sink_) == S_OK);
     ASSERT_EQ(graph_.run(), S_OK);
-    auto came = sink_->wait_for(6);
+    const auto came = sink_->wait_for(6);
     graph_.stop();
     for (int index = 0; index < 6; ++index) {
         EXPECT_EQ(came[index].data, grey_frame(system_, index % 5));
         EXPECT_EQ(came[index].media_start, index);
         EXPECT_GE(came[index].start, 0);
     }
-
-    for (IPin* const end : {pin(sink_, 0), pin(parts_, 1)}) {
-        EXPECT_EQ(graph_.get()->Disconnect(end), S_OK);
-    }
-    ASSERT_TRUE(graph_.connect(parts_, pictures_) == S_OK && graph_.connect(pictures_, sink_) == S_OK);
-    const size_t before = sink_->wait_for(0).size();
-    ASSERT_EQ(graph_.run(), S_OK);
-    came = sink_->wait_for(before + 3);
-    EXPECT_EQ(came.back().data.size(), static_cast<size_t>(720) * system_.height * 4);
-    EXPECT_EQ(came.back().data[1000], 130);
 }
 
 TEST_P(chain_test, connects_only_what_fits) {

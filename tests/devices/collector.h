@@ -41,11 +41,6 @@ devices::com_ref<T> query(IUnknown* object, const IID& iid) {
     return found;
 }
 
-inline ULONG references(IUnknown* object) {
-    object->AddRef();
-    return object->Release();
-}
-
 /// COM for the length of a test, at whose end none of the devices' objects may be left.
 class device_test : public testing::Test {
 protected:

@@ -37,14 +37,13 @@ TEST_F(registration_test, leaves_the_systems_own_filters_alone) {
     ASSERT_EQ(RegOverridePredefKey(HKEY_CLASSES_ROOT, key), ERROR_SUCCESS);
     RegSetKeyValueW(HKEY_CLASSES_ROOT, server_key(devices::splitter::clsid).c_str(), nullptr, REG_SZ,
                     L"C:\\windows\\system32\\qdv.dll", sizeof(WCHAR) * 29);
-    EXPECT_EQ(devices::registration::add(), S_OK);
-    EXPECT_EQ(server(devices::splitter::clsid), L"qdv.dll");
-    EXPECT_EQ(server(devices::decoder::clsid), L"marvo-tests-devices.exe");
-    EXPECT_EQ(server(devices::camera::clsid), L"marvo-tests-devices.exe");
-    EXPECT_EQ(devices::registration::remove(), S_OK);
-    EXPECT_EQ(server(devices::splitter::clsid), L"qdv.dll");
-    EXPECT_EQ(server(devices::decoder::clsid), L"");
-    EXPECT_EQ(server(devices::camera::clsid), L"");
+    for (const bool added : {true, false}) {
+        EXPECT_EQ(added ? devices::registration::add() : devices::registration::remove(), S_OK);
+        EXPECT_EQ(server(devices::splitter::clsid), L"qdv.dll");
+        for (const CLSID& ours : {devices::decoder::clsid, devices::camera::clsid}) {
+            EXPECT_EQ(server(ours), added ? L"marvo-tests-devices.exe" : L"");
+        }
+    }
     RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
     RegDeleteTreeW(HKEY_CURRENT_USER, place);
     RegCloseKey(key);

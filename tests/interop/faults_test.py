@@ -1,6 +1,4 @@
 """Recordings to where there is no room."""
-import unittest
-
 import recordings
 import scripted_tests
 from recordings import NTSC, PAL
@@ -13,8 +11,8 @@ def run_with_room(most_bytes, *arguments):
     # told to.
     return scripted_tests.complete(
         ["prlimit", f"--fsize={most_bytes}", *scripted_tests.command(*arguments)],
-        cwd=scripted_tests.scratch(),
-        env=scripted_tests.environment(MARVO_TIMEOUT="100"), restore_signals=False)
+        cwd=scripted_tests.scratch(), env=scripted_tests.environment(MARVO_TIMEOUT="100"),
+        restore_signals=False)
 
 
 SESSION = """
@@ -49,17 +47,10 @@ done
 """
 
 
-class Faults(unittest.TestCase):
+class Faults(recordings.Case):
     @classmethod
     def setUpClass(cls):
-        # Wine's server lives on beyond the program that starts it, and must not be started by one that is
-        # limited.
-        recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
-
-    def file(self, name):
-        file = scripted_tests.scratch() / name
-        self.addCleanup(file.unlink, missing_ok=True)
-        return file
+        recordings.start_wine()
 
     def test_full_disk(self):
         whole = 100

@@ -1,7 +1,6 @@
 """AVI files by other writers, read frame by frame through the library."""
 import random
 import subprocess
-import unittest
 
 import recordings
 import scripted_tests
@@ -43,10 +42,9 @@ def by_dvgrab(*options):
     return make
 
 
-class ForeignFiles(unittest.TestCase):
+class ForeignFiles(recordings.Case):
     def make(self, writer, system):
-        file = scripted_tests.scratch() / f"{self._testMethodName}-{system.path.stem}.avi"
-        self.addCleanup(file.unlink, missing_ok=True)
+        file = self.file(f"{self._testMethodName}-{system.path.stem}.avi")
         writer(system, file)
         return file
 
@@ -61,23 +59,17 @@ class ForeignFiles(unittest.TestCase):
                 self.assertEqual(recordings.read_through_library(file, system), written)
                 self.assertIsNone(recordings.faults(file))
 
-    def test_ffmpeg(self):
+    def test_ffmpeg_without_sound_and_with_it(self):
         self.check(by_ffmpeg("-an"))
-
-    def test_ffmpeg_with_sound(self):
         self.check(by_ffmpeg("-c:a", "pcm_s16le"))
 
-    def test_gstreamer(self):
+    def test_gstreamer_without_sound_and_with_it(self):
         self.check(by_gstreamer())
-
-    def test_gstreamer_with_sound(self):
         self.check(by_gstreamer("d.audio", "!", *WIDE_QUEUE, "!", "audioconvert", "!", "mux.audio_0"))
 
-    def test_dvgrab(self):
-        self.check(by_dvgrab("-f", "dv2"), all_frames=False)
-
-    def test_dvgrab_with_opendml_indexes(self):
-        self.check(by_dvgrab("-f", "dv2", "-opendml"), all_frames=False)
+    def test_dvgrab_without_opendml_indexes_and_with_them(self):
+        for more in (), ("-opendml",):
+            self.check(by_dvgrab("-f", "dv2", *more), all_frames=False)
 
     def test_dvgrab_type_1_is_refused_with_the_reason(self):
         file = self.make(by_dvgrab("-f", "dv1"), PAL)

@@ -1,29 +1,17 @@
 """Recorders that die while they record: killed at any moment, or stopped by the system at a byte."""
 import json
 import os
-import pathlib
 import random
 import signal
 import subprocess
 import tempfile
 import time
-import unittest
 
 import recordings
 import scripted_tests
 from recordings import NTSC, PAL
 
 SEED = int(os.environ.get("MARVO_SEED", random.randrange(1 << 32)))
-# ctest shows what a test prints only when it fails, so the counts are also left beside the results.
-RESULT = os.environ.get("MARVO_TEST_RESULT", scripted_tests.scratch() / "killed.json")
-COUNTS = pathlib.Path(RESULT).with_suffix(".txt")
-
-
-def tell(line):
-    print(line, flush=True)
-    COUNTS.parent.mkdir(parents=True, exist_ok=True)
-    with COUNTS.open("a", encoding="utf-8") as file:
-        file.write(line + "\n")
 
 
 def few(count, long=None):
@@ -43,8 +31,7 @@ class Recorder:
             self._process = subprocess.Popen(
                 limit + scripted_tests.command(*recordings.probe_arguments("record", file, system)),
                 cwd=scripted_tests.scratch(), env=scripted_tests.environment(), stdin=subprocess.DEVNULL,
-                stdout=log,
-                stderr=subprocess.DEVNULL)
+                stdout=log, stderr=subprocess.DEVNULL)
 
     def written(self):
         """How many frames are on disk by the recorder's log; -1 as long as it says nothing."""
@@ -66,19 +53,12 @@ class Recorder:
             return -self._process.wait(), self.written()
 
 
-class Killed(unittest.TestCase):
+class Killed(recordings.Case):
     @classmethod
     def setUpClass(cls):
-        tell(f"MARVO_SEED={SEED}")
+        print(f"MARVO_SEED={SEED}", flush=True)
         cls.random = random.Random(SEED)
-        # Wine's server lives on beyond the program that starts it, and must not be started by one that is
-        # limited.
-        recordings.probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
-
-    def file(self, name):
-        file = scripted_tests.scratch() / name
-        self.addCleanup(file.unlink, missing_ok=True)
-        return file
+        recordings.start_wine()
 
     def verified(self, file, system):
         """How many frames `dvrec verify` counts; and whether it finds a fault, as it must without an end."""
@@ -101,12 +81,13 @@ class Killed(unittest.TestCase):
         on_disk = recordings.frames_on_disk(file, system)
         read = recordings.read_through_library(file, system)
         counts = [len(on_disk), len(read), self.verified(file, system), self.repaired(file, system, on_disk)]
-        tell(f"{file.name} {moment}: recorder's log {written}, on disk {counts[0]}, library {counts[1]}, "
-             f"verify {counts[2]}, ffprobe after repair {counts[3]}")
+        print(f"{file.name} {moment}: recorder's log {written}, on disk {counts[0]}, library {counts[1]}, "
+              f"verify {counts[2]}, ffprobe after repair {counts[3]}", flush=True)
         self.assertIn(len(on_disk) - written, (0, 1))
         self.assertEqual(on_disk, system.expected(len(on_disk)))
         self.assertEqual(read, on_disk)
         self.assertEqual(counts, [len(on_disk)] * 4)
+        file.unlink()
 
     def kill_at(self, name, system, frames):
         file = self.file(name)
@@ -117,7 +98,6 @@ class Killed(unittest.TestCase):
         ended_by, written = recorder.end()
         self.assertEqual(ended_by, signal.SIGKILL)
         self.check(file, system, written, f"killed behind frame {frames}")
-        file.unlink()
 
     def stop_at(self, name, system, size):
         file = self.file(name)
@@ -125,7 +105,6 @@ class Killed(unittest.TestCase):
         self.assertEqual(ended_by, signal.SIGXFSZ)
         self.assertLessEqual(file.stat().st_size, size)
         self.check(file, system, written, f"stopped at byte {size}")
-        file.unlink()
 
     def test_avi_killed_at_random_moments(self):
         # A standard index follows 2044 frames.
@@ -142,21 +121,9 @@ class Killed(unittest.TestCase):
         slot = second - first
         frame = first + 7 * slot
         places = [frame - 8, frame - 5, frame, frame + self.random.randrange(1, size), frame + size - 1,
-                  frame + size,
-                  frame + size + 5, frame + slot - 9, first - 8 + 2044 * slot + self.random.randrange(16384)]
+                  frame + size, frame + size + 5, frame + slot - 9,
+                  first - 8 + 2044 * slot + self.random.randrange(16384)]
         for place in places[::1 if scripted_tests.TARGET == "win32" else 3]:
-            with self.subTest(place=place):
-                self.stop_at("stopped.avi", PAL, place)
-
-    @unittest.skipUnless(scripted_tests.LONG, "writes several GB")
-    def test_avi_stopped_where_a_piece_ends(self):
-        measured = self.file("measured.avi")
-        recordings.probe("record", measured, PAL, 7600)
-        scan = recordings.Scan(measured)
-        second = scan.pieces[1][0]
-        last = max(offset + size for offset, size in scan.frames if offset < second)
-        # A file that ends exactly where the first piece does would be a whole one.
-        for place in (last + 5000, (last + second) // 2, second - 3, second + 1, second + 10, second + 400):
             with self.subTest(place=place):
                 self.stop_at("stopped.avi", PAL, place)
 

@@ -1,14 +1,10 @@
 /// Records and reads files through the library, for tests that look at the files with other software.
 ///
 ///     record FILE STREAM FRAMESIZE [COUNT]   records the frames of a .dv stream, round and round, as fast as
-///     the disk
-///                                            takes them (without COUNT until killed); prints each number of
-///                                            frames that are on disk, and at the end how many of the newest
-///                                            the ring holds
+///         the disk takes them (without COUNT until killed); prints each number of frames that are on disk,
+///         and at the end how many of the newest the ring holds
 ///     read FILE STREAM FRAMESIZE [FRAME...]  prints for every frame (or those named) which frame of the
-///     stream it
-///                                            is, -1 for none; AVI files when FILE holds ".avi", else raw
-///                                            records
+///         stream it is, -1 for none; AVI files when FILE holds ".avi", else raw records
 ///
 /// Exit status: 0, 2 for wrong usage, 3 with a line on stderr when something is refused.
 
@@ -20,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
@@ -89,16 +86,14 @@ bool feed(dvFrameStore& store, const Stream& stream, unsigned long ringFrames, u
         while (k - store.writtenFrame() >= ringFrames - 1) {
             Sleep(1);
         }
-        IMediaSample* taken = nullptr;
-        if (!samples.getSample(&taken, -1, -1)) {
+        vwin::com_<IMediaSample> sample;
+        if (!samples.getSample(sample.put(), -1, -1)) {
             return false;
         }
-        vvideo::Reference<IMediaSample> sample;
-        sample.adopt(taken);
         BYTE* bytes = nullptr;
         sample->GetPointer(&bytes);
         std::memcpy(bytes, stream.frame(k), stream.frameSize());
-        store.add(sample.get());
+        store.add(sample.ptr());
     }
     return true;
 }
@@ -109,10 +104,8 @@ unsigned long heldFrames(dvFrameStore& store, const Stream& stream, unsigned lon
     vvideo::dvFrame frame(stream.frameSize());
     unsigned long held = 0;
     for (unsigned long back = 1; back <= ringFrames && back <= end; ++back) {
-        if (store.get(&frame, end - back) &&
-            std::memcmp(frame.data(), stream.frame(end - back), stream.frameSize()) == 0) {
-            ++held;
-        }
+        held += store.get(&frame, end - back) &&
+                std::memcmp(frame.data(), stream.frame(end - back), stream.frameSize()) == 0;
     }
     return held;
 }
@@ -140,58 +133,33 @@ int record(const wchar_t* name, const Stream& stream, std::optional<unsigned lon
     return allWell;
 }
 
-/// Reads AVI files and raw recordings alike.
-class Recording {
-public:
-    explicit Recording(const std::wstring& name) : avi_(name.find(L".avi") != std::wstring::npos) {
-        opened_ = avi_ ? aviFile_.open(name.c_str()) : rawFile_.open(name.c_str(), 0);
-        buffer_.resize(avi_ ? aviFile_.getAVIFrameSize() : 0);
-    }
-
-    bool opened() const { return opened_; }
-    const wchar_t* reason() const { return avi_ ? aviFile_.io().lastError() : L"cannot be opened"; }
-    unsigned long frames() const { return avi_ ? aviFile_.frames() : rawFile_.frameCount(); }
-    unsigned long frameSize() const { return avi_ ? aviFile_.getDataFrameSize() : rawFile_.frameSize(); }
-
-    /// The bytes of a frame; null when it cannot be read.
-    const unsigned char* read(unsigned long frame) {
-        if (!avi_) {
-            return rawFile_.seekFrame(frame) && rawFile_.readFrame() ? rawFile_.data() + dvFile::headerSize
-                                                                     : nullptr;
-        }
-        aviFile_.seekFrame(frame);
-        const bool done =
-            aviFile_.readFrame(buffer_.data(), static_cast<unsigned long>(buffer_.size()), frame);
-        return done ? reinterpret_cast<const unsigned char*>(buffer_.data()) + 8 : nullptr;
-    }
-
-private:
-    bool avi_;
-    bool opened_ = false;
-    dvAVIFile aviFile_;
-    dvPlayFile rawFile_;
-    std::vector<char> buffer_;
-};
-
 int read(const wchar_t* name, Stream& stream, std::vector<unsigned long> wanted) {
-    Recording recording(name);
-    if (!recording.opened()) {
-        return fail("read", recording.reason());
+    const bool isAvi = std::wstring(name).find(L".avi") != std::wstring::npos;
+    dvAVIFile avi;
+    dvPlayFile raw;
+    const auto failed = [&](const wchar_t* reason) {
+        return fail("read", isAvi ? avi.io().lastError() : reason);
+    };
+    if (isAvi ? !avi.open(name) : !raw.open(name, 0)) {
+        return failed(L"cannot be opened");
     }
-    if (recording.frames() > 0 && recording.frameSize() != stream.frameSize()) {
+    const unsigned long frames = isAvi ? avi.frames() : raw.frameCount();
+    if (frames > 0 && (isAvi ? avi.getDataFrameSize() : raw.frameSize()) != stream.frameSize()) {
         return fail("read", L"the frames have another size than the stream's");
     }
     if (wanted.empty()) {
-        for (unsigned long k = 0; k < recording.frames(); ++k) {
-            wanted.push_back(k);
-        }
+        wanted.resize(frames);
+        std::iota(wanted.begin(), wanted.end(), 0);
     }
+    std::vector<unsigned char> slot(isAvi ? avi.getAVIFrameSize() : 0);
     for (const unsigned long number : wanted) {
-        const unsigned char* data = recording.read(number);
-        if (!data) {
-            return fail("read", recording.reason());
+        const bool done =
+            isAvi ? avi.readFrame(reinterpret_cast<char*>(slot.data()), avi.getAVIFrameSize(), number)
+                  : raw.seekFrame(number) && raw.readFrame();
+        if (!done) {
+            return failed(L"cannot be read");
         }
-        std::printf("%ld\n", stream.find(data));
+        std::printf("%ld\n", stream.find((isAvi ? slot.data() : raw.data()) + dvFile::headerSize));
     }
     return allWell;
 }

@@ -63,6 +63,22 @@ def probe(command, file, system, *more):
     return done.stdout.decode()
 
 
+def start_wine():
+    """Wine's server lives on beyond the program that starts it, and must not be started by one that is
+    limited."""
+    probe("record", scripted_tests.scratch() / "warm.dv", PAL, 1)
+
+
+class Case(unittest.TestCase):
+    """A test that makes files."""
+
+    def file(self, name):
+        """A file of that name in the scratch directory, removed at the end."""
+        file = scripted_tests.scratch() / name
+        self.addCleanup(file.unlink, missing_ok=True)
+        return file
+
+
 def read_through_library(file, system, *frames):
     """Which frames of the stream the file's frames (or those named) are, as the library reads them."""
     return [int(line) for line in probe("read", file, system, *frames).split()]

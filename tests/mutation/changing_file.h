@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -24,44 +23,28 @@ public:
     const wchar_t* name() const { return name_.c_str(); }
 
     void put(std::string_view bytes) {
-        constexpr size_t block = 4096;
-        size_t from = 0;
-        while (from < bytes.size()) {
-            size_t to = from;
-            while (to < bytes.size() && !holds(bytes, to, std::min(block, bytes.size() - to))) {
-                to = std::min(to + block, bytes.size());
+        constexpr size_t block = 0x4000;
+        for (size_t at = 0; at < bytes.size(); at += block) {
+            const std::string_view part = bytes.substr(at, block);
+            if (at + part.size() > held_.size() || held_.compare(at, part.size(), part) != 0) {
+                DWORD done = 0;
+                moveTo(at);
+                ASSERT_TRUE(
+                    WriteFile(file_.get(), part.data(), static_cast<DWORD>(part.size()), &done, nullptr));
             }
-            if (to > from) {
-                write(bytes, from, to);
-            }
-            from = to + block;
         }
         if (bytes.size() < held_.size()) {
-            cut(bytes.size());
+            moveTo(bytes.size());
+            ASSERT_TRUE(SetEndOfFile(file_.get()));
         }
         held_ = bytes;
     }
 
 private:
-    bool holds(std::string_view bytes, size_t at, size_t count) const {
-        return at + count <= held_.size() && std::memcmp(&bytes[at], &held_[at], count) == 0;
-    }
-
     void moveTo(size_t offset) {
         LARGE_INTEGER position{};
         position.QuadPart = static_cast<long long>(offset);
         ASSERT_TRUE(SetFilePointerEx(file_.get(), position, nullptr, FILE_BEGIN));
-    }
-
-    void write(std::string_view bytes, size_t from, size_t to) {
-        moveTo(from);
-        DWORD done = 0;
-        ASSERT_TRUE(WriteFile(file_.get(), &bytes[from], static_cast<DWORD>(to - from), &done, nullptr));
-    }
-
-    void cut(size_t size) {
-        moveTo(size);
-        ASSERT_TRUE(SetEndOfFile(file_.get()));
     }
 
     std::wstring name_;

@@ -2,6 +2,7 @@
 /// Damages files in memory.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -17,8 +18,6 @@ public:
     /// `spots` are the offsets of what tells the file's structure: 32-bit values, four-character codes.
     Mutator(std::string bytes, std::vector<size_t> spots)
         : bytes_(std::move(bytes)), spots_(std::move(spots)) {}
-
-    const std::string& bytes() const { return bytes_; }
 
     /// Makes `file` a copy with one to four kinds of damage; pieces of `other` may have come into it.
     void mutate(std::string& file, Random& random, const Mutator& other) const {
@@ -36,24 +35,12 @@ private:
     std::uint32_t value(const std::string& file, size_t at, Random& random) const {
         std::uint32_t old = 0;
         std::memcpy(&old, &file[at], sizeof(old));
-        const auto size = static_cast<std::uint32_t>(file.size());
-        const std::uint32_t values[] = {0,
-                                        1,
-                                        7,
-                                        0x7FFFFFFF,
-                                        0x80000000,
-                                        0xFFFFFFFF,
-                                        0xFFFFFFF7,
-                                        size,
-                                        size + 1,
-                                        size - 1,
-                                        size - static_cast<std::uint32_t>(at),
-                                        static_cast<std::uint32_t>(at),
-                                        old + 1,
-                                        old - 1,
-                                        old * 2,
-                                        static_cast<std::uint32_t>(spot(random)),
-                                        static_cast<std::uint32_t>(random())};
+        const auto size = static_cast<std::uint32_t>(file.size()), here = static_cast<std::uint32_t>(at);
+        const auto elsewhere = static_cast<std::uint32_t>(spot(random));
+        const auto any = static_cast<std::uint32_t>(random());
+        const std::uint32_t values[] = {0,          1,       7,        0x7FFFFFFF, 0x80000000,  0xFFFFFFFF,
+                                        0xFFFFFFF7, size,    size + 1, size - 1,   size - here, here,
+                                        old + 1,    old - 1, old * 2,  elsewhere,  any};
         return values[random() % std::size(values)];
     }
 
@@ -72,45 +59,37 @@ private:
             file[at + random() % 8] = random() % 2 != 0 ? '\0' : '\xFF';
             break;
         case 3:
-        case 4:
-        case 5:
-        case 6:
-        case 7: {
-            const std::uint32_t number = value(file, at, random);
-            std::memcpy(&file[at], &number, sizeof(number));
+            std::memset(&file[at], random() % 2 != 0 ? 0 : 0xFF, std::min(bytes, file.size() - at));
             break;
-        }
-        case 8: {
+        case 4: {
             static constexpr char codes[][5] = {"RIFF", "LIST", "movi", "AVIX", "00dc", "01db",
                                                 "idx1", "JUNK", "indx", "ix00", "00ix", "rec ",
                                                 "strh", "strf", "vids", "auds"};
             file.replace(at, 4, codes[random() % std::size(codes)], 4);
             break;
         }
-        case 9: // a block stands a second time in the place of another
+        case 5: // a block stands a second time in the place of another
             file.replace(at, std::min(bytes, file.size() - at), file.substr(from, bytes));
             break;
-        case 10: { // chunks have changed places
-            const std::string block = file.substr(at, 8);
-            file.replace(at, 8, file, from, 8);
-            file.replace(from, 8, block);
+        case 6: // chunks have changed places
+            std::swap_ranges(&file[at], &file[at] + 8, &file[from]);
             break;
-        }
-        case 11:
+        case 7:
             file.resize(at + random() % 16);
             break;
-        case 12:
+        case 8:
             file.insert(at, file.substr(from, bytes));
             break;
-        case 13:
+        case 9:
             file.erase(at, bytes);
             break;
-        case 14: // its head, and the tail of another file
-            file =
-                file.substr(0, at) + other.bytes_.substr(std::min(other.spot(random), other.bytes_.size()));
+        case 10: // its head, and the tail of another file
+            file.replace(at, file.npos, other.bytes_, std::min(other.spot(random), other.bytes_.size()));
             break;
-        default:
-            std::memset(&file[at], random() % 2 != 0 ? 0 : 0xFF, std::min(bytes, file.size() - at));
+        default: {
+            const std::uint32_t number = value(file, at, random);
+            std::memcpy(&file[at], &number, sizeof(number));
+        }
         }
     }
 

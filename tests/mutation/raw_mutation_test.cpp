@@ -30,9 +30,7 @@ void readRecords(dvPlayFile& file, GuardedBuffer& caller, std::mt19937& random) 
     for (const long long frame : {0ll, count - 1, count, -1ll, static_cast<long long>(random()) << 8}) {
         file.seekFrame(frame);
         if (file.readFrame()) {
-            // The last byte of the record is there to be read.
-            const unsigned char last = file.data()[file.bufferSize() - 1];
-            ASSERT_GE(0xFF, last);
+            static_cast<void>(static_cast<const volatile unsigned char*>(file.data())[file.bufferSize() - 1]);
         }
         for (const unsigned long size : {0ul, 1ul, file.frameSize(), file.bufferSize(), 0xFFFFFFFFul}) {
             file.seekFrame(frame);

@@ -26,15 +26,15 @@ public:
     /// `salt` makes the random numbers differ from those of other runs.
     WatchedRun(const char* what, unsigned salt) : what_(what), salt_(salt) {
         EXPECT_NE(nullptr, reads_.original());
-        current() = this;
+        current = this;
         handler_ = AddVectoredExceptionHandler(1, &onFault);
-        watchdog_.reset(CreateThread(nullptr, 0, &watch, this, 0, nullptr));
+        CreateTimerQueueTimer(&watchdog_, nullptr, &onHang, this, hang_ms, 0, WT_EXECUTEDEFAULT);
     }
     ~WatchedRun() {
-        SetEvent(ended_.get());
-        WaitForSingleObject(watchdog_.get(), INFINITE);
+        // Waits for it when it is under way.
+        static_cast<void>(DeleteTimerQueueTimer(nullptr, watchdog_, INVALID_HANDLE_VALUE));
         RemoveVectoredExceptionHandler(handler_);
-        current() = nullptr;
+        current = nullptr;
     }
     WatchedRun(const WatchedRun&) = delete;
     WatchedRun& operator=(const WatchedRun&) = delete;
@@ -50,6 +50,7 @@ public:
             std::seed_seq mixed{seed, salt_, number_.load()};
             std::mt19937 random(mixed);
             const double from_s = cpu_s();
+            ASSERT_TRUE(ChangeTimerQueueTimer(nullptr, watchdog_, hang_ms, 0));
             body(random, number_.load());
             slowest_s_ = std::max(slowest_s_, cpu_s() - from_s);
             ASSERT_LT(slowest_s_, mostSeconds) << name() << " takes too long";
@@ -64,11 +65,6 @@ private:
     static constexpr double mostSeconds = 2;
     static constexpr size_t mostBytes = 96 << 20;
     static constexpr DWORD hang_ms = 100000;
-
-    static WatchedRun*& current() {
-        static WatchedRun* run = nullptr;
-        return run;
-    }
 
     std::string name() const { return std::string(what_) + ", MARVO_MUTATION=" + std::to_string(number_); }
 
@@ -85,9 +81,9 @@ private:
     }
 
     static LONG WINAPI onFault(EXCEPTION_POINTERS* fault) {
-        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION && current()) {
+        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION && current) {
             std::fprintf(stderr, "fault at %p in %s\n", fault->ExceptionRecord->ExceptionAddress,
-                         current()->name().c_str());
+                         current->name().c_str());
         }
         return EXCEPTION_CONTINUE_SEARCH;
     }
@@ -100,18 +96,12 @@ private:
         return ReadFile(file, buffer, bytes, done, place);
     }
 
-    static DWORD WINAPI watch(void* parameter) {
-        auto& run = *static_cast<WatchedRun*>(parameter);
-        for (unsigned seen = ~0u; seen != run.number_;) {
-            seen = run.number_;
-            if (WaitForSingleObject(run.ended_.get(), hang_ms) == WAIT_OBJECT_0) {
-                return 0;
-            }
-        }
-        std::fprintf(stderr, "%s hangs\n", run.name().c_str());
+    static void CALLBACK onHang(void* run, BOOLEAN) {
+        std::fprintf(stderr, "%s hangs\n", static_cast<WatchedRun*>(run)->name().c_str());
         TerminateProcess(GetCurrentProcess(), 3);
-        return 0;
     }
+
+    static inline WatchedRun* current = nullptr;
 
     const char* what_;
     unsigned salt_;
@@ -119,6 +109,5 @@ private:
     double slowest_s_ = 0;
     void* handler_ = nullptr;
     ImportPatch reads_{engineModule(), "ReadFile", reinterpret_cast<void*>(&touchAndRead)};
-    vcore::handle ended_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    vcore::handle watchdog_;
+    HANDLE watchdog_ = nullptr;
 };

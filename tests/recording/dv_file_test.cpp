@@ -24,9 +24,10 @@ TEST(DvFile, RecordsAreWholeSectors) {
     EXPECT_EQ(file.bufferSize(), 0u);
 }
 
-TEST(DvFile, ReadsBackByFrameNumber) {
+TEST(DvFile, ReadsLoopsAndCutsByFrameNumber) {
     recording::write(name, 10);
     dvPlayFile file;
+    EXPECT_TRUE(file.loopedFrame(3) == 0 && file.shortedFrame(3) == 4294967295ll) << "not open";
     ASSERT_TRUE(file.open(name, 0));
     EXPECT_EQ(file.frameCount(), 10u);
     EXPECT_EQ(file.frameSize(), samples::palSize);
@@ -37,6 +38,14 @@ TEST(DvFile, ReadsBackByFrameNumber) {
     }
     ASSERT_TRUE(file.seekFrame(10));
     EXPECT_FALSE(file.readFrame()) << "the frame count itself is the end of the file";
+    const long long looped[][2] = {{25, 5}, {9, 9}, {10, 0}, {-1, 9}, {-10, 10}, {-11, 9}};
+    for (const auto& [frame, expected] : looped) {
+        EXPECT_EQ(file.loopedFrame(frame), expected) << frame;
+    }
+    const long long shorted[][2] = {{-3, -3}, {9, 9}, {10, 9}, {1000, 9}};
+    for (const auto& [frame, expected] : shorted) {
+        EXPECT_EQ(file.shortedFrame(frame), expected) << frame;
+    }
 }
 
 TEST(DvFile, ReadsFramesOneByOne) {
@@ -93,22 +102,6 @@ TEST(DvFile, CountsWholeRecordsOfAGrowingFile) {
     EXPECT_EQ(reader.frameCount(), 1u);
     ASSERT_TRUE(reader.seekFrame(1));
     EXPECT_FALSE(reader.readFrame()) << "half a record";
-}
-
-TEST(DvFile, LoopsAndCutsFrameNumbers) {
-    recording::write(name, 10);
-    dvPlayFile file;
-    EXPECT_EQ(file.loopedFrame(3), 0);
-    EXPECT_EQ(file.shortedFrame(3), 4294967295ll);
-    ASSERT_TRUE(file.open(name, 0));
-    const long long looped[][2] = {{25, 5}, {9, 9}, {10, 0}, {-1, 9}, {-10, 10}, {-11, 9}};
-    for (const auto& [frame, expected] : looped) {
-        EXPECT_EQ(file.loopedFrame(frame), expected) << frame;
-    }
-    const long long shorted[][2] = {{-3, -3}, {9, 9}, {10, 9}, {1000, 9}};
-    for (const auto& [frame, expected] : shorted) {
-        EXPECT_EQ(file.shortedFrame(frame), expected) << frame;
-    }
 }
 
 } // namespace

@@ -173,12 +173,12 @@ TEST(Readers, RecordsOfAnotherVolumeAreFound) {
         EXPECT_EQ(file.read(record * 144384ull, &content[record * 147456u], 144384), 144384u);
     }
     file.close();
-    const vcore::handle changed(CreateFileW(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    vcore::handle changed(CreateFileW(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
     DWORD done = 0;
     ASSERT_TRUE(WriteFile(changed.get(), content.data(), static_cast<DWORD>(content.size()), &done, nullptr));
     std::wstring error;
     EXPECT_EQ(rowOf(Kind::raw).open(name, {true, 0}, error), nullptr) << "its writer lets nobody read";
-    const_cast<vcore::handle&>(changed).reset();
+    changed.reset();
     for (const unsigned long sector : {0ul, 4096ul}) {
         const std::unique_ptr<Reader> reader = rowOf(Kind::raw).open(name, {true, sector}, error);
         ASSERT_TRUE(reader);

@@ -12,27 +12,22 @@
 class FailingMemory {
 public:
     explicit FailingMemory(unsigned k) {
-        left() = static_cast<long>(k);
-        thread() = GetCurrentThreadId();
+        left = static_cast<long>(k);
+        thread = GetCurrentThreadId();
     }
-    ~FailingMemory() { thread() = 0; }
+    ~FailingMemory() { thread = 0; }
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
 
     /// Whether there were that many.
-    bool failed() const { return left() <= 0; }
+    bool failed() const { return left <= 0; }
 
 private:
-    static std::atomic<long>& left() {
-        static std::atomic<long> count;
-        return count;
-    }
-    static std::atomic<DWORD>& thread() {
-        static std::atomic<DWORD> id;
-        return id;
-    }
+    static inline std::atomic<long> left;
+    static inline std::atomic<DWORD> thread;
+
     static void* __cdecl allocate(size_t bytes) {
-        return GetCurrentThreadId() == thread() && --left() == 0 ? nullptr : std::malloc(bytes);
+        return GetCurrentThreadId() == thread && --left == 0 ? nullptr : std::malloc(bytes);
     }
 
     ImportPatch patch_{engineModule(), "malloc", reinterpret_cast<void*>(&allocate)};

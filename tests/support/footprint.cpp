@@ -1,9 +1,18 @@
 #include "tests/support/footprint.h"
 
-#include "tests/support/handles.h"
+#include "marvo.h"
 
 #include <psapi.h>
 #include <tlhelp32.h>
+
+static int openHandles() {
+    int count = 0;
+    for (ULONG_PTR value = 4; value < 0x4000; value += 4) {
+        DWORD flags = 0;
+        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
+    }
+    return count;
+}
 
 Footprint footprint() {
     Footprint now;

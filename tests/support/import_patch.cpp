@@ -33,17 +33,17 @@ ImportPatch::ImportPatch(HMODULE module, const std::string& name, void* replacem
         }
     }
     for (void** entry : entries_) {
-        write(entry, replacement);
+        overwrite(entry, replacement);
     }
 }
 
 ImportPatch::~ImportPatch() {
     for (void** entry : entries_) {
-        write(entry, original_);
+        overwrite(entry, original_);
     }
 }
 
-void ImportPatch::write(void** entry, void* function) {
+void overwrite(void** entry, void* function) {
     DWORD former = 0;
     VirtualProtect(entry, sizeof(*entry), PAGE_READWRITE, &former);
     *entry = function;

@@ -22,11 +22,12 @@ public:
     void* original() const { return original_; }
 
 private:
-    static void write(void** entry, void* function);
-
     void* original_ = nullptr;
     std::vector<void**> entries_;
 };
+
+/// Puts a function into a table that is otherwise only read: a module's imports, a class's methods.
+void overwrite(void** entry, void* function);
 
 /// The module of the engine's library.
 HMODULE engineModule();

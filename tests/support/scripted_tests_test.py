@@ -44,11 +44,8 @@ class ScriptedTests(unittest.TestCase):
 
     def test_every_outcome_is_counted_once(self):
         done, results = self.run_script(SCRIPT)
-        states = {}
-        for suite in results["testsuites"]:
-            for test in suite["testsuite"]:
-                state = "failed" if test.get("failures") else test["result"]
-                states[f"{suite['name']}.{test['name']}"] = state
+        states = {f"{suite['name']}.{test['name']}": "failed" if test.get("failures") else test["result"]
+                  for suite in results["testsuites"] for test in suite["testsuite"]}
         broken = [name for name in states if "Broken" in name]
         self.assertEqual([states.pop(name) for name in broken], ["failed"])
         self.assertEqual(states, {
@@ -87,13 +84,11 @@ class CountedRuns(unittest.TestCase):
 
     def test_what_a_part_does_not_tell_is_a_failure(self):
         self.leave(self.folder, good=("run", "++s"), bad=("fail", "+-"), crashed=("fail", None),
-                   silent=("run", None),
-                   empty=("run", ""), late=("fail", "++"), absent=("notrun", None))
+                   silent=("run", None), empty=("run", ""), late=("fail", "++"), absent=("notrun", None))
         counts, said = self.count()
         self.assertEqual(counts, ["5 6 1"])
         for text in ("bad.1 (in bad)", "crashed left no", "silent left no", "empty ran no test",
-                     "late ended badly",
-                     "absent left no"):
+                     "late ended badly", "absent left no"):
             self.assertIn("failed: " + text, said)
 
     def test_a_second_try_counts_and_is_named(self):

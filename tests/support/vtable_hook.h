@@ -2,7 +2,7 @@
 /// A method of somebody else's COM class, replaced.
 #pragma once
 
-#include <windows.h>
+#include "tests/support/import_patch.h"
 
 /// Replaces one method of an object, and of all others that share its table of methods, as long as it lives.
 class VtableHook {
@@ -10,9 +10,9 @@ public:
     /// `slot` counts the methods of the interface from `QueryInterface`, 0.
     VtableHook(void* object, size_t slot, void* replacement)
         : entry_(*static_cast<void***>(object) + slot), original_(*entry_) {
-        write(replacement);
+        overwrite(entry_, replacement);
     }
-    ~VtableHook() { write(original_); }
+    ~VtableHook() { overwrite(entry_, original_); }
     VtableHook(const VtableHook&) = delete;
     VtableHook& operator=(const VtableHook&) = delete;
 
@@ -23,13 +23,6 @@ public:
     }
 
 private:
-    void write(void* function) {
-        DWORD former = 0;
-        VirtualProtect(entry_, sizeof(*entry_), PAGE_READWRITE, &former);
-        *entry_ = function;
-        VirtualProtect(entry_, sizeof(*entry_), former, &former);
-    }
-
     void** const entry_;
     void* const original_;
 };

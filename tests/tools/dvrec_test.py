@@ -177,15 +177,6 @@ class Conversion(Case):
                                   info["audioStreams"], info["state"]),
                                  ("avi", count, 1, 1, count, 0, "finished"))
 
-    def test_avi_files_of_other_programs(self):
-        recordings.ffmpeg("-i", scripted_tests.STREAMS / "ntsc.dv", "-c", "copy", self.folder / "other.avi")
-        info = self.json("info", "other.avi")
-        self.assertEqual((info["frames"], info["system"], info["audioStreams"], info["state"]),
-                         (240, "525/60", 1, "finished"))
-        self.assertEqual(self.json("verify", "other.avi")["faults"], [])
-        self.dvrec("export", "other.avi", "out.dv")
-        self.assertEqual(self.read("out.dv"), b"".join(stream("ntsc", 240)))
-
     def test_names_may_be_in_any_script(self):
         self.file("игра 試合.dv", stream("pal", 2))
         self.assertIn("'второй тайм.raw': raw recording, 2 frames",
@@ -193,19 +184,26 @@ class Conversion(Case):
         self.assertIn("'нет.raw'", self.dvrec("info", "нет.raw", status=CANNOT_READ))
 
     def test_an_interruption_leaves_nothing_behind(self):
-        with open(self.folder / "long.raw", "wb") as file:
-            # One sound record is enough to begin with; the rest is a hole of 20 GB, slow to copy.
-            file.write(raw(stream("pal", 1)) * 2)
-            file.truncate(20 << 30)
-        with subprocess.Popen(scripted_tests.command("dvrec", "convert", "long.raw", "out.raw", "--progress"),
-                              cwd=self.folder,
-                              env=scripted_tests.environment(), stderr=subprocess.PIPE) as process:
-            self.assertIn(b"out.raw", process.stderr.readline())
-            self.assertEqual(self.json("info", "out.raw.part")["state"], "recording")
-            process.send_signal(signal.SIGINT)
-            errors = process.communicate(timeout=120)[1].decode()
-        self.assertEqual(process.returncode, INTERRUPTED, errors)
-        self.assertEqual(self.names(), {"long.raw"})
+        self.dvrec("convert", self.file("a.dv", stream("ntsc", 12)), "whole.avi")
+        # One sound record is enough to begin copying with; the rest is a hole of 20 GB, slow to read.
+        for command, name, start, says in (
+                ("convert", "long.raw", raw(stream("pal", 1)) * 2, "out.raw"),
+                ("repair", "long.raw", stream("ntsc", 1)[0], "searching 'long.raw"),
+                ("repair", "long.avi", self.read("whole.avi"), "searching 'long.avi")):
+            with open(self.folder / name, "wb") as file:
+                file.write(start)
+                file.truncate(20 << 30)
+            out = "out.raw" if command == "convert" else "out.avi"
+            with subprocess.Popen(scripted_tests.command("dvrec", command, name, out, "--progress"),
+                                  cwd=self.folder, env=scripted_tests.environment(),
+                                  stderr=subprocess.PIPE) as process:
+                self.assertIn(says, process.stderr.readline().decode())
+                if command == "convert":
+                    self.assertEqual(self.json("info", "out.raw.part")["state"], "recording")
+                process.send_signal(signal.SIGINT)
+                errors = process.communicate(timeout=120)[1].decode()
+            self.assertEqual(process.returncode, INTERRUPTED, errors)
+        self.assertEqual(self.names(), {"a.dv", "whole.avi", "long.raw", "long.avi"})
 
 
 class Repair(Case):
@@ -287,26 +285,6 @@ class Repair(Case):
         self.assertIn("No DV frame", self.dvrec("repair", "noise.avi", "out.avi", status=CANNOT_READ))
 
 
-    def test_a_search_shows_how_far_it_is_and_can_be_ended(self):
-        for name, start in (("long.avi", self.whole_avi()), ("long.raw", b"".join(stream("ntsc", 1)))):
-            with open(self.folder / name, "wb") as file:
-                # A hole of 20 GB, which takes long to search.
-                file.write(start)
-                file.truncate(20 << 30)
-            with subprocess.Popen(scripted_tests.command("dvrec", "repair", name, "out.avi", "--progress"),
-                                  cwd=self.folder, env=scripted_tests.environment(),
-                                  stderr=subprocess.PIPE) as process:
-                self.assertIn(b"searching '" + name.encode(), process.stderr.readline())
-                process.send_signal(signal.SIGINT)
-                errors = process.communicate(timeout=120)[1].decode()
-            self.assertEqual(process.returncode, INTERRUPTED, errors)
-        self.assertEqual(self.names(), {"long.avi", "long.raw", "a.dv", "whole.avi"})
-
-    def whole_avi(self):
-        self.dvrec("convert", self.file("a.dv", stream("ntsc", 12)), "whole.avi")
-        return self.read("whole.avi")
-
-
 class Grab(Case):
     def test_the_picture_is_that_of_the_frame(self):
         for name in ("pal", "ntsc"):
@@ -372,9 +350,8 @@ class Refusals(Case):
         # The limit on a file's size stands for the end of the disk: half of what is to be written.
         limit = ["sh", "-c", "trap '' XFSZ; ulimit -f 1400; exec \"$@\"", "sh"]
         for out in ("b.raw", "b.avi"):
-            done = subprocess.run(limit + scripted_tests.command("dvrec", "convert", "a.dv", out),
-                                  cwd=self.folder,
-                                  env=scripted_tests.environment(), capture_output=True, check=False)
+            done = scripted_tests.complete(limit + scripted_tests.command("dvrec", "convert", "a.dv", out),
+                                           cwd=self.folder, env=scripted_tests.environment())
             self.assertEqual(done.returncode, CANNOT_WRITE, done.stderr)
             self.assertIn(f"'{out}' cannot be written: ", done.stderr.decode())
             self.assertIn("disk", done.stderr.decode().lower())

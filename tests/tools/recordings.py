@@ -52,8 +52,7 @@ def without_time_code(frame):
 def stream50(frames):
     """As `stream`, of 50 Mbit/s PAL."""
     made = ffmpeg("-i", scripted_tests.STREAMS / "pal.dv", "-map", "0:v", "-frames:v", frames, "-pix_fmt",
-                  "yuv422p",
-                  "-c:v", "dvvideo", "-f", "rawvideo", "-")
+                  "yuv422p", "-c:v", "dvvideo", "-f", "rawvideo", "-")
     return [made[i * 2 * PAL:(i + 1) * 2 * PAL] for i in range(frames)]
 
 
