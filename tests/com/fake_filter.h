@@ -9,8 +9,9 @@
 
 namespace fake {
 
-/// What a pin offers when it is asked for its media types.
-enum class Offer { nothing, refuses, sound, dv };
+/// The media type that an output offers, and an input takes. An input with `refuses` takes any; an output
+/// with it does not tell what it offers.
+enum class Offer { refuses, sound, dv };
 
 /// Types that the caller frees, as foreign filters give them.
 class TypeEnumerator final : public vvideo::dvEnumMediaTypes {
@@ -29,8 +30,8 @@ public:
 /// A pin that shares its filter's reference count.
 class Pin final : public ForeignPin {
 public:
-    Pin(IBaseFilter& owner, std::wstring name, PIN_DIRECTION direction, Offer types, Offer wants)
-        : owner_(owner), name_(std::move(name)), direction_(direction), types_(types), wants_(wants) {}
+    Pin(IBaseFilter& owner, std::wstring name, PIN_DIRECTION direction, Offer types)
+        : ForeignPin(direction), owner_(owner), name_(std::move(name)), types_(types) {}
 
     STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
@@ -41,7 +42,7 @@ public:
         return SUCCEEDED(result) ? ForeignPin::ReceiveConnection(receiver, &type) : result;
     }
     STDMETHODIMP ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) override {
-        const bool refused = wants_ == Offer::dv && type->majortype != MEDIATYPE_Interleaved;
+        const bool refused = types_ == Offer::dv && type->majortype != MEDIATYPE_Interleaved;
         return peer()    ? VFW_E_ALREADY_CONNECTED
                : refused ? VFW_E_TYPE_NOT_ACCEPTED
                          : ForeignPin::ReceiveConnection(connector, type);
@@ -52,69 +53,41 @@ public:
         return state == State_Stopped ? ForeignPin::Disconnect() : VFW_E_NOT_STOPPED;
     }
     STDMETHODIMP QueryPinInfo(PIN_INFO* info) override {
+        ForeignPin::QueryPinInfo(info);
         wcscpy_s(info->achName, std::size(info->achName), name_.c_str());
-        info->dir = direction_;
         info->pFilter = vwin::com_<IBaseFilter>(&owner_).detach();
         return S_OK;
     }
-    STDMETHODIMP QueryDirection(PIN_DIRECTION* direction) override { return *direction = direction_, S_OK; }
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes** out) override {
-        TypeEnumerator* const types = types_ == Offer::refuses ? nullptr : new TypeEnumerator;
-        *out = types;
+        *out = nullptr;
+        if (types_ == Offer::refuses) {
+            return E_NOTIMPL;
+        }
         const bool dv = types_ == Offer::dv;
         AM_MEDIA_TYPE type = {};
         type.majortype = dv ? MEDIATYPE_Interleaved : MEDIATYPE_Audio;
         type.subtype = dv ? MEDIASUBTYPE_dvsd : MEDIASUBTYPE_PCM;
-        if (types && types_ != Offer::nothing) {
-            types->setType(type);
-        }
-        return types ? S_OK : E_NOTIMPL;
+        auto* const types = new TypeEnumerator;
+        types->setType(type);
+        return *out = types, S_OK;
     }
 
 private:
     IBaseFilter& owner_;
     std::wstring name_;
-    PIN_DIRECTION direction_;
-    Offer types_, wants_;
+    Offer types_;
 };
 
 using PinList = std::vector<std::unique_ptr<Pin>>;
 
-/// As the engine's own, it refuses to work without a `fetched` count.
-class PinEnumerator final : public vvideo::dvObj<IEnumPins> {
-public:
-    PinEnumerator(IBaseFilter& owner, const PinList& pins) : owner_(&owner), pins_(pins) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-        return answer(iid == IID_IUnknown || iid == IID_IEnumPins ? this : nullptr, out);
-    }
-    STDMETHODIMP Next(ULONG n, IPin** out, ULONG* fetched) override {
-        if (out == nullptr || fetched == nullptr) {
-            return E_POINTER;
-        }
-        for (*fetched = 0; *fetched < n && position_ < pins_.size(); ++*fetched) {
-            out[*fetched] = vwin::com_<IPin>(pins_[position_++].get()).detach();
-        }
-        return *fetched == n ? S_OK : S_FALSE;
-    }
-    STDMETHODIMP Reset() override { return position_ = 0, S_OK; }
-    STDMETHODIMP Skip(ULONG) override { return E_NOTIMPL; }
-    STDMETHODIMP Clone(IEnumPins**) override { return E_NOTIMPL; }
-
-private:
-    vwin::com_<IBaseFilter> owner_;
-    const PinList& pins_;
-    size_t position_ = 0;
-};
-
 /// The test owns it: refs() is 1 when every other reference has been given back.
 class Filter final : public vvideo::dvBaseFilter {
 public:
-    Pin& input(const wchar_t* name, Offer wants = Offer::nothing) {
-        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_INPUT, Offer::nothing, wants));
+    Pin& input(const wchar_t* name, Offer takes = Offer::refuses) {
+        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_INPUT, takes));
     }
     Pin& output(const wchar_t* name, Offer types) {
-        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_OUTPUT, types, Offer::nothing));
+        return *pins_.emplace_back(std::make_unique<Pin>(*this, name, PINDIR_OUTPUT, types));
     }
     IPin* peer(size_t index) const { return pins_.at(index)->peer(); }
     const PinList& pins() const { return pins_; }
@@ -126,7 +99,15 @@ public:
     REFERENCE_TIME started = -1;
 
     STDMETHODIMP Run(REFERENCE_TIME start) override { return started = start, dvBaseFilter::Run(start); }
-    STDMETHODIMP EnumPins(IEnumPins** out) override { return *out = new PinEnumerator(*this, pins_), S_OK; }
+    /// By the engine's own enumerator, less the reference to each pin that this never gives back.
+    STDMETHODIMP EnumPins(IEnumPins** out) override {
+        auto* const all = new vvideo::dvEnumPins;
+        for (const auto& pin : pins_) {
+            all->setPin(static_cast<IPin*>(pin.get()));
+            pin->Release();
+        }
+        return *out = all, S_OK;
+    }
 
 private:
     PinList pins_;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <clocale>
 #include <cmath>
 #include <cstdarg>
 #include <string>
@@ -28,42 +27,35 @@ TEST(StrCodec, WritesUTF8ForNarrowAndWideReaders) {
     EXPECT_EQ(text(s), text(str(expected)));
     EXPECT_EQ(text(s.decodeUTF8(&s)), L"a\u00e9\u20ac\U0001d11e\U0001d11e \ufffd! \ufffd");
     EXPECT_EQ(s.encodeUTF8(nullptr).len() + s.decodeUTF8(nullptr).len() + s.encodeBase64(nullptr).len(), 0u);
-    str zeros;
-    zeros.fill(0, 3);
-    EXPECT_EQ(zeros.encodeUTF8(&zeros).len(), 3u);
     EXPECT_EQ(text(str(8ul, str::narrowStale).encodeUTF8(&source)), text(str(expected)).substr(0, 7));
 }
 
 TEST(StrCodec, ReplacesEachInvalidPieceOfUTF8Once) {
-    const struct {
-        const char* bytes;
-        const wchar_t* text;
-    } cases[] = {// following bytes alone, overlong in two, three and four bytes, a surrogate, beyond the last
-                 // code point
-                 {"\x80\xbf.", L"\ufffd\ufffd."},
-                 {"\xc0\xaf.", L"\ufffd\ufffd."},
-                 {"\xe0\x9f\xbf.", L"\ufffd\ufffd\ufffd."},
-                 {"\xf0\x8f\xbf\xbf.", L"\ufffd\ufffd\ufffd\ufffd."},
-                 {"\xed\xa0\x80.", L"\ufffd\ufffd\ufffd."},
-                 {"\xf4\x90\x80\x80.", L"\ufffd\ufffd\ufffd\ufffd."},
-                 // cut before another character and at the end
-                 {"\xe2\x82.", L"\ufffd."},
-                 {"\xf0\x9d\x84", L"\ufffd"},
-                 {"\xf5\xff.", L"\ufffd\ufffd."},
-                 {"\xf4\x8f\xbf\xbf\xed\x9f\xbf", L"\U0010ffff\ud7ff"}};
-    for (const auto& c : cases) {
-        const str source(c.bytes);
-        EXPECT_EQ(text(str().decodeUTF8(&source)), c.text) << c.bytes;
+    // How many pieces there are in following bytes alone; in overlong forms of two, three and four bytes; in
+    // a surrogate; beyond the last code point; in what is cut before another character and at the end.
+    const std::pair<const char*, int> cases[] = {
+        {"\x80\xbf", 2},         {"\xc0\xaf", 2},     {"\xe0\x9f\xbf", 3},
+        {"\xf0\x8f\xbf\xbf", 4}, {"\xed\xa0\x80", 3}, {"\xf4\x90\x80\x80", 4},
+        {"\xf5\xff", 2},         {"\xe2\x82", 1},     {"\xf0\x9d\x84", 1}};
+    for (const auto& [bytes, pieces] : cases) {
+        for (const wchar_t* next : {L".", L""}) {
+            const str source(str(bytes) + next);
+            EXPECT_EQ(text(str().decodeUTF8(&source)), std::wstring(pieces, L'\ufffd') + next) << bytes;
+        }
     }
+    const str last("\xf4\x8f\xbf\xbf\xed\x9f\xbf");
+    EXPECT_EQ(text(str().decodeUTF8(&last)), L"\U0010ffff\ud7ff");
     str noBytes(L"\xe2\u4e2d");
     EXPECT_EQ(text(noBytes.decodeUTF8(&noBytes)), L"\ufffd\ufffd");
 }
 
 TEST(StrCodec, WritesBase64) {
-    const wchar_t* const cases[][2] = {
-        {L"", L""},          {L"f", L"Zg=="},        {L"fo", L"Zm8="},
-        {L"foo", L"Zm9v"},   {L"foob", L"Zm9vYg=="}, {L"\xfb\xff\xbf", L"+/+/"},
-        {L"\u4e2d", L"Pw=="}};
+    const wchar_t* const cases[][2] = {{L"", L""},
+                                       {L"f", L"Zg=="},
+                                       {L"fo", L"Zm8="},
+                                       {L"foob", L"Zm9vYg=="},
+                                       {L"\xfb\xff\xbf", L"+/+/"},
+                                       {L"\u4e2d", L"Pw=="}};
     for (const auto& c : cases) {
         str s(c[0]);
         EXPECT_EQ(text(s.encodeBase64(&s)), c[1]);
@@ -114,13 +106,11 @@ TEST(StrCodec, ReadsEscapesWithAllTheirQuirks) {
 }
 
 TEST(StrCodec, DigestsAsPublished) {
-    const auto digest = [](const std::string& data) {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
-        return str::md5(bytes, static_cast<unsigned long>(data.size()));
-    };
-    EXPECT_EQ(digest("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"),
-              L"d174ab98d277d9f5a5611c2c9f419d9f");
-    EXPECT_EQ(digest(std::string(1000000, 'a')), L"7707d6ae4e027c70eea2a935c2296f21");
+    constexpr unsigned char text[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    EXPECT_EQ(str::md5(text, 62), L"d174ab98d277d9f5a5611c2c9f419d9f");
+    const std::string million(1000000, 'a');
+    EXPECT_EQ(str::md5(reinterpret_cast<const unsigned char*>(million.data()), 1000000),
+              L"7707d6ae4e027c70eea2a935c2296f21");
     EXPECT_EQ(str::md5(nullptr, 9), L"d41d8cd98f00b204e9800998ecf8427e");
 }
 
@@ -129,11 +119,8 @@ TEST(StrCodec, CodePagesReplaceWhatTheyLack) {
     EXPECT_EQ(text(s.locale("\xe9\x80", 1252)), L"\u00e9\u20ac");
     EXPECT_EQ(text(s.locale(L"a\u00e9\u4e2dz", 1252)), L"a\u00e9?z");
     EXPECT_EQ(text(s.locale(L"a\u4e2dz", CP_UTF8)), L"a\u4e2dz");
-    EXPECT_EQ(text(s.locale(s.oleStr() + 1, 54321)), L"?z") << "there is no such code page";
+    EXPECT_EQ(text(s.locale(s.oleStr() + 1, 54321)), L"?z") << "no such code page";
     EXPECT_EQ(text(s.locale("a\xe9z", 54321)), L"a?z");
-    EXPECT_EQ(s.locale(static_cast<const char*>(nullptr)).len() + s.locale(L"").len(), 0u);
-    std::setlocale(LC_ALL, "C");
-    EXPECT_STREQ((s = L"a\u4e2dz").getStr(), "a?z") << "the host's C locale does not matter";
 }
 
 TEST(StrNumber, ReadsNumbersAndTellsWhereTheyStop) {
@@ -157,8 +144,8 @@ TEST(StrNumber, ReadsNumbersAndTellsWhereTheyStop) {
 }
 
 TEST(StrNumber, WritesNumbers) {
-    EXPECT_TRUE(str::toStr(1.5, 2) == L"1.50" && str::toStr(100, 0) == L"100");
-    EXPECT_TRUE(str::toStr(0.125, 1) == L"0.125" && str::toStr(-0.25, 0) == L"-0.25");
+    EXPECT_TRUE(str::toStr(1.5, 2) == L"1.50" && str::toStr(100, 0) == L"100" &&
+                str::toStr(-0.125, 1) == L"-0.125");
     EXPECT_TRUE(str::toStr(1.0 / 3, 2) == L"0.333333333333" && str::toStr(1, 20) == L"1.000000000000");
     EXPECT_EQ(str::toStr(-1.7e308, 0).len(), 310u);
 }
@@ -170,15 +157,14 @@ TEST(StrNumber, FormatsWideTextAndNumbersAlikeOnBothTargets) {
     EXPECT_EQ(s, L"w\u00e9|x|n|00042|0000beef|   1.500|1099511627776|-1|%");
     const std::wstring longText(5000, L'l');
     EXPECT_EQ(s.sprintf(L"%s%s", longText.c_str(), longText.c_str()).len(), 10000u);
-    const auto viaArgs = [](str& out, int add, ...) {
+    const auto addArgs = [](str* out, ...) {
         va_list args;
-        va_start(args, add);
-        out.sprintfArgs(str(L"%d,%s"), args, add != 0);
+        va_start(args, out);
+        out->sprintfArgs(str(L"%d,%s"), args, true);
         va_end(args);
     };
-    viaArgs(s, false, 7, L"x");
-    viaArgs(s, true, 8, L"y");
-    EXPECT_EQ(s, L"7,x8,y");
+    addArgs(&(s = L"<"), 8, L"y");
+    EXPECT_EQ(s, L"<8,y");
 }
 
 TEST(StrNumber, FormatsOneIntegerWhateverTheFormat) {
@@ -206,17 +192,12 @@ TEST(StrNumber, CalculatesFromLeftToRight) {
     const struct {
         const wchar_t* text;
         double value;
-    } cases[] = {{L"1,5*2", 3},     {L"(10/0)", 10}, {L"3>=2", 1},  {L"2+3*4", 20}, {L"", 0},
-                 {L"10/4", 2.5},    {L"3<=2", 0},    {L"2==2", 1},  {L"2!=2", 0},   {L"3<2", 0},
-                 {L"3>2", 1},       {L"3=7", 7},     {L"3!7", 7},   {L"2 + 3", 2},  {L"2+ 3", 5},
-                 {L"2*-3", 6},      {L"1+", 1},      {L"1+x", 1},   {L"1+abc2", 1}, {L"0x10+1", 17},
-                 {L" [ 4-1 ] ", 3}, {L"abc", 0},     {L"-2-1", -3}, {L"5&2+1", 6}};
+    } cases[] = {{L"1,5*2", 3}, {L"(10/0)", 10}, {L"3>=3", 1},   {L"2+3*4", 20},  {L"10/4", 2.5},
+                 {L"3<=2", 0},  {L"2==2", 1},    {L"2!=2", 0},   {L"2<2", 0},     {L"2>2", 0},
+                 {L"3=7", 7},   {L"3!7", 7},     {L"2 + 3", 2},  {L"2+ 3", 5},    {L"2*-3", 6},
+                 {L"1+", 1},    {L"1+x", 1},     {L"1+abc2", 1}, {L"0x10+1", 17}, {L" [ 4-1 ] ", 3},
+                 {L"abc", 0},   {L"-2-1", -3},   {L"5&2+1", 6}};
     for (const auto& c : cases) {
         EXPECT_EQ(str(c.text).calculate(), c.value) << c.text;
     }
-    str sum(L"1");
-    for (int i = 0; i < 50000; ++i) {
-        sum += L"+1";
-    }
-    EXPECT_EQ(sum.calculate(), 50001);
 }

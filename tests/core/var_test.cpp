@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cmath>
 #include <random>
 #include <string>
 #include <thread>
-#include <vector>
 
 using namespace vcore;
 
@@ -44,84 +43,21 @@ var referTo(VARTYPE type, void* payload) {
     return var(v);
 }
 
-/// What a value is expected to be, without any of the machinery.
-struct Expected {
-    VARTYPE type = VT_EMPTY;
-    double number = 0;
-    std::wstring text{};
-    int object = -1;
-    std::vector<Expected> elements{};
-};
-
-class VarModel : public testing::Test {
-protected:
-    static constexpr int slots = 12, objectCount = 3;
-
-    int below(int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); }
-    void change(int i) {
-        const int other = below(slots), object = below(objectCount), n = below(2000001) - 1000000;
-        const std::wstring text(static_cast<std::size_t>(below(40)), static_cast<wchar_t>(L'a' + n % 26));
-        const std::pair<var, Expected> fresh[] = {{varI(n), {VT_I4, n * 1.0}},
-                                                  {varI64(n * (1ll << 32)), {VT_I8, n * 0x1p32}},
-                                                  {varF(n / 16.0), {VT_R8, n / 16.0}},
-                                                  {varB(n % 2), {VT_BOOL, n % 2 ? -1.0 : 0.0}},
-                                                  {varS(text.c_str()), {VT_BSTR, 0, text}},
-                                                  {varU(&objects[object]), {VT_UNKNOWN, 0, L"", object}}};
-        const unsigned kind = static_cast<unsigned>(below(10));
-        if (kind < std::size(fresh)) {
-            real[i] = fresh[kind].first;
-            model[i] = fresh[kind].second;
-        } else if (kind == 6 || other == i) {
-            real[i] = real[other];
-            model[i] = Expected(model[other]);
-        } else if (kind == 7) {
-            real[i] = std::move(real[other]);
-            model[i] = std::exchange(model[other], {});
-        } else if (kind == 8) {
-            makeArray(i);
-        } else if (!model[i].elements.empty()) { // becomes the first element of its own array
-            real[i] = *static_cast<const var*>(real[i].parray->pvData);
-            model[i] = Expected(model[i].elements[0]);
+/// The value with all its elements as text, by its bare payload; an object is a capital letter.
+std::wstring described(const var& v, const Counting* objects) {
+    if (v.vt == (VT_ARRAY | VT_VARIANT)) {
+        std::wstring all(L"[");
+        for (ULONG k = 0; k < v.parray->rgsabound[0].cElements; ++k) {
+            all += described(static_cast<const var*>(v.parray->pvData)[k], objects) + L',';
         }
+        return all + L']';
     }
-
-    void makeArray(int i) {
-        var_array array(below(5));
-        Expected e{.type = VT_ARRAY | VT_VARIANT};
-        for (int k = 0; k < array.count(); ++k) {
-            const int from = below(slots);
-            // Few arrays of arrays, or they would grow without bounds.
-            const bool plain = !real[from].isArray() || below(8) == 0;
-            ASSERT_TRUE(array.set(k, plain ? real[from] : var()));
-            e.elements.push_back(plain ? model[from] : Expected{});
-        }
-        real[i].setArray(array.getArray());
-        model[i] = e;
-    }
-
-    void compare(const var& v, const Expected& e, std::vector<ULONG>& references) {
-        ASSERT_EQ(v.vt, e.type);
-        if (e.type != VT_BSTR) {
-            ASSERT_EQ(v.getF(), e.number);
-        }
-        ASSERT_EQ(v.getS(), e.text);
-        ASSERT_EQ(v.getU(), e.object < 0 ? nullptr : &objects[e.object]);
-        if (e.object >= 0) {
-            ++references[e.object];
-        }
-        const var through = referTo(VT_VARIANT, const_cast<var*>(&v));
-        ASSERT_TRUE(through.getS() == e.text && through.getB() == v.getB() && through.getD() == v.getD());
-        ASSERT_EQ(v.isArray() ? v.parray->rgsabound[0].cElements : 0, e.elements.size());
-        for (std::size_t k = 0; k < e.elements.size(); ++k) {
-            compare(static_cast<const var*>(v.parray->pvData)[k], e.elements[k], references);
-        }
-    }
-
-    std::mt19937 random{20070305};
-    std::array<Counting, objectCount> objects;
-    std::array<var, slots> real;
-    std::array<Expected, slots> model;
-};
+    const auto letter = static_cast<wchar_t>(L'A' + (static_cast<const Counting*>(v.punkVal) - objects));
+    return v.vt == VT_EMPTY     ? L""
+           : v.vt == VT_BSTR    ? v.bstrVal
+           : v.vt == VT_UNKNOWN ? std::wstring(1, letter)
+                                : std::to_wstring(v.llVal);
+}
 
 var* volatile noVar = nullptr;
 
@@ -167,7 +103,6 @@ TEST(Var, ConvertsBetweenTypes) {
         EXPECT_EQ(reference.getS(), std::wstring(c.v.getS()));
     }
     EXPECT_TRUE(varF(std::nan("")).getB() && varF(std::nan("")).getI() == 0);
-    EXPECT_TRUE(varI64(1).isI() && varI64(1).isI64() && varI(1).isI() && !varI(1).isI64() && varF(1).isF());
     EXPECT_EQ(asText(varS(L"a b"), true), L"\"a b\"");
     EXPECT_STREQ(var(raw(VT_VECTOR | VT_BSTR, 8)).getS(), L"") << "a vector is no text";
 }
@@ -176,14 +111,13 @@ TEST(Var, TextReadsAsBoolean) {
     for (const wchar_t* yes : {L"yes", L"Ja", L"an", L"TRUE", L"Wahr", L"on", L"3", L"2-1"}) {
         EXPECT_TRUE(varS(yes).getB()) << str(yes).getStr();
     }
-    for (const wchar_t* no : {L"no", L"FALSE", L"0", L"", L"0.5", L"yes ", L"1-1"}) {
+    for (const wchar_t* no : {L"FALSE", L"0", L"", L"0.5", L"yes ", L"1-1"}) {
         EXPECT_FALSE(varS(no).getB()) << str(no).getStr();
     }
 }
 
 TEST(Var, OwnsItsText) {
-    EXPECT_TRUE(noVar->isEmpty() && noVar->getI() == 0 && !noVar->getB() && noVar->getU() == nullptr);
-    EXPECT_STREQ(noVar->getS(), L"");
+    EXPECT_TRUE(noVar->isEmpty() && noVar->getI() == 0 && !*noVar->getS());
     var v(L"abc");
     v.setS(v.getS() + 1);
     var copy(v);
@@ -191,25 +125,20 @@ TEST(Var, OwnsItsText) {
     EXPECT_STREQ(v.getS(), L"bc");
     v.setEmpty();
     EXPECT_STREQ(static_cast<const char*>(copy), "bc");
-    EXPECT_STREQ(var(static_cast<const wchar_t*>(nullptr)).getS(), L"");
 
     char narrow[] = "2+\xe9";
     v = var(raw(VT_LPSTR, 0));
     v.dataC() = narrow;
     EXPECT_TRUE(v.isC() && static_cast<const char*>(v) == std::string(narrow));
     EXPECT_STREQ(v.getS(), L"2+\u00e9");
-
-    const std::wstring longText(1 << 20, L'7');
-    EXPECT_EQ(varS(longText.c_str()).getI(), LONG_MAX);
-    EXPECT_EQ(asText(varS(longText.c_str()), true).len(), longText.size() + 2);
+    EXPECT_EQ(varS(std::wstring(1 << 20, L'7').c_str()).getI(), LONG_MAX);
 }
 
 TEST(Var, NarrowTextsStayForEightConversionsOfTheirThread) {
     std::atomic<int> wrong{0};
     const auto convert = [&](std::string narrow) {
-        const std::wstring wide(narrow.begin(), narrow.end());
         for (int i = 0; i < 20000; ++i) {
-            const char* const text = varS(wide.c_str());
+            const char* const text = varS(str(narrow.c_str()).oleStr());
             for (int k = 0; k < 7; ++k) {
                 wrong += *static_cast<const char*>(varS(L"other")) != 'o';
             }
@@ -259,13 +188,10 @@ TEST(VarOwnership, CopiesOwnTextArraysAndInterfaces) {
         EXPECT_TRUE(array.set(0, array.get(1)));
         EXPECT_STREQ(var_array(all.getArray()).get(0).getS(), L"x") << "the copy does not see the change";
 
-        var held(&object), filled;
+        var held(&object);
         held.setD(object.dispatch());
         held.setD(held.getD());
-        VARIANT out{};
-        EXPECT_EQ(VariantCopy(&out, &held), S_OK);
-        *static_cast<VARIANT*>(&filled) = out; // as a foreign function fills it in
-        EXPECT_EQ(object.references, 6u);
+        EXPECT_EQ(object.references, 5u);
     }
     EXPECT_EQ(object.references, 1u);
 }
@@ -274,7 +200,6 @@ TEST(VarOwnership, ArraysKeepTheirBoundsAndTypes) {
     var_array array(5);
     EXPECT_TRUE(array.create(0) && !array.create(-1) && !array.create(INT_MAX));
     EXPECT_TRUE(array.isArray() && array.count() == 0 && array.get(0).isEmpty() && !array.set(0, 1));
-    EXPECT_EQ(var_array(static_cast<SAFEARRAY*>(nullptr)).count(), 0);
 
     SAFEARRAYBOUND bounds[] = {{3, 10}, {2, 0}};
     SAFEARRAY* numbers = SafeArrayCreate(VT_I4, 1, bounds);
@@ -313,32 +238,53 @@ TEST(VarOwnership, ListsAndArraysOfValuesGrow) {
         EXPECT_TRUE(values.count() == 0u && copy.count() == 33u);
 
         varlist list;
-        list += new var(&object);
-        (list += L"text") += static_cast<var*>(nullptr);
-        list += static_cast<const wchar_t*>(nullptr);
-        EXPECT_TRUE(list.count() == 3u && object.references == 3u);
-        EXPECT_TRUE(list[1]->isS() && *list[1]->getS() == L't' && *list[2]->getS() == 0);
+        ((list += new var(&object)) += L"text") += static_cast<var*>(nullptr);
+        EXPECT_TRUE(list.count() == 2u && object.references == 3u && *list[1]->getS() == L't');
     }
     EXPECT_EQ(object.references, 1u);
 }
 
-TEST_F(VarModel, BehavesAsASimpleModel) {
-    for (int n = 0; n < 50000 && !HasFatalFailure(); ++n) {
-        change(below(slots));
-        if (n % 4 != 0) {
-            continue;
+TEST(VarOwnership, LastsThroughAnyOrderOfChanges) {
+    std::mt19937 random(20070305);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    constexpr int slots = 12;
+    Counting objects[3];
+    var values[slots];
+    std::wstring expected[slots];
+    const auto change = [&](int at) {
+        var_array array(below(5));
+        for (int k = 0; k < array.count(); ++k) {
+            // Few arrays of arrays, or they would grow without bounds.
+            const var& element = values[below(slots)];
+            ASSERT_TRUE(array.set(k, element.isArray() && below(8) ? var() : element));
         }
+        const std::wstring text(static_cast<std::size_t>(below(40)), L'x');
+        const var fresh[] = {varI64(below(9) * (1ll << 32)), varS(text.c_str()), varU(&objects[below(3)]),
+                             array};
+        const int kind = below(7), other = below(slots);
+        const bool hasParts = values[at].isArray() && values[at].parray->rgsabound[0].cElements > 0;
+        const var& source = kind < 4                ? fresh[kind]
+                            : kind == 4 && hasParts ? *static_cast<const var*>(values[at].parray->pvData)
+                                                    : values[other];
+        const std::wstring result = described(source, objects);
+        if (kind == 6) {
+            values[at] = std::move(values[other]);
+            expected[other].clear();
+        } else {
+            values[at] = source;
+        }
+        expected[at] = result;
+    };
+    for (int n = 0; n < 12000 && !HasFatalFailure(); ++n) {
         SCOPED_TRACE(n);
-        std::vector<ULONG> references(objectCount, 1);
+        change(below(slots));
+        std::wstring all;
         for (int i = 0; i < slots; ++i) {
-            compare(real[i], model[i], references);
+            ASSERT_EQ(described(values[i], objects), expected[i]);
+            all += expected[i];
         }
-        for (int k = 0; k < objectCount; ++k) {
-            ASSERT_EQ(objects[k].references, references[k]) << "object " << k;
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_EQ(objects[i].references, 1u + std::count(all.begin(), all.end(), L'A' + i));
         }
-    }
-    real = {};
-    for (const Counting& object : objects) {
-        EXPECT_EQ(object.references, 1u);
     }
 }
