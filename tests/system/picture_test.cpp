@@ -210,7 +210,7 @@ struct Renderer : vcore::vObject {
     Renderer() {
         refuses = keeps = false;
         filter.create(CLSID_VideoRenderer);
-        pin.attach(pinOf(*filter.ptr(), 0));
+        pin = pinOf(*filter.ptr(), 0);
         transport.ref(pin.ptr());
         dvFE.connect(L"playFault", this, this, &Renderer::onFault);
         dvFE.connect(L"playEvent", this, this, &Renderer::onEvent);
