@@ -9,9 +9,9 @@ usage() {
 endurance.sh [--target PRESET] [--plot] [ARGUMENTS...]
 
 Sets up what is missing, builds and runs marvo-endurance, which gets the arguments (--hours 48, --speed 40,
---seed 1; --help tells more). It records, replays and stops at random, compares every recording with the camera's
-stream, and notes after each session what the process holds, in out/endurance-PRESET.csv. Exit status 0 when no
-frame was missing or wrong.
+--seed 1; --help tells more). It records, replays and stops at random, compares every recording with the
+camera's stream, and notes after each session what the process holds, in out/endurance-PRESET.csv. Exit
+status 0 when no frame was missing or wrong.
 
   --target PRESET win32 (the default) or win64
   --plot          only draws docs/endurance.svg of the notes that are there, with gnuplot
