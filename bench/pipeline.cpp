@@ -7,8 +7,8 @@ Pipeline::Pipeline(ForeignPin& sink, IMemAllocator* allocator, long long period_
     vvideo::dvMediaType type;
     type.initDVType(frameSize, true);
     type.setTimePerFrame(period_100ns);
-    recordPin_.attach(pinOf(record_, 0));
-    playPin_.attach(pinOf(play_, 0));
+    recordPin_ = pinOf(record_, 0);
+    playPin_ = pinOf(play_, 0);
     if (recordPin_->ReceiveConnection(&source_, type) != S_OK || !input_.ref(recordPin_.ptr()) ||
         FAILED(input_->NotifyAllocator(allocator, FALSE)) || !record_.init(ringFrames) ||
         !play_.init(record_.store(), type) || playPin_->Connect(&sink_, nullptr) != S_OK ||

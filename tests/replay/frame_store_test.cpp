@@ -45,17 +45,29 @@ std::string counts(const dvFrameStore& store) {
     return text.str();
 }
 
-/// A store on a disk that fails when it is told to, and what the store tells of its recordings.
-struct Faulty : vcore::vObject {
+/// A store with a ring, and what it is fed from.
+struct Ring {
     samples::Source source;
     dvFrameStore store;
+
+    explicit Ring(unsigned long frames) { EXPECT_TRUE(store.init(samples::palSize, 400000, frames)); }
+    /// Captures frames `first` to `last`.
+    bool capture(std::uint32_t first, std::uint32_t last) {
+        while (first <= last && source.addTo(store, first)) {
+            ++first;
+        }
+        return first > last;
+    }
+};
+
+/// The same on a disk that fails when it is told to, and what the store tells of its recordings.
+struct Faulty : vcore::vObject, Ring {
     FaultyDisk disk;
     std::string news;
 
-    explicit Faulty(unsigned long ringFrames) {
+    explicit Faulty(unsigned long ringFrames) : Ring(ringFrames) {
         store.connect(L"recError", this, this, &Faulty::onRecError);
         store.connect(L"recEnd", this, this, &Faulty::onRecEnd);
-        EXPECT_TRUE(store.init(samples::palSize, 400000, ringFrames));
     }
     void onRecError(unsigned long long frame, unsigned long long count, unsigned long error,
                     record_event event) {
@@ -64,19 +76,18 @@ struct Faulty : vcore::vObject {
         news += text.str();
     }
     void onRecEnd() { news += "end; "; }
-    /// Captures frames `first` to `last` and waits until `counter` stands at `value`.
+    using Ring::capture;
+    /// The same, and waits until `counter` stands at `value`.
     bool capture(std::uint32_t first, std::uint32_t last, std::uint64_t record_status::*counter,
                  std::uint64_t value) {
-        for (; first <= last; ++first) {
-            source.addTo(store, first);
-        }
-        return samples::eventually([&] { return store.recordStatus().*counter == value; });
+        return capture(first, last) &&
+               samples::eventually([&] { return store.recordStatus().*counter == value; });
     }
     /// Captures a frame whose write hangs.
     bool hangs(std::uint32_t seed) {
         disk.hanging = false;
         disk.fault = FaultyDisk::hangs;
-        return source.addTo(store, seed) && samples::eventually([&] { return disk.hanging.load(); });
+        return capture(seed, seed) && samples::eventually([&] { return disk.hanging.load(); });
     }
 };
 
@@ -89,8 +100,7 @@ TEST(FrameStore, NumbersFramesAndKeepsTheNewest) {
     vvideo::dvFrame frame(samples::palSize, nullptr);
     EXPECT_FALSE(store.findFrame(~0ull) || store.get(&frame, ~0ull)) << "an empty slot has no number";
     for (std::uint32_t k = 0; k < 12; ++k) {
-        ASSERT_TRUE(source.addTo(store, k));
-        EXPECT_EQ(store.lastFrame(), k + 1);
+        ASSERT_TRUE(source.addTo(store, k) && store.lastFrame() == k + 1);
     }
     EXPECT_FALSE(store.get(&frame, 6)) << "frame 11 took its slot";
     for (std::uint32_t k = 7; k < 12; ++k) {
@@ -193,7 +203,7 @@ struct FarStore : dvFrameStore {
     using dvFrameStore::continueAt;
 };
 
-TEST(FrameStore, RecordsFramesWithNumbersBehind32Bits) {
+TEST(FrameStore, RecordsFramesWithNumbersBehind32BitsUpToTheLimit) {
     constexpr unsigned long long distant = (1ull << 32) - 4;
     struct Listener : vcore::vObject {
         std::atomic<unsigned long long> written = 0;
@@ -215,68 +225,41 @@ TEST(FrameStore, RecordsFramesWithNumbersBehind32Bits) {
         EXPECT_FALSE(store.get(&frame, 2)) << "as a 32-bit number it would be frame 6";
         store.stopRecord();
         EXPECT_EQ(store.writtenFrame(), distant + 9);
+        EXPECT_EQ(counts(store), "9 taken, 7 written, 0 lost, 0 failed, 2 beyond, complete");
         EXPECT_GE(listener.written, distant);
         expectRecorded(0, 7, file);
     }
 }
 
 TEST(FrameStore, WritesEveryFrameAndBeginsEachRecordingAtZero) {
-    samples::Source source;
-    dvFrameStore store;
-    EXPECT_FALSE(store.startRecord(name)) << "no ring yet";
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
-    for (std::uint32_t recording = 0; recording < 5; ++recording) {
-        const wchar_t* file = recording % 2 == 0 ? name : aviName;
-        ASSERT_TRUE(source.addTo(store, 999));
-        ASSERT_TRUE(store.startRecord(file));
-        EXPECT_EQ(store.lastFrame(), 0u);
-        EXPECT_EQ(store.findFrame(0), nullptr) << "no frame of the time before";
-        for (std::uint32_t k = 0; k < 30; ++k) {
-            ASSERT_TRUE(source.addTo(store, recording * 100 + k));
-        }
-        store.stopRecord();
-        EXPECT_EQ(store.writtenFrame(), 30u) << "a stop writes what was captured by then";
-        EXPECT_EQ(counts(store), "30 taken, 30 written, 0 lost, 0 failed, 0 beyond, complete");
-        vvideo::dvFrame frame(samples::palSize, nullptr);
-        EXPECT_TRUE(store.get(&frame, 29)) << "the ring outlives the recording";
-        expectRecorded(recording * 100, 30, file);
-    }
-}
-
-TEST(FrameStore, StopsWritingAtTheLimit) {
-    samples::Source source;
-    dvFrameStore store;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
-    store.setMaxFilesize(4);
-    for (const wchar_t* file : {name, aviName}) {
-        ASSERT_TRUE(store.startRecord(file));
-        for (std::uint32_t k = 0; k < 10; ++k) {
-            ASSERT_TRUE(source.addTo(store, k));
-        }
-        EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 10; }));
-        store.stopRecord();
-        EXPECT_EQ(counts(store), "10 taken, 4 written, 0 lost, 0 failed, 6 beyond, complete");
-        expectRecorded(0, 4, file);
+    Ring f(50);
+    for (std::uint32_t first = 0; first < 500; first += 100) {
+        const wchar_t* file = first % 200 == 0 ? name : aviName;
+        ASSERT_TRUE(f.capture(999, 999) && f.store.startRecord(file));
+        EXPECT_EQ(f.store.lastFrame(), 0u);
+        EXPECT_EQ(f.store.findFrame(0), nullptr) << "no frame of the time before";
+        ASSERT_TRUE(f.capture(first, first + 29));
+        f.store.stopRecord();
+        EXPECT_EQ(f.store.writtenFrame(), 30u) << "a stop writes what was captured by then";
+        EXPECT_EQ(counts(f.store), "30 taken, 30 written, 0 lost, 0 failed, 0 beyond, complete");
+        EXPECT_TRUE(f.store.findFrame(29)) << "the ring outlives the recording";
+        expectRecorded(first, 30, file);
     }
 }
 
 TEST(FrameStore, ARefusedRecordingLosesNothing) {
-    samples::Source source;
-    dvFrameStore store;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 50));
-    ASSERT_TRUE(store.startRecord(name));
-    ASSERT_TRUE(source.addTo(store, 5));
+    Ring f(50);
+    ASSERT_TRUE(f.store.startRecord(name) && f.capture(5, 5));
     for (const wchar_t* refused :
          {static_cast<const wchar_t*>(nullptr), L"no such folder\\x.dv", L"", L"no such folder\\x.AVI.dv"}) {
-        EXPECT_FALSE(store.startRecord(refused));
-        EXPECT_TRUE(store.recordStatus().firstError == ERROR_CANNOT_MAKE &&
-                    *store.recordStatus().firstErrorText);
-        EXPECT_FALSE(store.running());
-        EXPECT_EQ(store.lastFrame(), 1u);
-        EXPECT_EQ(std::wstring(store.fileName()), name);
+        EXPECT_FALSE(f.store.startRecord(refused));
+        const record_status status = f.store.recordStatus();
+        EXPECT_TRUE(status.firstError == ERROR_CANNOT_MAKE && *status.firstErrorText);
+        EXPECT_TRUE(!f.store.running() && f.store.lastFrame() == 1);
+        EXPECT_EQ(std::wstring(f.store.fileName()), name);
     }
     expectRecorded(5, 1);
-    EXPECT_TRUE(store.startRecord(L".avi at the beginning is no AVI file"));
+    EXPECT_TRUE(f.store.startRecord(L".avi at the beginning is no AVI file"));
 }
 
 /// Holds the writer up in its first report until `go`, and notes backlog and priority of every report.
@@ -294,19 +277,14 @@ struct Watcher : vcore::vObject {
 
 TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
     Watcher watcher;
-    samples::Source source;
-    dvFrameStore store;
-    ASSERT_TRUE(store.init(samples::palSize, 400000, 30));
-    store.connect(L"poolInfo", &watcher, &watcher, &Watcher::onPoolInfo);
-    ASSERT_TRUE(store.startRecord(name));
-    ASSERT_TRUE(source.addTo(store, 0));
+    Ring f(30);
+    f.store.connect(L"poolInfo", &watcher, &watcher, &Watcher::onPoolInfo);
+    ASSERT_TRUE(f.store.startRecord(name) && f.capture(0, 0));
     ASSERT_TRUE(samples::eventually([&] { return watcher.reached.load(); }));
-    for (std::uint32_t k = 1; k < 25; ++k) {
-        ASSERT_TRUE(source.addTo(store, k));
-    }
+    ASSERT_TRUE(f.capture(1, 24));
     watcher.go.set();
-    EXPECT_TRUE(samples::eventually([&] { return store.writtenFrame() == 25; }));
-    store.done();
+    EXPECT_TRUE(samples::eventually([&] { return f.store.writtenFrame() == 25; }));
+    f.store.done();
     ASSERT_EQ(watcher.seen.size(), 25u);
     EXPECT_EQ(watcher.seen[1], std::pair(24ul, THREAD_PRIORITY_NORMAL)) << "unchanged until there is need";
     // A report shows what the one before it has led to.
@@ -319,7 +297,7 @@ TEST(FrameStore, RaisesItsPriorityWithTheBacklog) {
 TEST(FrameStore, AStalledDiskHoldsUpNobodyAndLosesNothingThatIsWritten) {
     Faulty f(5);
     ASSERT_TRUE(f.store.startRecord(name) && f.capture(6, 6, &record_status::written, 1) && f.hangs(7));
-    ASSERT_TRUE(f.source.addTo(f.store, 8));
+    ASSERT_TRUE(f.capture(8, 8));
     f.store.done();
     ASSERT_TRUE(f.store.running()) << "held up for longer than it is waited for";
     EXPECT_EQ(counts(f.store), "3 taken, 1 written, 0 lost, 0 failed, 0 beyond, some waiting, recording");
@@ -333,9 +311,7 @@ TEST(FrameStore, AStalledDiskHoldsUpNobodyAndLosesNothingThatIsWritten) {
     EXPECT_TRUE(f.store.startRecord(name)) << "kills the writer";
     EXPECT_EQ(f.news, "end; end; ");
     f.disk.fault = FaultyDisk::none;
-    for (std::uint32_t seed = 10; seed < 14; ++seed) {
-        ASSERT_TRUE(f.source.addTo(f.store, seed));
-    }
+    ASSERT_TRUE(f.capture(10, 13));
     f.store.stopRecord();
     expectRecorded(10, 4);
     EXPECT_TRUE(DeleteFileW(L"frame_store_test.killed.dv"));
@@ -381,7 +357,7 @@ TEST(FrameStore, WhatTheRingGoesOverIsCountedAndTold) {
     ASSERT_TRUE(f.hangs(15) && f.capture(16, 17, &record_status::taken, 18));
     f.store.flush();
     f.disk.fault = FaultyDisk::none;
-    ASSERT_TRUE(f.source.addTo(f.store, 18));
+    ASSERT_TRUE(f.capture(18, 18));
     f.store.stopRecord();
     EXPECT_EQ(counts(f.store), "19 taken, 8 written, 11 lost, 0 failed, 0 beyond, complete")
         << "two were thrown away";
@@ -419,7 +395,7 @@ TEST(FrameStore, WithoutMemoryItRecordsNothingOrLessButLives) {
         GTEST_SKIP() << "its memory cannot be made to fail";
     }
     Faulty f(50);
-    ASSERT_TRUE(f.source.addTo(f.store, 1));
+    ASSERT_TRUE(f.capture(1, 1));
     for (const auto& [call, refusal] : {std::pair("_aligned_malloc", reinterpret_cast<void*>(&noMemory)),
                                         {"CreateThread", reinterpret_cast<void*>(&noThread)}}) {
         const ImportPatch patch(engineModule(), call, refusal);

@@ -23,21 +23,15 @@ struct LiveFilter : testing::Test {
 
     void SetUp() override {
         init();
-        vwin::com_<IPin> output;
-        output.attach(pinOf(filter, 0));
-        ASSERT_EQ(output->Connect(&sink, nullptr), S_OK);
-        vwin::com_<IReferenceClock> clock;
-        clock.attach(systemClock());
-        filter.SetSyncSource(clock.ptr());
+        ASSERT_EQ(pinOf(filter, 0)->Connect(&sink, nullptr), S_OK);
+        filter.SetSyncSource(systemClock().ptr());
     }
 
     void TearDown() override {
         filter.done();
         filter.SetSyncSource(nullptr);
-        vwin::com_<IPin> output;
-        output.attach(pinOf(filter, 0));
         sink.Disconnect();
-        output->Disconnect();
+        pinOf(filter, 0)->Disconnect();
         EXPECT_EQ(sink.references(), 1);
     }
 
@@ -102,8 +96,7 @@ TEST_F(LiveFilter, RunsAgainWhenAReceiverHeldItsThreadForEver) {
             return ForeignPin::Receive(sample);
         }
     } receiver;
-    vwin::com_<IPin> output;
-    output.attach(pinOf(filter, 0));
+    const auto output = pinOf(filter, 0);
     output->Disconnect();
     ASSERT_EQ(output->Connect(&receiver, nullptr), S_OK);
     ASSERT_EQ(filter.Run(0), S_OK);

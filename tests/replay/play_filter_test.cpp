@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
 
 namespace {
 
@@ -67,16 +68,8 @@ struct PlayFilter : testing::Test {
         type.initDVType(samples::palSize, false);
         ASSERT_TRUE(filter.init(store, type));
         filter.setInfoDrain(drain.window, message, &drain.info);
-        run(receiver);
-    }
-
-    void run(ForeignPin& receiver) {
-        vwin::com_<IPin> output;
-        output.attach(pinOf(filter, 0));
-        ASSERT_EQ(output->Connect(&receiver, nullptr), S_OK);
-        vwin::com_<IReferenceClock> clock;
-        clock.attach(systemClock());
-        runBy(clock.ptr());
+        ASSERT_EQ(pinOf(filter, 0)->Connect(&receiver, nullptr), S_OK);
+        runBy(systemClock().ptr());
     }
 
     void runBy(IReferenceClock* clock) {
@@ -87,10 +80,8 @@ struct PlayFilter : testing::Test {
     void disconnect(ForeignPin& receiver) {
         filter.done();
         filter.SetSyncSource(nullptr);
-        vwin::com_<IPin> output;
-        output.attach(pinOf(filter, 0));
         receiver.Disconnect();
-        output->Disconnect();
+        pinOf(filter, 0)->Disconnect();
     }
 
     void TearDown() override {
@@ -135,11 +126,7 @@ TEST_F(PlayFilter, ShowsGrayBeforeTheFirstFrameAndThenTheNewest) {
     filter.setRecording(true);
     capture(0, 1);
     expectShown(0);
-    const auto first = sink.arrivals().front();
-    EXPECT_TRUE(first.discontinuity && first.syncPoint && !first.hasTime);
-    EXPECT_EQ(first.mediaStart, 0);
-    EXPECT_EQ(first.mediaStop, 400000);
-    EXPECT_FALSE(sink.arrivals()[1].discontinuity);
+    EXPECT_TRUE(sink.arrivals().front().discontinuity && !sink.arrivals().back().discontinuity);
     drain.next(1);
     EXPECT_TRUE(drain.info.recording);
     disconnect(sink);
@@ -187,19 +174,14 @@ TEST_F(PlayFilter, SpeedRepeatsSkipsAndHolds) {
     recording::write(name, 60);
     ASSERT_TRUE(filter.play(10, 49, name, 0.5, 100, 50));
     auto frames = drain.next(31);
-    // A busy machine may hold a frame for longer, but never shorten or skip one.
-    std::vector<size_t> ticks; // of each frame, but for the first and the last, which may be cut
-    for (size_t i = 1, begin = 0; i < frames.size(); ++i) {
-        if (frames[i] != frames[i - 1]) {
-            if (begin != 0) {
-                ticks.push_back(i - begin);
-            }
-            begin = i;
-            EXPECT_EQ(frames[i], frames[i - 1] == 49 ? 10 : frames[i - 1] + 1);
-        }
+    expectSteps(frames, 10, 40, 1);
+    std::map<unsigned long, int> ticks; // of each frame, but for the first and the last, which may be cut
+    for (size_t i = 0; i < frames.size(); ++i) {
+        ticks[frames[i]] += frames[i] != frames.front() && frames[i] != frames.back();
     }
-    ASSERT_FALSE(ticks.empty());
-    EXPECT_EQ(*std::min_element(ticks.begin(), ticks.end()), 2u) << "half speed";
+    // A busy machine may hold a frame for longer, but not all of them.
+    EXPECT_EQ(std::count_if(ticks.begin(), ticks.end(), [](const auto& t) { return t.second == 1; }), 0);
+    EXPECT_NE(std::count_if(ticks.begin(), ticks.end(), [](const auto& t) { return t.second == 2; }), 0);
     ASSERT_TRUE(filter.setSpeed(2.0));
     filter.seekFrame(10);
     drain.next(3);
@@ -404,9 +386,7 @@ TEST_F(PlayFilter, AClockWithoutTicksIsToldAndDoesNotStopThePicture) {
         EXPECT_EQ(filter.faults(), play_no_ticks);
         capture(frame, 1);
         expectShown(frame++);
-        vwin::com_<IReferenceClock> good;
-        good.attach(systemClock());
-        runBy(good.ptr());
+        runBy(systemClock().ptr());
         EXPECT_TRUE(told.ends(told.faults, 2 * frame, {play_no_ticks, 0}));
     }
     EXPECT_EQ(clock.count, 1);

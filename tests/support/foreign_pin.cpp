@@ -89,20 +89,20 @@ STDMETHODIMP ForeignPin::ReceiveMultiple(IMediaSample** samples, long count, lon
     return S_OK;
 }
 
-IPin* pinOf(IBaseFilter& filter, int index) {
+vwin::com_<IPin> pinOf(IBaseFilter& filter, int index) {
     vwin::com_<IEnumPins> pins;
     filter.EnumPins(pins.put());
     vwin::com_<IPin> pin;
     for (int i = 0; i <= index; ++i) {
         ULONG fetched = 0;
         if (pins->Next(1, pin.put(), &fetched) != S_OK) {
-            return nullptr;
+            return {};
         }
     }
-    return pin.detach();
+    return pin;
 }
 
-IReferenceClock* systemClock() {
+vwin::com_<IReferenceClock> systemClock() {
     static IReferenceClock* const shared = [] {
         IReferenceClock* clock = nullptr;
         CoInitializeEx(nullptr, COINIT_MULTITHREADED); // never undone, lest the clock's module be unloaded
@@ -110,8 +110,5 @@ IReferenceClock* systemClock() {
                          reinterpret_cast<void**>(&clock));
         return clock;
     }();
-    if (shared) {
-        shared->AddRef();
-    }
-    return shared;
+    return vwin::com_<IReferenceClock>(shared);
 }

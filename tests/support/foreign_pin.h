@@ -73,11 +73,10 @@ private:
     std::vector<Arrival> arrivals_;
 };
 
-/// The pin of a filter by its place in the enumeration, with a reference for the caller; null when there are
-/// not as many.
-IPin* pinOf(IBaseFilter& filter, int index);
+/// The pin of a filter by its place in the enumeration; none when there are not as many.
+vwin::com_<IPin> pinOf(IBaseFilter& filter, int index);
 
-/// The system's reference clock, with a reference for the caller. It is one for all tests and is never given
-/// up: Wine's clock, when it goes, waits for a thread of its own, and that thread misses the request to end,
-/// and sleeps for ever, when it comes before its first sleep, as it does on a busy machine.
-IReferenceClock* systemClock();
+/// The system's reference clock. It is one for all tests and is never given up: Wine's clock, when it goes,
+/// waits for a thread of its own, and that thread misses the request to end, and sleeps for ever, when it
+/// comes before its first sleep, as it does on a busy machine.
+vwin::com_<IReferenceClock> systemClock();

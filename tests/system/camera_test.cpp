@@ -2,23 +2,16 @@
 #include "tests/system/engine.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <mutex>
 
 namespace {
-
-double counter_ms() {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
 
 class Camera : public Engine {
 protected:
     std::mutex lock;
     std::vector<std::string> told;
     unsigned long gap_ms = 0;
-    double lost_ms = 0;
 
     void SetUp() override {
         Engine::SetUp();
@@ -54,16 +47,13 @@ protected:
         ASSERT_TRUE(dvFE.startRecord(recording));
     }
 
-    /// Which frames of its stream the camera has delivered; notes when it was lost last.
-    std::vector<size_t> deliveries() {
+    /// Which frames of its stream the camera has delivered.
+    static std::vector<size_t> deliveries() {
         std::vector<size_t> frames;
         std::ifstream file("camera.log");
         for (std::string line; std::getline(file, line);) {
             unsigned long number = 0, frame = 0;
-            double at_ms = 0;
-            if (std::sscanf(line.c_str(), "# device lost before frame %lu at %lf", &number, &at_ms) == 2) {
-                lost_ms = at_ms;
-            } else if (std::sscanf(line.c_str(), "%lu %lu %lf", &number, &frame, &at_ms) == 3) {
+            if (std::sscanf(line.c_str(), "%lu %lu", &number, &frame) == 2) {
                 frames.push_back(frame);
             }
         }
@@ -85,16 +75,11 @@ TEST_F(Camera, IsTakenUpAgainIntoTheSameRecording) {
     ASSERT_TRUE(heard(1));
     const unsigned long long first = dvFE.lastFrame();
     EXPECT_TRUE(pumpUntil([&] { return dvFE.playedFrame() + 1 == first; })) << "the last picture is shown";
-    ASSERT_TRUE(pumpUntil([&] { return dvFE.playedFrame() >= first; }));
-    const double shown_ms = counter_ms();
     ASSERT_TRUE(heard(2));
+    quick([&] { return pumpUntil([&] { return dvFE.playedFrame() >= first; }); }, 1000);
     EXPECT_EQ(all(), (std::vector{'L' + std::to_string(first - 1), 'B' + std::to_string(first)}));
     EXPECT_TRUE(gap_ms > 590 && gap_ms < 2000) << gap_ms;
     EXPECT_TRUE(dvFE.cameraState().state == dvCameraState::live && dvFE.cameraState().lost == 1);
-    deliveries();
-    const double back_ms = lost_ms + 600;
-    std::printf("live picture %.0f msec after the camera's return\n", shown_ms - back_ms);
-    EXPECT_LT(shown_ms - back_ms, 1000);
     ASSERT_TRUE(captured(first + 10));
     for (const bool fromFile : {false, true}) {
         ASSERT_TRUE(!fromFile || captured(first + 60)) << "the ring holds 50 frames";
@@ -145,16 +130,12 @@ TEST_F(Camera, DoesNotHoldUpCommandsWhileItIsOpened) {
     ASSERT_NO_FATAL_FAILURE(start("lose = 15:0\nopen = 5500\n", nullptr));
     ASSERT_TRUE(heard(1));
     pump(300);
-    const auto quick = [](auto command) { EXPECT_LT(samples::elapsed_ms(command), 1500u); };
-    quick([] { EXPECT_TRUE(dvFE.live() && dvFE.replay(0, 5, nullptr)); });
-    quick([] {
-        dvFE.stopRecord();
-        EXPECT_TRUE(dvFE.startRecord(nullptr));
-    });
-    quick([&] { EXPECT_TRUE(dvFE.init(window, false) && dvFE.showWindow(window)); });
+    quick([] { return dvFE.live() && dvFE.replay(0, 5, nullptr); }, 1500);
+    quick([] { return dvFE.stopRecord(), dvFE.startRecord(nullptr); }, 1500);
+    quick([&] { return dvFE.init(window, false) && dvFE.showWindow(window); }, 1500);
     nextTicks(10);
     EXPECT_EQ(dvFE.cameraState().state, dvCameraState::gone) << "no tick waits for the camera";
-    EXPECT_LT(samples::elapsed_ms([] { dvFE.done(); }), 5000u);
+    quick([] { return dvFE.done(), true; });
     EXPECT_NE(log().find("the device does not answer"), std::string::npos);
     useCamera("pal.dv", "");
     ASSERT_TRUE(dvFE.init(window, false)) << log();

@@ -30,8 +30,7 @@ protected:
 
     void SetUp() override {
         logBegin = std::ifstream("marvo.log", std::ios::binary | std::ios::ate).tellg();
-        window = CreateWindowExW(0, L"STATIC", L"marvo test", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800,
-                                 700, nullptr, nullptr, nullptr, nullptr);
+        window = makeWindow();
         dvFE.setRecFile(L"system_test.dv");
         dvFE.setPlayFile(L"system_test.dv");
         dvFE.setInfoDrain(window, drainMessage, &info);
@@ -43,6 +42,11 @@ protected:
         dvFE.done();
         DestroyWindow(window);
         pump(0);
+    }
+
+    static HWND makeWindow() {
+        return CreateWindowExW(0, L"STATIC", L"marvo test", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 700,
+                               nullptr, nullptr, nullptr, nullptr);
     }
 
     static std::string streamPath(const std::string& stream) {
@@ -97,78 +101,68 @@ protected:
         ticks.back().frame = frame;
     }
 
+    /// Gives a command, which has to succeed, and must not hold up its caller.
+    template <class Command>
+    static void quick(Command command, ULONGLONG limit_ms = 5000) {
+        EXPECT_LT(samples::elapsed_ms([&] { EXPECT_TRUE(command()); }), limit_ms);
+    }
+
     bool captured(unsigned long long frames) {
         return pumpUntil([=] { return dvFE.lastFrame() >= frames; });
     }
 
-    /// The frames of the next `count` ticks.
-    std::vector<unsigned long long> nextTicks(size_t count) {
+    /// The frames of the ticks from now on until `enough` holds.
+    template <class Enough>
+    std::vector<unsigned long long> ticksUntil(Enough enough) {
+        std::vector<unsigned long long> frames;
         pump(60);
         ticks.clear();
-        pumpUntil([&] { return ticks.size() >= count; });
-        std::vector<unsigned long long> frames;
-        for (const play_info& tick : ticks) {
-            frames.push_back(tick.frame);
-        }
+        EXPECT_TRUE(pumpUntil([&] {
+            frames.clear();
+            for (const play_info& tick : ticks) {
+                frames.push_back(tick.frame);
+            }
+            return enough(frames);
+        })) << frames.size()
+            << " ticks";
         return frames;
+    }
+
+    /// The frames of the next `count` ticks.
+    std::vector<unsigned long long> nextTicks(size_t count) {
+        return ticksUntil([=](const auto& frames) { return frames.size() >= count; });
     }
 
     /// The frames of the ticks from now on until `count` different ones have been shown.
     std::vector<unsigned long long> ticksUntilShown(size_t count) {
-        pump(60);
-        ticks.clear();
-        std::set<unsigned long long> shown;
-        EXPECT_TRUE(pumpUntil([&] {
-            shown.clear();
-            for (const play_info& tick : ticks) {
-                shown.insert(tick.frame);
-            }
-            return shown.size() >= count;
-        })) << shown.size()
-            << " different frames were shown, not " << count;
-        std::vector<unsigned long long> frames;
-        for (const play_info& tick : ticks) {
-            frames.push_back(tick.frame);
-        }
-        return frames;
-    }
-
-    static std::vector<std::string> readFrames(const std::string& file, size_t recordSize, size_t offset,
-                                               size_t size) {
-        std::ifstream in(file, std::ios::binary);
-        std::vector<std::string> frames;
-        std::string record(recordSize, '\0');
-        while (in.read(record.data(), static_cast<std::streamsize>(recordSize))) {
-            frames.push_back(record.substr(offset, size));
-        }
-        return frames;
-    }
-
-    static std::vector<std::string> readAviFrames(const std::string& name, size_t size) {
-        dvAVIFile file;
-        std::vector<std::string> frames;
-        EXPECT_TRUE(file.open(vcore::str(name.c_str()).oleStr()));
-        std::string slot(file.getAVIFrameSize(), '\0');
-        for (unsigned long k = 0; k < file.frames(); ++k) {
-            EXPECT_TRUE(file.readFrame(slot.data(), file.getAVIFrameSize(), k)) << k;
-            frames.push_back(slot.substr(8, size));
-        }
-        return frames;
+        return ticksUntil(
+            [=](const auto& frames) { return std::set(frames.begin(), frames.end()).size() >= count; });
     }
 
     /// Which frames of the stream a recording holds.
-    static std::vector<size_t> recordedFrames(const std::string& recording, const std::string& stream,
+    static std::vector<size_t> recordedFrames(const std::string& name, const std::string& stream,
                                               size_t frameSize) {
         std::map<std::string, size_t> place;
-        for (const auto& frame : readFrames(streamPath(stream), frameSize, 0, frameSize)) {
+        std::ifstream sent(streamPath(stream), std::ios::binary);
+        for (std::string frame(frameSize, '\0'); sent.read(frame.data(), std::ssize(frame));) {
             place.emplace(frame, place.size());
         }
         std::vector<size_t> frames;
-        for (const auto& frame :
-             recording.find(".avi") != std::string::npos
-                 ? readAviFrames(recording, frameSize)
-                 : readFrames(recording, (frameSize + 8 + 511) / 512 * 512, 8, frameSize)) {
-            frames.push_back(place.count(frame) ? place[frame] : ~size_t{0});
+        std::string record((frameSize + 8 + 511) / 512 * 512, '\0');
+        const auto note = [&] {
+            const auto found = place.find(record.substr(8, frameSize));
+            frames.push_back(found == place.end() ? ~size_t{0} : found->second);
+        };
+        if (dvAVIFile avi; name.ends_with(".avi")) {
+            EXPECT_TRUE(avi.open(vcore::str(name.c_str()).oleStr()));
+            for (unsigned long k = 0; k < avi.frames(); ++k) {
+                EXPECT_TRUE(avi.readFrame(record.data(), static_cast<unsigned long>(record.size()), k)) << k;
+                note();
+            }
+            return frames;
+        }
+        for (std::ifstream raw(name, std::ios::binary); raw.read(record.data(), std::ssize(record));) {
+            note();
         }
         return frames;
     }

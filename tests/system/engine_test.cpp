@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <thread>
 
 namespace {
 
@@ -18,10 +17,10 @@ protected:
         EXPECT_GT(dvFE.lastFrame(), 0u);
         EXPECT_FALSE(devicesFree());
 
-        ASSERT_TRUE(captured(40));
+        ASSERT_TRUE(captured(20));
         ASSERT_TRUE(dvFE.startRecord(nullptr));
-        EXPECT_LT(dvFE.lastFrame(), 40u) << "numbers begin again";
-        ASSERT_TRUE(captured(60));
+        EXPECT_LT(dvFE.lastFrame(), 20u) << "numbers begin again";
+        ASSERT_TRUE(captured(40));
         EXPECT_TRUE(info.recording);
         EXPECT_FALSE(dvFE.playing());
         EXPECT_TRUE(pumpUntil([] { return dvFE.lastFrame() - dvFE.playedFrame() <= 5; })) << "live follows";
@@ -34,7 +33,7 @@ protected:
         ASSERT_TRUE(dvFE.replay(10, 29, nullptr));
         expectLoop(ticksUntilShown(20), 10, 29);
         dvFE.setSpeed(-0.5);
-        ticksUntilShown(20);
+        ticksUntilShown(10);
 
         dvFE.pause();
         dvFE.seekPosition(25);
@@ -48,7 +47,7 @@ protected:
         dvFE.stopRecord();
         const unsigned long long written = dvFE.writtenFrame();
         EXPECT_TRUE(pumpUntil([this] { return !info.recording; }));
-        EXPECT_EQ(expectRecordingFollows("system_test.dv", stream, frameSize, 60), written);
+        EXPECT_EQ(expectRecordingFollows("system_test.dv", stream, frameSize, 40), written);
         dvFE.done();
         EXPECT_TRUE(devicesFree()) << "a reference is left on a foreign filter";
         EXPECT_NE(log().find("frames captured at"), std::string::npos);
@@ -65,17 +64,12 @@ TEST_F(WholeRun, Ntsc) {
 
 class Commands : public PictureEngine {};
 
-TEST_F(Commands, ASecondInitOnlyShowsTheVideo) {
-    ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(captured(20));
-    ASSERT_TRUE(dvFE.init(window, false));
-    EXPECT_GE(dvFE.lastFrame(), 20u) << "the graphs went on";
-}
-
-TEST_F(Commands, DoneEndsTheSession) {
+TEST_F(Commands, ASecondInitOnlyShowsTheVideoAndDoneEndsTheSession) {
     ASSERT_TRUE(dvFE.init(window, false));
     ASSERT_TRUE(dvFE.startRecord(nullptr));
-    ASSERT_TRUE(pumpUntil([&] { return info.recording; }));
+    ASSERT_TRUE(captured(20) && pumpUntil([&] { return info.recording; }));
+    ASSERT_TRUE(dvFE.init(window, false));
+    EXPECT_GE(dvFE.lastFrame(), 20u) << "the graphs went on";
     dvFE.done();
     EXPECT_EQ(dvFE.lastFrame(), ~0ull);
     EXPECT_EQ(dvFE.writtenFrame(), ~0ull);
@@ -103,6 +97,7 @@ TEST_F(Commands, AnElementIsReplayedFromItsMarkers) {
 }
 
 TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
+    useCamera("pal.dv", "speed = 2\n");
     ASSERT_TRUE(dvFE.init(window, false));
     for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
         ASSERT_TRUE(dvFE.startRecord(file));
@@ -121,12 +116,12 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
             std::function<bool()> command;
             unsigned long long from, to;
         } table[] = {
-            {"a range", [&] { return dvFE.playinit(window, 30, 10, name.c_str()); }, 10, 30},
-            {"backward", [] { return dvFE.setSpeed(-1); }, 10, 30},
-            {"slowly", [] { return dvFE.setSpeed(0.5); }, 10, 30},
-            {"held", [] { return dvFE.pause() && dvFE.seekPosition(25); }, 25, 25},
-            {"stopped", [] { return dvFE.resume() && dvFE.seekPosition(28) && dvFE.setSpeed(0); }, 28, 28},
-            {"outside", [] { return dvFE.seekPosition(28 + 2 * 21); }, 28, 28},
+            {"a range", [&] { return dvFE.playinit(window, 18, 10, name.c_str()); }, 10, 18},
+            {"backward", [] { return dvFE.setSpeed(-1); }, 10, 18},
+            {"slowly", [] { return dvFE.setSpeed(0.5); }, 10, 18},
+            {"held", [] { return dvFE.pause() && dvFE.seekPosition(15); }, 15, 15},
+            {"stopped", [] { return dvFE.resume() && dvFE.seekPosition(17) && dvFE.setSpeed(0); }, 17, 17},
+            {"outside", [] { return dvFE.seekPosition(17 + 2 * 9); }, 17, 17},
             {"another range", [] { return dvFE.replay(3, 9, nullptr); }, 3, 9},
             {"of another file", [&] { return dvFE.replay(5, 8, L"system_test.dv"); }, 5, 8},
             {"an element", [] { return dvFE.call("XI07011") && dvFE.call("XO07014") && dvFE.playElement(7); },
@@ -142,7 +137,10 @@ TEST_F(Commands, PlayOnlyAnswersEveryCommand) {
         for (const auto& row : table) {
             SCOPED_TRACE(row.what);
             EXPECT_TRUE(row.command());
-            pumpUntil([&] { return info.from == row.from || !dvFE.playing(); }, 1000);
+            EXPECT_TRUE(pumpUntil([&] {
+                const unsigned long long shown = dvFE.playedFrame();
+                return !dvFE.playing() || (shown >= row.from && shown <= row.to);
+            }));
             pump(200); // what is on its way
             const auto frames = ticksUntilShown(row.to - row.from + 1);
             EXPECT_EQ(*std::min_element(frames.begin(), frames.end()), row.from);
@@ -170,32 +168,32 @@ TEST_F(Commands, AFileThatIsCutWhileItPlaysIsTold) {
             ++calls;
         }
     } host;
+    useCamera("pal.dv", "speed = 2\n");
     dvFE.connect(L"playError", &host, &host, &std::remove_reference_t<decltype(host)>::onError);
     ASSERT_TRUE(dvFE.init(window, false));
-    for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
-        ASSERT_TRUE(dvFE.startRecord(file));
-        ASSERT_TRUE(captured(120)); // so that the ring has lost the first ones
-        dvFE.stopRecord();
-        ASSERT_TRUE(dvFE.replay(10, 39, file));
-        ticksUntilShown(5);
-        host.calls = 0;
-        recording::resize(file, 25ull * 148000);
-        ASSERT_TRUE(pumpUntil([&] { return host.calls == 1; }));
-        EXPECT_TRUE(host.last == dvFE.playError() && host.last.error == ERROR_HANDLE_EOF);
-        EXPECT_EQ(host.last.first + host.last.frames, 40u);
-        EXPECT_TRUE(pumpUntil([&] { return dvFE.playedFrame() + 1 == host.last.first; }))
-            << "the last good one";
-        EXPECT_LT(samples::elapsed_ms([] { dvFE.live(); }), 2000u);
-        EXPECT_TRUE(moves(window) && host.calls == 2 && host.last.frames == 0 &&
-                    dvFE.playError().frames == 0);
-        EXPECT_NE(log().find("replay: frames"), std::string::npos);
-    }
+    constexpr wchar_t file[] = L"system_test.avi";
+    ASSERT_TRUE(dvFE.startRecord(file));
+    ASSERT_TRUE(captured(100)); // so that the ring has lost the first ones
+    dvFE.stopRecord();
+    ASSERT_TRUE(dvFE.replay(10, 39, file));
+    ticksUntilShown(5);
+    recording::resize(file, 25ull * 148000);
+    ASSERT_TRUE(pumpUntil([&] { return host.calls == 1; }));
+    EXPECT_TRUE(host.last == dvFE.playError() && host.last.error == ERROR_HANDLE_EOF);
+    EXPECT_EQ(host.last.first + host.last.frames, 40u);
+    EXPECT_TRUE(pumpUntil([&] { return dvFE.playedFrame() + 1 == host.last.first; })) << "the last good one";
+    quick([] { return dvFE.live(); }, 2000);
+    EXPECT_TRUE(moves(window) && host.calls == 2 && host.last.frames == 0 && dvFE.playError().frames == 0);
+    EXPECT_NE(log().find("replay: frames"), std::string::npos);
     dvFE.disconnect(&host);
 }
 
-TEST_F(Commands, ARecordingIsReplayedWhileItIsMade) {
+TEST_F(Commands, ARecordingOfAnUnsteadyCameraIsReplayedWhileItIsMade) {
+    useCamera("pal.dv", "speed = 2\nburst = 10\nstall = 40:600\n");
     ASSERT_TRUE(dvFE.init(window, false));
-    for (const wchar_t* file : {L"system_test.dv", L"system_test.avi"}) {
+    for (const std::string name : {"system_test.dv", "system_test.avi"}) {
+        const vcore::str wide(name.c_str());
+        const wchar_t* const file = wide.oleStr();
         ASSERT_TRUE(dvFE.startRecord(file));
         ASSERT_TRUE(captured(30));
         ASSERT_TRUE(dvFE.replay(0, 9, file));
@@ -208,44 +206,13 @@ TEST_F(Commands, ARecordingIsReplayedWhileItIsMade) {
         EXPECT_EQ(*std::max_element(frames.begin(), frames.end()), 79u);
         EXPECT_FALSE(dvFE.replay(0, 9, L"no such file.avi"));
         dvFE.stopRecord();
+        EXPECT_EQ(expectRecordingFollows(name, "pal.dv", 144000, 140), dvFE.writtenFrame());
     }
-    EXPECT_EQ(expectRecordingFollows("system_test.avi", "pal.dv", 144000, 140), dvFE.writtenFrame());
     AviInspector inspector;
     ASSERT_TRUE(inspector.run(L"system_test.avi", {}));
     for (const auto& fault : inspector.faults()) {
         ADD_FAILURE() << fault.offset << ": " << vcore::str(fault.text).getStr();
     }
-}
-
-TEST_F(Commands, EveryConcurrentQueryAnswers) {
-    ASSERT_TRUE(dvFE.init(window, false));
-    std::atomic<bool> stop = false;
-    std::vector<std::thread> askers;
-    for (int i = 0; i < 3; ++i) {
-        askers.emplace_back([&stop] {
-            while (!stop) {
-                dvFE.getTime();
-                dvFE.getRawTime();
-                dvFE.playing();
-                dvFE.frameCount();
-                dvFE.cameraState();
-                dvFE.writtenFrame();
-            }
-        });
-    }
-    ASSERT_TRUE(dvFE.startRecord(nullptr));
-    for (int i = 0; i < 10; ++i) {
-        dvFE.replay(static_cast<unsigned long long>(i), static_cast<unsigned long long>(i + 5), nullptr);
-        dvFE.setSpeed(i - 5);
-        pump(60);
-        dvFE.live();
-    }
-    stop = true;
-    for (auto& asker : askers) {
-        asker.join();
-    }
-    dvFE.stopRecord();
-    expectRecordingFollows("system_test.dv", "pal.dv", 144000, 15);
 }
 
 } // namespace

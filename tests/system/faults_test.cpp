@@ -23,15 +23,6 @@ TEST_F(Faults, ACameraWithoutPictureIsNoFailure) {
     EXPECT_NE(log().find("init result: 0 frames captured at 5000 msec"), std::string::npos);
 }
 
-TEST_F(Faults, StallsBurstsAndDropsLoseNothing) {
-    useCamera("pal.dv", "burst = 10\nstall = 40:600\n");
-    ASSERT_TRUE(dvFE.init(window, false));
-    ASSERT_TRUE(dvFE.startRecord(nullptr));
-    ASSERT_TRUE(captured(80));
-    dvFE.stopRecord();
-    EXPECT_EQ(expectRecordingFollows("system_test.dv", "pal.dv", 144000, 80), dvFE.writtenFrame());
-}
-
 TEST_F(Faults, WithoutMemoryACommandIsRefusedAndTheEngineGoesOn) {
     ASSERT_TRUE(dvFE.init(window, false));
     ASSERT_TRUE(dvFE.startRecord(L"memory_test.avi"));

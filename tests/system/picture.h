@@ -18,19 +18,15 @@ protected:
         const HBITMAP bitmap = CreateCompatibleBitmap(source, width, height);
         const HGDIOBJ former = SelectObject(memory, bitmap);
         BitBlt(memory, 0, 0, width, height, source, part.left, part.top, SRCCOPY);
+        std::vector<COLORREF> seen;
+        for (int i = 0; i < points * points; ++i) {
+            seen.push_back(GetPixel(memory, width * (2 * (i % points) + 1) / (2 * points),
+                                    height * (2 * (i / points) + 1) / (2 * points)));
+        }
         SelectObject(memory, former);
-        BITMAPINFO info{{sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
-        std::vector<COLORREF> pixels(static_cast<size_t>(width * height));
-        GetDIBits(memory, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
         DeleteObject(bitmap);
         DeleteDC(memory);
         ReleaseDC(window, source);
-        std::vector<COLORREF> seen;
-        for (int i = 0; i < points * points; ++i) {
-            const int x = width * (2 * (i % points) + 1) / (2 * points);
-            const int y = height * (2 * (i / points) + 1) / (2 * points);
-            seen.push_back(pixels[static_cast<size_t>(y * width + x)] & 0xFFFFFF);
-        }
         return seen;
     }
 

@@ -8,57 +8,44 @@
 
 namespace {
 
-HWND makeWindow() {
-    return CreateWindowExW(0, L"STATIC", L"marvo test", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 50, 700, 600,
-                           nullptr, nullptr, nullptr, nullptr);
-}
-
-/// A thread that has a window, and pumps messages as long as it is told to.
-class WindowThread {
-public:
-    explicit WindowThread(std::function<void(HWND)> first = {}) {
-        thread_ = std::thread([=, this] {
-            window_ = makeWindow();
-            if (first) {
-                first(window_);
-            }
-            ready_ = true;
-            while (!stop_) {
-                MSG message;
-                while (pumps && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-                    DispatchMessageW(&message);
-                }
-                Sleep(2);
-            }
-        });
-        samples::eventually([&] { return ready_.load(); });
-    }
-    ~WindowThread() { end(); }
-    HWND window() const { return window_; }
-    /// Ends it, and with it, without a word to anybody, its windows.
-    void end() {
-        stop_ = true;
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-    }
-
-private:
-    std::atomic<HWND> window_ = nullptr;
-    std::atomic<bool> ready_ = false, stop_ = false;
-    std::thread thread_;
-
-public:
-    std::atomic<bool> pumps = true;
-};
-
 class Picture : public PictureEngine {
 protected:
-    /// How long a command took, which has to succeed.
-    template <class Command>
-    static ULONGLONG taken_ms(Command command) {
-        return samples::elapsed_ms([&] { EXPECT_TRUE(command()); });
-    }
+    /// A thread that has a window, and pumps messages as long as it is told to.
+    class WindowThread {
+    public:
+        explicit WindowThread(std::function<void(HWND)> first = {}) {
+            thread_ = std::thread([=, this] {
+                const HWND mine = makeWindow();
+                if (first) {
+                    first(mine);
+                }
+                window_ = mine;
+                while (!stop_) {
+                    MSG message;
+                    while (pumps && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                        DispatchMessageW(&message);
+                    }
+                    Sleep(2);
+                }
+            });
+            samples::eventually([&] { return window(); });
+        }
+        ~WindowThread() { end(); }
+        HWND window() const { return window_; }
+        /// Ends it, and with it, without a word to anybody, its windows.
+        void end() {
+            stop_ = true;
+            if (thread_.joinable()) {
+                thread_.join();
+            }
+        }
+        std::atomic<bool> pumps = true;
+
+    private:
+        std::atomic<HWND> window_ = nullptr;
+        std::atomic<bool> stop_ = false;
+        std::thread thread_;
+    };
 };
 
 TEST_F(Picture, StandsWhereTheHostWantsIt) {
@@ -89,7 +76,6 @@ TEST_F(Picture, StandsWhereTheHostWantsIt) {
         EXPECT_TRUE(isBare(window, {0, 0, 98, 240}) && moves(window, {100, 80, 320, 240}));
         dvFE.done();
         EXPECT_TRUE(isBare(window, clientOf(window)));
-        EXPECT_FALSE(dvFE.setSize(10, 10) || dvFE.setPos(1, 1));
         EXPECT_TRUE(dvFE.init(none, false)) << "capture does not need a window";
         EXPECT_FALSE(dvFE.visible());
         dvFE.done();
@@ -103,21 +89,21 @@ TEST_F(Picture, OfTheDeinterlacingRendererStandsThereToo) {
         const bool built = dvFE.init(window, false);
         EXPECT_EQ(built, log().find("error") == std::string::npos);
         EXPECT_NE(log().find("marvo created Mixing renderer 9"), std::string::npos);
-        for (HWND host : {window, HWND{makeWindow()}}) {
+        const HWND second = makeWindow();
+        for (const HWND host : {window, second}) {
+            if (!built) {
+                break;
+            }
             // Some systems do not draw it there: so its window, and that it takes the frames.
-            EXPECT_TRUE(!built || dvFE.showWindow(host));
+            EXPECT_TRUE(dvFE.showWindow(host));
             const HWND video = GetWindow(dvFE.handle(), GW_CHILD);
             const RECT area = clientOf(video), room = clientOf(host);
-            EXPECT_TRUE(!built ||
-                        (IsWindowVisible(video) && IsChild(host, video) && EqualRect(&area, &room)));
-            EXPECT_TRUE(!built || (captured(dvFE.lastFrame() + 10) && dvFE.playFaults() == 0));
-            EXPECT_TRUE(!built || pumpUntil([] { return dvFE.lastFrame() - dvFE.playedFrame() <= 5; }));
+            EXPECT_TRUE(IsWindowVisible(video) && IsChild(host, video) && EqualRect(&area, &room));
+            EXPECT_TRUE(captured(dvFE.lastFrame() + 10) && dvFE.playFaults() == 0);
+            EXPECT_TRUE(pumpUntil([] { return dvFE.lastFrame() - dvFE.playedFrame() <= 5; }));
         }
-        const HWND second = GetParent(dvFE.handle());
         dvFE.done();
-        if (second != window) {
-            DestroyWindow(second);
-        }
+        DestroyWindow(second);
     }
     dvFE.setDeinterlace(false);
     EXPECT_TRUE(devicesFree());
@@ -133,12 +119,12 @@ TEST_F(Picture, ComesBackWhenTheHostsWindowIsGone) {
     EXPECT_TRUE(moves(window)) << "the host has destroyed its window";
     {
         WindowThread host;
-        EXPECT_LT(taken_ms([&] { return dvFE.showWindow(host.window()); }), 5000u);
+        quick([&] { return dvFE.showWindow(host.window()); });
         EXPECT_TRUE(moves(host.window())) << "a window of another thread";
         host.end();
         pump(50);
         EXPECT_FALSE(dvFE.showWindow(host.window()));
-        EXPECT_LT(taken_ms([&] { return dvFE.hideWindow() && dvFE.showWindow(window); }), 5000u);
+        quick([&] { return dvFE.hideWindow() && dvFE.showWindow(window); });
         EXPECT_TRUE(moves(window)) << "that thread is gone";
     }
     dvFE.done();
@@ -147,7 +133,7 @@ TEST_F(Picture, ComesBackWhenTheHostsWindowIsGone) {
     host.end(); // the front end's own window and the renderer's were this thread's
     dvFE.setInfoDrain(window, drainMessage, &info);
     const unsigned long long recorded = dvFE.writtenFrame();
-    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 5000u);
+    quick([&] { return dvFE.showWindow(window); });
     EXPECT_TRUE(moves(window)) << "the thread of the commands is gone";
     EXPECT_TRUE(pumpUntil([&] { return dvFE.writtenFrame() > recorded + 5 && info.recording; }));
     dvFE.stopRecord();
@@ -168,18 +154,14 @@ TEST_F(Picture, GoesOnWhileTheHostPumpsNoMessages) {
     EXPECT_TRUE(moves(busy.window()));
     busy.pumps = false;
     dvFE.setInfoDrain(busy.window(), drainMessage, &info);
-    EXPECT_LT(taken_ms([&] {
-                  return !dvFE.setSize(300, 200) && !dvFE.setPos(5, 5) && !dvFE.showWindow(window) &&
-                         dvFE.hideWindow();
-              }),
-              5000u)
-        << "moving windows there would take as long as the thread is busy";
-    EXPECT_LT(taken_ms([&] { return dvFE.replay(5, 20, nullptr) && dvFE.live(); }), 5000u);
+    // Moving windows there would take as long as the thread is busy.
+    quick([&] { return !dvFE.setSize(300, 200) && !dvFE.setPos(5, 5) && !dvFE.showWindow(window); });
+    quick([] { return dvFE.hideWindow() && dvFE.replay(5, 20, nullptr) && dvFE.live(); });
     busy.pumps = true;
     EXPECT_TRUE(pumpUntil([&] { return dvFE.showWindow(window); }));
     EXPECT_TRUE(moves(window));
     busy.pumps = false;
-    EXPECT_LT(taken_ms([&] { return !dvFE.showWindow(busy.window()); }), 5000u);
+    quick([&] { return !dvFE.showWindow(busy.window()); });
     EXPECT_TRUE(moves(window));
     dvFE.setInfoDrain(window, drainMessage, &info);
 }
@@ -210,7 +192,7 @@ struct Renderer : vcore::vObject {
     Renderer() {
         refuses = keeps = false;
         filter.create(CLSID_VideoRenderer);
-        pin.attach(pinOf(*filter.ptr(), 0));
+        pin = pinOf(*filter.ptr(), 0);
         transport.ref(pin.ptr());
         dvFE.connect(L"playFault", this, this, &Renderer::onFault);
         dvFE.connect(L"playEvent", this, this, &Renderer::onEvent);
@@ -259,10 +241,10 @@ TEST_F(Picture, ComesBackWhenTheRendererHasFailed) {
     EXPECT_TRUE(moves(window)) << "by itself";
     Renderer::keeps = true;
     EXPECT_TRUE(pumpUntil([] { return dvFE.playFaults() == play_held_up; }));
-    EXPECT_LT(taken_ms([&] { return dvFE.replay(0, 9, nullptr) && dvFE.setSpeed(1) && dvFE.live(); }), 5000u);
+    quick([] { return dvFE.replay(0, 9, nullptr) && dvFE.setSpeed(1) && dvFE.live(); });
     // A thread that is killed inside foreign filters would leave their references behind for the next tests.
     std::thread letGo([] { Sleep(500), Renderer::keeps = false; });
-    EXPECT_LT(taken_ms([&] { return dvFE.showWindow(window); }), 5000u);
+    quick([&] { return dvFE.showWindow(window); });
     letGo.join();
     EXPECT_TRUE(moves(window) && dvFE.playFaults() == 0);
     for (const long code : {EC_DISPLAY_CHANGED, EC_USERABORT, EC_ERRORABORT}) {
