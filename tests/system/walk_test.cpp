@@ -1,3 +1,4 @@
+#include "tests/support/faulty_disk.h"
 #include "tests/support/rounds.h"
 #include "tests/system/engine.h"
 
@@ -22,7 +23,8 @@ struct Model {
     unsigned long long in = 0, out = 0; ///< range of the replay
     std::array<std::optional<long>, 128> ins, outs;
     std::string recording; ///< being made; empty: none
-    long long limit = -1;
+    /// Places at which its frames need not follow each other: the disk failed, or the camera was away.
+    unsigned long breaks = 0;
 
     void goLive() {
         paused = replaying = false;
@@ -36,13 +38,14 @@ struct Model {
     }
 };
 
-/// A walk through all commands at random, each held against the model, while other threads ask.
+/// A walk through all commands at random, each held against the model, while other threads ask, the disk and
+/// the camera fail at times, and a file is cut while it is replayed.
 class Walk : public Engine {
 protected:
     void SetUp() override {
         Engine::SetUp();
         useCamera("pal.dv", "speed = 4\n");
-        for (const char* name : {"walk0.dv", "walk1.avi", "finished.dv", "finished.avi"}) {
+        for (const char* name : {"walk0.dv", "walk1.avi", "finished.dv", "finished.avi", "cut.dv"}) {
             DeleteFileA(name);
         }
         dvFE.setMaxFilesize(0xFFFFFFFF);
@@ -120,6 +123,8 @@ private:
     }
 
     void build() {
+        const std::string loss = pick(0, 1) != 0 ? "lose = " + std::to_string(pick(50, 1500)) + ":200\n" : "";
+        useCamera("pal.dv", "speed = 4\n" + loss);
         EXPECT_TRUE(dvFE.init(window, false));
         if (!model_.capturing) {
             model_.goLive();
@@ -150,19 +155,54 @@ private:
         model_.ins.fill({});
         model_.outs.fill({});
         model_.recording = model_.capturing ? name : "";
+        model_.breaks = 0;
     }
 
     /// Gives a command that ends the recording that runs, if any, and looks at its file.
     template <class Give>
     void finishRecording(Give give) {
         const unsigned long long before = dvFE.lastFrame();
+        const unsigned long long failed = dvFE.recordStatus().failed;
+        const unsigned long breaks = model_.breaks + dvFE.cameraState().lost;
         give();
         if (model_.recording.empty()) {
             return;
         }
-        const size_t frames = expectRecordingFollows(model_.recording, "pal.dv", 144000, 0);
-        EXPECT_GE(frames, before) << model_.recording << " lacks what was captured before it was ended";
+        const auto frames = recordedFrames(model_.recording, "pal.dv", 144000);
+        EXPECT_GE(frames.size() + failed, before)
+            << model_.recording << " lacks what was captured before it was ended";
+        unsigned long found = 0;
+        for (size_t k = 1; k < frames.size(); ++k) {
+            found += frames[k] != (frames[k - 1] + 1) % 200;
+        }
+        EXPECT_LE(found, breaks) << model_.recording;
+        EXPECT_EQ(std::count(frames.begin(), frames.end(), ~size_t{0}), 0) << "none of the camera's";
         model_.recording.clear();
+    }
+
+    /// For a moment the disk takes nothing, or less than it says.
+    void failDisk() {
+        FaultyDisk::fault = pick(0, 1) != 0 ? FaultyDisk::full : FaultyDisk::takesHalf;
+        pump(pick(5, 80));
+        FaultyDisk::fault = FaultyDisk::none;
+        ++model_.breaks;
+    }
+
+    /// The end of a file goes while it is replayed.
+    void cutReplay() {
+        if (!model_.playable) {
+            return;
+        }
+        dvFE.live(); // lets the file go
+        EXPECT_TRUE(CopyFileW(L"finished.dv", L"cut.dv", FALSE));
+        EXPECT_TRUE(dvFE.replay(0, finishedFrames - 2, L"cut.dv"));
+        dvFE.setSpeed(pick(0, 1) != 0 ? 4 : -1);
+        pump(pick(0, 300));
+        std::error_code refused;
+        std::filesystem::resize_file("cut.dv", 5 * 144384, refused);
+        EXPECT_FALSE(refused);
+        pump(pick(0, 300));
+        goLive();
     }
 
     /// A range of a finished recording: from the file, all frames are there.
@@ -177,10 +217,12 @@ private:
 
     /// A range of the recording that is being made.
     void replayRunning() {
-        if (model_.recording.empty() || dvFE.writtenFrame() < 3) {
+        // Frames that failed leave no gap in the file.
+        const unsigned long long written = dvFE.recordStatus().written;
+        if (model_.recording.empty() || written < 3) {
             return;
         }
-        const unsigned long long newest = dvFE.writtenFrame() - 2;
+        const unsigned long long newest = written - 2;
         const auto from = pick(0, static_cast<unsigned long>(newest));
         EXPECT_TRUE(dvFE.replay(from, newest, vcore::str(model_.recording.c_str()).oleStr()));
         model_.startRange(from, newest);
@@ -278,6 +320,8 @@ private:
         EXPECT_EQ(dvFE.lastFrame() == ~0ull, !model_.capturing);
         const unsigned long long written = dvFE.writtenFrame();
         EXPECT_LE(written, dvFE.lastFrame());
+        const record_status status = dvFE.recordStatus();
+        EXPECT_LE(status.written + status.lost + status.failed + status.beyondLimit, status.taken);
     }
 
     /// A thread that asks what any thread may ask.
@@ -293,6 +337,9 @@ private:
             dvFE.playedFrame();
             dvFE.frameCount();
             dvFE.cameraState();
+            dvFE.recordStatus();
+            dvFE.playError();
+            dvFE.playFaults();
             dvFE.getTime();
             dvFE.getRawTime();
             Sleep(1);
@@ -301,6 +348,7 @@ private:
     }
 
     Model model_;
+    FaultyDisk disk_;
     std::mt19937 random_;
     std::deque<const char*> history_;
     std::vector<std::thread> askers_;
@@ -325,6 +373,8 @@ private:
         {"element", 6, [this] { playElement(); }},
         {"window", 6, [this] { window_(); }},
         {"set", 4, [this] { set(); }},
+        {"disk-fails", 2, [this] { failDisk(); }},
+        {"file-cut", 1, [this] { cutReplay(); }},
     };
 };
 
