@@ -19,10 +19,10 @@ enum play_fault : unsigned long {
 /// while a step lasts for ever.
 class DeliveryWatch {
 public:
-    /// What a step has changed: the faults that have begun and those that are over, as bits.
+    /// What a step has changed, in bits of `play_fault`.
     struct Change {
-        unsigned long begun = 0;
-        unsigned long over = 0;
+        unsigned long begun = 0; ///< faults that were not there before
+        unsigned long over = 0;  ///< faults that are no longer there
     };
 
     /// A delivery thread begins: what was told of the one before is over.
