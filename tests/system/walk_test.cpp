@@ -123,7 +123,7 @@ private:
     }
 
     void build() {
-        const std::string loss = pick(0, 1) != 0 ? "lose = " + std::to_string(pick(50, 1500)) + ":200\n" : "";
+        const std::string loss = pick(0, 1) != 0 ? "lose = " + std::to_string(pick(50, 500)) + ":200\n" : "";
         useCamera("pal.dv", "speed = 4\n" + loss);
         EXPECT_TRUE(dvFE.init(window, false));
         if (!model_.capturing) {
