@@ -100,19 +100,7 @@ double plainRate(Bench& bench) {
     const FrameBuffers records(16, recordSize(Stream::palFrame));
     const TemporaryFile file(L"bench_plain.bin");
     const int frames = bench.scaled(30000, 5000);
-    const vcore::handle handle(CreateFileW(file.name(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                           CREATE_ALWAYS, FILE_FLAG_NO_BUFFERING, nullptr));
-    const Stopwatch watch;
-    for (int i = 0; i < frames; ++i) {
-        DWORD done = 0;
-        if (!WriteFile(handle.get(), records[static_cast<size_t>(i)], static_cast<DWORD>(records.size()),
-                       &done, nullptr) ||
-            done != records.size()) {
-            throw std::runtime_error("the disk takes no more");
-        }
-    }
-    FlushFileBuffers(handle.get());
-    return frames * Engine::period_s / watch.seconds();
+    return frames * Engine::period_s / writeRecords(records, file, frames, 1);
 }
 
 } // namespace

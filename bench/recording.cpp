@@ -1,6 +1,6 @@
 #include "bench/recording.h"
 
-#include "bench/frame_buffers.h"
+#include "bench/stopwatch.h"
 #include "marvo.h"
 
 #include <cstring>
@@ -86,4 +86,26 @@ std::vector<long> identify(const wchar_t* recording, const Stream& stream,
         progress(static_cast<double>(k), static_cast<double>(records));
     }
     return frames;
+}
+
+double writeRecords(const FrameBuffers& records, const TemporaryFile& file, int frames, int flushCount) {
+    file.remove();
+    vcore::handle handle(CreateFileW(file.name(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                     FILE_FLAG_NO_BUFFERING, nullptr));
+    const Stopwatch watch;
+    int flushed = 0;
+    for (int i = 0; i < frames; ++i) {
+        DWORD done = 0;
+        if (!WriteFile(handle.get(), records[static_cast<size_t>(i)], static_cast<DWORD>(records.size()),
+                       &done, nullptr) ||
+            done != records.size()) {
+            throw std::runtime_error("the disk takes no more");
+        }
+        if ((i + 1) * flushCount / frames > flushed) {
+            FlushFileBuffers(handle.get());
+            ++flushed;
+        }
+    }
+    handle.reset();
+    return watch.seconds();
 }

@@ -2,6 +2,8 @@
 /// Recordings to measure with, and files that go when they are done with.
 #pragma once
 
+#include "bench/frame_buffers.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -58,3 +60,8 @@ std::string streamPath(const char* name);
 /// told the number of records read and their count. Throws std::runtime_error when the file cannot be read.
 std::vector<long> identify(const wchar_t* recording, const Stream& stream,
                            const std::function<void(double, double)>& progress);
+
+/// Writes `frames` records, unbuffered and in turn, to a new file, with `flushCount` flushes spread evenly.
+/// Returns the seconds from the first record until the file is closed. Throws std::runtime_error when the
+/// disk refuses one.
+double writeRecords(const FrameBuffers& records, const TemporaryFile& file, int frames, int flushCount);

@@ -88,29 +88,6 @@ private:
     dvFrameStore store_;
 };
 
-/// Seconds from the first record until the file is closed, with `flushCount` flushes spread evenly.
-double write(const FrameBuffers& records, const TemporaryFile& file, int frames, int flushCount) {
-    file.remove();
-    vcore::handle handle(CreateFileW(file.name(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                                     FILE_FLAG_NO_BUFFERING, nullptr));
-    const Stopwatch watch;
-    int flushed = 0;
-    for (int i = 0; i < frames; ++i) {
-        DWORD done = 0;
-        if (!WriteFile(handle.get(), records[static_cast<size_t>(i)], static_cast<DWORD>(records.size()),
-                       &done, nullptr) ||
-            done != records.size()) {
-            throw std::runtime_error("the disk takes no more");
-        }
-        if ((i + 1) * flushCount / frames > flushed) {
-            FlushFileBuffers(handle.get());
-            ++flushed;
-        }
-    }
-    handle.reset();
-    return watch.seconds();
-}
-
 /// A kind of recording, and how many bytes its file has beside the frames.
 struct Kind {
     const char* name;
@@ -141,7 +118,7 @@ void measureKind(Bench& bench, const Kind& kind) {
         flushCounts.push_back(flushes);
         return seconds;
     };
-    const auto baseline = [&] { return write(records, plain, frames, flushes); };
+    const auto baseline = [&] { return writeRecords(records, plain, frames, flushes); };
     const Comparison result = compare(rounds, engine, baseline);
 
     const std::string what = std::string("frames from the ring to the file, ") + kind.name;
