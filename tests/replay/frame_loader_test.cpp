@@ -83,6 +83,25 @@ TEST(FrameLoader, ReadsAheadInTheDirectionOfPlayAndOfAJump) {
     ASSERT_TRUE(loader.init(name, 0, 49, 8));
     EXPECT_TRUE(readsAhead(loader, 3, [&] { loader.expect(40); }, {40}))
         << "a seek would be shown one tick later";
+    dvFrameLoad small;
+    ASSERT_TRUE(small.init(name, 10, 49, 10));
+    const auto turn = [&] {
+        small.done(); // what an earlier try has left in the ring must not help
+        EXPECT_TRUE(small.init(name, 10, 49, 10));
+        for (unsigned long long number = 44; number > 31; --number) {
+            small.get(&frame, number);
+            Sleep(20);
+        }
+        small.get(&frame, 33);
+        small.get(&frame, 34);
+    };
+    EXPECT_TRUE(readsAhead(small, 44, turn, {35, 36, 37, 38}))
+        << "play that has turned round would catch the loader behind it";
+    const auto changeRange = [&] {
+        EXPECT_TRUE(small.init(name, 0, 9, 10) && arrives(small, 5) && small.init(name, 30, 49, 10));
+    };
+    EXPECT_TRUE(readsAhead(small, 40, changeRange, {30, 31, 32}))
+        << "the start of a new range is loaded before it is asked for";
 }
 
 TEST(FrameLoader, KeepsTheFileForTheNextRange) {
