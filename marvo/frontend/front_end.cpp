@@ -3,8 +3,8 @@
 #include "marvo/core/process_state.h"
 #include "marvo/core/text.h"
 #include "marvo/core/timed_guard.h"
-#include "marvo/frontend/picture_text.h"
 #include "marvo/frontend/refusal.h"
+#include "marvo/frontend/trouble_text.h"
 #include "marvo/recording/drive_search.h"
 
 #include <algorithm>
@@ -17,33 +17,6 @@ constexpr int backlogAllowance_frames = 25;
 constexpr int longestBreaker_ms = 20;
 
 constexpr unsigned long widgetStyle = 0x100000;
-
-/// The system's words for an error and its number, for the log.
-std::string inWords(unsigned long systemError) {
-    const vcore::str text(vcore::systemMessage(systemError).c_str());
-    return vcore::format("%s (%lu)", text.getStr(), systemError);
-}
-
-std::string inWords(record_event event, unsigned long long frame, unsigned long long frames,
-                    unsigned long systemError) {
-    switch (event) {
-    case record_event::failing:
-        return vcore::format("recording: frame %llu could not be written: %s", frame,
-                             inWords(systemError).c_str());
-    case record_event::recovered:
-        return vcore::format("recording: goes on with frame %llu, %s could not be written", frame,
-                             vcore::counted(frames, "frame").c_str());
-    case record_event::overrun:
-        return vcore::format(
-            "recording: the disk is too slow, frame %llu was overwritten before it was written", frame);
-    case record_event::caughtUp:
-        return vcore::format("recording: caught up at frame %llu, %s overwritten before", frame,
-                             vcore::counted(frames, "frame").c_str());
-    case record_event::incomplete:
-        return "recording: the file could not be completed: " + inWords(systemError);
-    }
-    return {};
-}
 
 } // namespace
 
@@ -617,19 +590,13 @@ void dvFrontEnd::onRecInfo(unsigned long long last, unsigned long long written, 
 
 void dvFrontEnd::onRecError(unsigned long long frame, unsigned long long frames, unsigned long systemError,
                             record_event event) {
-    log(inWords(event, frame, frames, systemError).c_str(), false);
+    log(frontend::recordingText(event, frame, frames, systemError).c_str(), false);
     emitSignal(L"recError", 24, frame, frames, systemError, event);
 }
 
 void dvFrontEnd::onRecEnd() {
-    const record_status status = recordStatus();
     const vcore::str name(recFilter().store().fileName());
-    log(vcore::format(
-            "recording ended: %s: %s taken, %llu written, %llu lost, %llu failed, %llu beyond the limit",
-            name.getStr(), vcore::counted(status.taken, "frame").c_str(), status.written, status.lost,
-            status.failed, status.beyondLimit)
-            .c_str(),
-        false);
+    log(frontend::totalsText(name.getStr(), recordStatus()).c_str(), false);
     emitSignal(L"recEnd", 0);
 }
 

@@ -1,4 +1,4 @@
-#include "marvo/frontend/picture_text.h"
+#include "marvo/frontend/trouble_text.h"
 
 #include "marvo/core/directshow.h"
 #include "marvo/core/str.h"
@@ -44,7 +44,41 @@ const char* wordsOf(long code) {
     return nullptr;
 }
 
+/// The system's words for an error, and its number.
+std::string inWords(unsigned long systemError) {
+    const vcore::str text(vcore::systemMessage(systemError).c_str());
+    return vcore::format("%s (%lu)", text.getStr(), systemError);
+}
+
 } // namespace
+
+std::string recordingText(record_event event, unsigned long long frame, unsigned long long frames,
+                          unsigned long systemError) {
+    const std::string missing = vcore::counted(frames, "frame");
+    switch (event) {
+    case record_event::failing:
+        return vcore::format("recording: frame %llu could not be written: ", frame) + inWords(systemError);
+    case record_event::recovered:
+        return vcore::format("recording: goes on with frame %llu, %s could not be written", frame,
+                             missing.c_str());
+    case record_event::overrun:
+        return vcore::format(
+            "recording: the disk is too slow, frame %llu was overwritten before it was written", frame);
+    case record_event::caughtUp:
+        return vcore::format("recording: caught up at frame %llu, %s overwritten before", frame,
+                             missing.c_str());
+    case record_event::incomplete:
+        return "recording: the file could not be completed: " + inWords(systemError);
+    }
+    return {};
+}
+
+std::string totalsText(const char* file, const record_status& status) {
+    return vcore::format(
+        "recording ended: %s: %s taken, %llu written, %llu lost, %llu failed, %llu beyond the limit", file,
+        vcore::counted(status.taken, "frame").c_str(), status.written, status.lost, status.failed,
+        status.beyondLimit);
+}
 
 std::string errorText(const char* file, const play_error& error) {
     if (error.frames == 0) {
@@ -53,16 +87,14 @@ std::string errorText(const char* file, const play_error& error) {
     const std::string frames =
         error.frames == 1 ? vcore::format("frame %llu", error.first)
                           : vcore::format("frames %llu to %llu", error.first, error.first + error.frames - 1);
-    vcore::str reason(vcore::systemMessage(error.error).c_str());
-    return "replay: " + frames + " of " + file + " cannot be read: " + reason.getStr() +
-           vcore::format(" (%lu)", static_cast<unsigned long>(error.error));
+    return "replay: " + frames + " of " + file + " cannot be read: " + inWords(error.error);
 }
 
 std::string faultText(unsigned long faults, bool begun) {
-    std::string text = begun ? "no picture:" : "picture again:";
+    std::string text = begun ? "no picture:" : "picture again after:";
     for (const Text& row : faultTexts) {
         if ((faults & static_cast<unsigned long>(row.value)) != 0) {
-            text += begun ? std::string(" ") + row.text : std::string(" no longer: ") + row.text;
+            text += std::string(" ") + row.text;
         }
     }
     return text;
