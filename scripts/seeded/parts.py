@@ -60,7 +60,8 @@ class Part:
         if self.name == THREAD_SAFETY:
             return []
         if self.is_script:
-            return ["marvo", "dvrec"] + ["marvo-recording-probe"] * self.name.startswith("interop")
+            engine = ["marvo-host", "marvo-devices"] * (self.name == "interop.faults")
+            return ["marvo", "dvrec", *engine] + ["marvo-recording-probe"] * self.name.startswith("interop")
         library = "marvo_guarded" if self.is_guarded() else "marvo"
         program = self.program + "-guarded" * self.is_guarded()
         is_static = self.name in ("avi", "avi.guard", "readers")
