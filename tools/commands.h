@@ -13,8 +13,9 @@ namespace dvrec {
 /// A command: how it is called, and what it does.
 struct Command {
     const char* name;
-    const char* files; ///< the file arguments, as the help shows them
-    size_t fileCount;
+    const char* files;   ///< the file arguments, as the help shows them
+    size_t fileCount;    ///< how many they are, or at least are
+    bool several;        ///< whether there may be more, each of which the command is done for
     const char* summary; ///< one line
     const char* details; ///< the rest of its help
     std::vector<std::string> options;

@@ -1,6 +1,7 @@
 #include "tools/image_file.h"
 
 #include "tools/failure.h"
+#include "tools/still.h"
 #include "tools/text.h"
 
 #include "marvo/com/com_ptr.h"
@@ -57,6 +58,11 @@ HRESULT encode(IWICImagingFactory& factory, const dvPicture& picture, const GUID
     }
     if (SUCCEEDED(result)) {
         result = frame->SetSize(picture.width, picture.height);
+    }
+    // Who shows the picture learns of its pixels' shape from this alone.
+    constexpr double dotsPerInch = 96;
+    if (SUCCEEDED(result)) {
+        result = frame->SetResolution(dotsPerInch / pixelAspect(picture), dotsPerInch);
     }
     WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
     if (SUCCEEDED(result)) {
