@@ -225,7 +225,8 @@ class Conversion(Case):
         self.dvrec("grab", f"{folder}/игра.avi", f"{folder}/a.png", "--frame", "1")
         found = self.dvrec("verify", f"{folder}/*.avi", f"{folder}/a.dv")
         self.assertEqual((found.count("no faults"), found.count("?")), (2, 0), found)
-        self.assertEqual({path.name for path in (self.folder / folder).iterdir()}, {"a.dv", "игра.avi", "a.png"})
+        self.assertEqual({path.name for path in (self.folder / folder).iterdir()},
+                         {"a.dv", "игра.avi", "a.png"})
 
     def test_what_lies_behind_4_gib(self):
         frames = stream("pal", 3)

@@ -50,8 +50,8 @@ def without_time_code(frame):
 
 
 def patched(frame, packs):
-    """The frame with other bytes in its VAUX and AAUX packs: `packs` has 4 bytes for a pack's type, None for those
-    that stay."""
+    """The frame with other bytes in its VAUX and AAUX packs: `packs` has 4 bytes for a pack's type, None for
+    those that stay."""
     made = bytearray(frame)
     vaux = [block * 80 + 3 + pack * 5 for block in (3, 4, 5) for pack in range(15)]
     aaux = [block * 80 + 3 for block in range(6, 150, 16)]
@@ -66,9 +66,9 @@ WIDE = {0x61: (None, 0xFA, None, None)}
 
 def rgb(file):
     """The first picture of any file that ffmpeg reads, as its lines in RGB."""
-    probe = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0",
-                            str(file)], capture_output=True, check=True, text=True).stdout
-    width, height = map(int, probe.strip().split(","))
+    probe = ["ffprobe", "-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0", str(file)]
+    sides = subprocess.run(probe, capture_output=True, check=True, text=True).stdout
+    width, height = map(int, sides.strip().split(","))
     pixels = ffmpeg("-i", file, "-frames:v", 1, "-f", "rawvideo", "-pix_fmt", "rgb24", "-")
     return [pixels[line * width * 3:(line + 1) * width * 3] for line in range(height)]
 
