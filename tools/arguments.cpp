@@ -107,6 +107,8 @@ private:
     void takeValue(const std::string& name, const std::wstring& text) {
         if (name == "sector") {
             result_.sector = sectorSize(name, text);
+        } else if (name == "clip") {
+            result_.clip = text;
         } else if (name == "field") {
             result_.upperField = isUpperField(text);
         } else {
@@ -125,12 +127,15 @@ private:
 } // namespace
 
 Arguments readArguments(const std::vector<std::wstring>& words, const std::vector<std::string>& options,
-                        size_t files, bool more) {
+                        size_t least, size_t most) {
     Arguments arguments = Reader(words, options).read();
     const size_t given = arguments.files.size();
-    if (!arguments.help && (more ? given < files : given != files)) {
-        refuse("This command takes " + counted(files, "file") + (more ? " or more" : "") + ", and " +
-               std::to_string(arguments.files.size()) + " were given.");
+    if (!arguments.help && (given < least || given > most)) {
+        const std::string taken = most == least ? counted(least, "file")
+                                  : most == anyNumber
+                                      ? counted(least, "file") + " or more"
+                                      : std::to_string(least) + " or " + counted(most, "file");
+        refuse("This command takes " + taken + ", and " + std::to_string(given) + " were given.");
     }
     return arguments;
 }

@@ -34,21 +34,10 @@ void report(const Written& written, unsigned long long first, const Arguments& a
 } // namespace
 
 ExitStatus exportRange(const Arguments& arguments) {
-    const recording::KindRow* const row = isPipe(arguments.files[1])
-                                              ? &rowOf(recording::Kind::stream)
-                                              : recording::rowOfExtension(arguments.files[1].c_str());
-    if (!row) {
-        std::string extensions;
-        for (const recording::KindRow& other : recording::kinds()) {
-            const bool first = extensions.empty() || *other.extension == '\0';
-            extensions += (first ? "" : " and ") + std::string(other.extension);
-        }
-        throw Failure{ExitStatus::usage, quoted(arguments.files[1]) + " ends with none of " + extensions +
-                                             ", so what it should become is not clear."};
-    }
+    const recording::KindRow& row = kindOfExport(arguments.files[1]);
     const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
     const Range range = rangeOf(*from, arguments);
-    report(copyFrames(*from, range.first, range.last, row->kind, arguments), range.first, arguments);
+    report(copyFrames(*from, range.first, range.last, row.kind, arguments), range.first, arguments);
     return ExitStatus::fine;
 }
 

@@ -14,8 +14,8 @@ namespace dvrec {
 struct Command {
     const char* name;
     const char* files;   ///< the file arguments, as the help shows them
-    size_t fileCount;    ///< how many they are, or at least are
-    bool several;        ///< whether there may be more, each of which the command is done for
+    size_t leastFiles;   ///< how many they are at least
+    size_t mostFiles;    ///< and at most; `anyNumber` for a command that is done for each of them
     const char* summary; ///< one line
     const char* details; ///< the rest of its help
     std::vector<std::string> options;
@@ -38,5 +38,6 @@ ExitStatus exportRange(const Arguments& arguments);
 ExitStatus convert(const Arguments& arguments);
 ExitStatus repair(const Arguments& arguments);
 ExitStatus grab(const Arguments& arguments);
+ExitStatus clips(const Arguments& arguments);
 
 } // namespace dvrec

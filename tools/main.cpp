@@ -39,9 +39,10 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
     }
     try {
         const dvrec::Arguments arguments =
-            dvrec::readArguments(words, command->options, command->fileCount, command->several);
+            dvrec::readArguments(words, command->options, command->leastFiles, command->mostFiles);
         if (!arguments.help) {
-            return command->several ? forEachFile(arguments, command->run) : command->run(arguments);
+            return command->mostFiles == dvrec::anyNumber ? forEachFile(arguments, command->run)
+                                                          : command->run(arguments);
         }
         std::fputs(helpFor(*command).c_str(), stdout);
         return dvrec::ExitStatus::fine;

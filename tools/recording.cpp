@@ -76,6 +76,21 @@ std::unique_ptr<recording::SearchedReader> openDamaged(const std::wstring& name,
     return found;
 }
 
+const recording::KindRow& kindOfExport(const std::wstring& out) {
+    const recording::KindRow* const row =
+        isPipe(out) ? &rowOf(recording::Kind::stream) : recording::rowOfExtension(out.c_str());
+    if (!row) {
+        std::string extensions;
+        for (const recording::KindRow& other : recording::kinds()) {
+            const bool first = extensions.empty() || *other.extension == '\0';
+            extensions += (first ? "" : " and ") + std::string(other.extension);
+        }
+        throw Failure{ExitStatus::usage, quoted(out) + " ends with none of " + extensions +
+                                             ", so what it should become is not clear."};
+    }
+    return *row;
+}
+
 void allocate(recording::RecordBuffer& buffer, unsigned long bytes) {
     if (!buffer.allocate(bytes)) {
         throw Failure{ExitStatus::cannotRead, "There is not enough memory for a frame of " +

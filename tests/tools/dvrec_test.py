@@ -429,6 +429,46 @@ class Grab(Case):
         self.assertEqual(self.names(), {"a.dv"})
 
 
+class Clips(Case):
+    def test_they_are_listed_and_exported(self):
+        frames = stream("pal", 6)
+        self.file("игра.raw", raw(frames))
+        self.assertEqual(self.json("clips", "игра.raw"), {"file": "игра.raw", "clips": [], "findings": []})
+        self.file("игра.raw.clips", ("marvo clips 1: игра.raw\n1\t3\t2024-02-29 21:58:59.120\tTor: 1/0?\n"
+                                     "rubbish\n5\t5\t-\tПроверка\n").encode())
+        listed = self.json("clips", "игра.raw")
+        self.assertEqual(listed["clips"], [
+            {"number": 1, "name": "Tor: 1/0?", "from": 1, "to": 3, "duration": 0.12,
+             "recorded": "2024-02-29 21:58:59"},
+            {"number": 2, "name": "Проверка", "from": 5, "to": 5, "duration": 0.04, "recorded": ""}])
+        self.assertEqual(len(listed["findings"]), 1)
+        self.assertIn("rubbish", listed["findings"][0])
+        self.assertRegex(self.dvrec("clips", "игра.raw"), r"2 clips\s+1 .*frames 1 to 3 .*Tor: 1/0\?\s+2 ")
+        self.dvrec("clips", "игра.raw", "all *.dv")
+        self.assertEqual(self.read("all 01 Tor_ 1_0_.dv"), b"".join(frames[1:4]))
+        self.assertEqual(self.read("all 02 Проверка.dv"), frames[5])
+        for clip in ("2", "Проверка"):
+            made = self.json("clips", "игра.raw", "one.avi", "--clip", clip, "--force")
+            self.assertEqual([one["out"] for one in made["clips"]], ["one.avi"])
+            self.assertEqual(recordings.frames_of(self.folder / "one.avi"), frames[5])
+
+    def test_what_cannot_be_done_is_said(self):
+        self.file("a.dv", stream("pal", 2))
+        self.file("a.dv.clips", b"marvo clips 1: a.dv\n0\t1\t-\tfirst\n1\t2\t-\tbeyond\n")
+        self.file("b.dv", stream("pal", 2))
+        self.file("b.dv.clips", b"marvo clips 1: a.dv\n0\t1\t-\tfirst\n")
+        self.file("c.dv", stream("pal", 1))
+        for status, arguments, reason in (
+                (USAGE, "a.dv out.dv", "There are 2 clips"), (USAGE, "a.dv out.dv --clip third", "no clip 'third'"),
+                (USAGE, "a.dv out.mov --clip 1", "none of .avi and .dv"), (USAGE, "a.dv - --clip 1", "a file and not"),
+                (USAGE, "c.dv *.dv", "no clips to export"), (USAGE, "a.dv *.dv x", "takes 1 or 2 files, and 3"),
+                (CANNOT_READ, "a.dv *.dv", "Clip 2 ends with frame 2, and the recording has 2"),
+                (CANNOT_READ, "b.dv", "'b.dv.clips': The clip list names another file, a.dv"),
+                (CANNOT_WRITE, "a.dv b.dv --clip 1", "it exists")):
+            self.assertIn(reason, self.dvrec("clips", *arguments.split(), status=status))
+        self.assertEqual(self.names(), {"a.dv", "a.dv.clips", "b.dv", "b.dv.clips", "c.dv"})
+
+
 class Refusals(Case):
     def test_each_has_its_status_and_reason(self):
         self.file("a.dv", stream("pal", 3))
@@ -516,7 +556,7 @@ class Refusals(Case):
 
     def test_help_tells_all_commands_and_their_options(self):
         overview = self.dvrec("--help")
-        for command in ("info", "verify", "export", "convert", "repair", "grab"):
+        for command in ("info", "verify", "export", "convert", "repair", "grab", "clips"):
             self.assertIn(f"dvrec {command} ", overview)
             self.assertIn("Options:", self.dvrec(command, "--help"))
         self.assertIn("--from PLACE", self.dvrec("export", "--help"))
