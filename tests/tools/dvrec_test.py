@@ -459,9 +459,12 @@ class Clips(Case):
         self.file("b.dv.clips", b"marvo clips 1: a.dv\n0\t1\t-\tfirst\n")
         self.file("c.dv", stream("pal", 1))
         for status, arguments, reason in (
-                (USAGE, "a.dv out.dv", "There are 2 clips"), (USAGE, "a.dv out.dv --clip third", "no clip 'third'"),
-                (USAGE, "a.dv out.mov --clip 1", "none of .avi and .dv"), (USAGE, "a.dv - --clip 1", "a file and not"),
-                (USAGE, "c.dv *.dv", "no clips to export"), (USAGE, "a.dv *.dv x", "takes 1 or 2 files, and 3"),
+                (USAGE, "a.dv out.dv", "There are 2 clips"),
+                (USAGE, "a.dv out.dv --clip third", "no clip 'third'"),
+                (USAGE, "a.dv out.mov --clip 1", "none of .avi and .dv"),
+                (USAGE, "a.dv - --clip 1", "a file and not"),
+                (USAGE, "c.dv *.dv", "no clips to export"),
+                (USAGE, "a.dv *.dv x", "takes 1 or 2 files, and 3"),
                 (CANNOT_READ, "a.dv *.dv", "Clip 2 ends with frame 2, and the recording has 2"),
                 (CANNOT_READ, "b.dv", "'b.dv.clips': The clip list names another file, a.dv"),
                 (CANNOT_WRITE, "a.dv b.dv --clip 1", "it exists")):
