@@ -13,28 +13,33 @@ namespace {
     throw Failure{ExitStatus::usage, sentence};
 }
 
-unsigned long number(const std::string& option, const std::wstring& text) {
-    constexpr size_t mostDigits = 10;
-    unsigned long long value = 0;
-    bool decimal = !text.empty() && text.size() <= mostDigits;
-    for (size_t i = 0; decimal && i < text.size(); ++i) {
-        decimal = text[i] >= L'0' && text[i] <= L'9';
-        value = value * 10 + static_cast<unsigned>(text[i] - L'0');
+Position position(const std::string& option, const std::wstring& text) {
+    const std::optional<Position> read = Position::read(text);
+    if (!read) {
+        refuse("--" + option +
+               " takes a frame's number, a time (0:12.5), a time code (01:02:03:20) or a time of day "
+               "(@21:58:59), not " +
+               quoted(text) + ".");
     }
-    if (!decimal || value > 0xFFFFFFFFull) {
-        refuse("--" + option + " takes a whole number from 0, not " + quoted(text) + ".");
-    }
-    return static_cast<unsigned long>(value);
+    return *read;
 }
 
 unsigned long sectorSize(const std::string& option, const std::wstring& text) {
-    const unsigned long value = number(option, text);
     constexpr unsigned long largest = 0x10000;
-    if (value == 0 || value > largest || (value & (value - 1)) != 0) {
-        refuse("--" + option + " takes the bytes of a sector, a power of two up to 65536, not " +
-               quoted(text) + ".");
+    for (unsigned long size = 1; size <= largest; size *= 2) {
+        if (text == std::to_wstring(size)) {
+            return size;
+        }
     }
-    return value;
+    refuse("--" + option + " takes the bytes of a sector, a power of two up to 65536, not " + quoted(text) +
+           ".");
+}
+
+bool isUpperField(const std::wstring& text) {
+    if (text != L"top" && text != L"bottom") {
+        refuse("--field takes 'top' or 'bottom', not " + quoted(text) + ".");
+    }
+    return text == L"top";
 }
 
 /// Reads the words one by one.
@@ -48,7 +53,7 @@ public:
         while (next_ < words_.size()) {
             const std::wstring& word = words_[next_++];
             if (onlyFiles || word.size() < 2 || word[0] != L'-') {
-                result_.files.push_back(word);
+                result_.files.push_back(openable(word));
             } else if (word == L"--") {
                 onlyFiles = true;
             } else {
@@ -72,13 +77,13 @@ private:
             }
             *flag = true;
         } else {
-            takeNumber(name, equals != std::wstring::npos ? word.substr(equals + 1) : nextWord(name));
+            takeValue(name, equals != std::wstring::npos ? word.substr(equals + 1) : nextWord(name));
         }
     }
 
     std::wstring nextWord(const std::string& name) {
         if (next_ == words_.size()) {
-            refuse("--" + name + " needs a number behind it.");
+            refuse("--" + name + " needs a value behind it.");
         }
         return words_[next_++];
     }
@@ -93,18 +98,23 @@ private:
         if (name == "force") {
             return &result_.force;
         }
+        if (name == "square") {
+            return &result_.square;
+        }
         return name == "help" ? &result_.help : nullptr;
     }
 
-    void takeNumber(const std::string& name, const std::wstring& text) {
+    void takeValue(const std::string& name, const std::wstring& text) {
         if (name == "sector") {
             result_.sector = sectorSize(name, text);
-        } else if (name == "from") {
-            result_.from = number(name, text);
-        } else if (name == "to") {
-            result_.to = number(name, text);
+        } else if (name == "clip") {
+            result_.clip = text;
+        } else if (name == "field") {
+            result_.upperField = isUpperField(text);
         } else {
-            result_.frame = number(name, text);
+            (name == "from" ? result_.from
+             : name == "to" ? result_.to
+                            : result_.frame) = position(name, text);
         }
     }
 
@@ -117,11 +127,15 @@ private:
 } // namespace
 
 Arguments readArguments(const std::vector<std::wstring>& words, const std::vector<std::string>& options,
-                        size_t files) {
+                        size_t least, size_t most) {
     Arguments arguments = Reader(words, options).read();
-    if (!arguments.help && arguments.files.size() != files) {
-        refuse("This command takes " + counted(files, "file") + ", and " +
-               std::to_string(arguments.files.size()) + " were given.");
+    const size_t given = arguments.files.size();
+    if (!arguments.help && (given < least || given > most)) {
+        const std::string taken = most == least ? counted(least, "file")
+                                  : most == anyNumber
+                                      ? counted(least, "file") + " or more"
+                                      : std::to_string(least) + " or " + counted(most, "file");
+        refuse("This command takes " + taken + ", and " + std::to_string(given) + " were given.");
     }
     return arguments;
 }

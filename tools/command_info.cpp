@@ -1,17 +1,16 @@
 #include "tools/commands.h"
+#include "tools/head_reader.h"
 #include "tools/json_writer.h"
 #include "tools/progress.h"
 #include "tools/recording.h"
+#include "tools/sound_notes.h"
 #include "tools/text.h"
 #include "tools/time_code_gaps.h"
 
+#include "marvo/dv/frame_notes.h"
 #include "marvo/dv/recorded_at.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
-#include <utility>
-#include <vector>
 
 namespace dvrec {
 
@@ -24,18 +23,37 @@ struct CameraNotes {
     TimeCodeGaps timeCode;
     std::string firstRecorded;
     std::string lastRecorded;
+    std::string codec; ///< these by the first frame
+    dvAspect aspect;
+    dvFields fields;
+    SoundNotes sound;
 };
 
-vdv::FrameBytes readHead(const recording::Reader& from, unsigned long long frame,
-                         std::span<unsigned char> to) {
-    return to.first(from.readHead(frame, to.data(), to.size()));
+/// The codec in words: the family that the frame's header says, its rate and how it samples colour.
+std::string codecOf(vdv::FrameBytes frame) {
+    const vdv::System* const system = vdv::systemOf(static_cast<unsigned long>(frame.size()));
+    if (!system || frame.size() <= 4) {
+        return {};
+    }
+    const unsigned long channels = static_cast<unsigned long>(frame.size()) / system->frameBytes;
+    if (channels > 1) {
+        return format("DV %lu Mbit/s, 4:2:2", channels * 25);
+    }
+    // The application id: 0 is that of consumers' cameras.
+    const bool consumer = (frame[4] & 7) == 0;
+    return format("DV 25 Mbit/s, %s", system == &vdv::system625 && consumer ? "4:2:0" : "4:1:1");
 }
 
-/// Frames in whose start there is no time code are read further, if the first one has it further behind.
-size_t bytesToTimeCode(const recording::Reader& from, std::span<unsigned char> memory) {
-    const vdv::FrameBytes first = readHead(from, 0, memory);
-    const size_t start = std::min<size_t>(first.size(), vdv::frameHeadBytes);
-    return TimeCode::read(first.first(start)) || !TimeCode::read(first) ? start : memory.size();
+std::string aspectText(const dvAspect& aspect) {
+    return format("%u:%u", aspect.width, aspect.height);
+}
+
+/// The field order in the words that programs rely on.
+const char* fieldsName(const dvFields& fields) {
+    return !fields.known            ? "unknown"
+           : !fields.interlaced     ? "progressive"
+           : fields.upperFieldFirst ? "top first"
+                                    : "bottom first";
 }
 
 const vdv::System& systemOf(const recording::Reader& from) {
@@ -44,22 +62,26 @@ const vdv::System& systemOf(const recording::Reader& from) {
 }
 
 CameraNotes readNotes(const recording::Reader& from, Progress& progress) {
-    CameraNotes notes{TimeCodeGaps(systemOf(from).countedRate, mostGaps), {}, {}};
+    CameraNotes notes{TimeCodeGaps(systemOf(from).countedRate, mostGaps), {}, {}, {}, {}, {}, {}};
     const unsigned long long frames = from.frames();
     if (frames == 0) {
         return notes;
     }
-    std::vector<unsigned char> memory(from.frameSize());
-    const size_t needed = bytesToTimeCode(from, memory);
+    HeadReader reader(from);
     const unsigned long long bytes = from.fileBytes();
     for (unsigned long long frame = 0; frame < frames; ++frame) {
-        notes.timeCode.add(TimeCode::read(readHead(from, frame, std::span(memory).first(needed))));
+        notes.timeCode.add(TimeCode::read(reader.head(frame)));
         recording::Reader::Place place;
         from.place(frame, place);
         progress.update(place.offset, bytes);
     }
-    notes.firstRecorded = vdv::RecordedAt::read(readHead(from, 0, memory)).text();
-    notes.lastRecorded = vdv::RecordedAt::read(readHead(from, frames - 1, memory)).text();
+    notes.lastRecorded = vdv::RecordedAt::read(reader.whole(frames - 1)).text();
+    const vdv::FrameBytes first = reader.whole(0);
+    notes.firstRecorded = vdv::RecordedAt::read(first).text();
+    notes.codec = codecOf(first);
+    notes.aspect = dvFrameNotes::aspect(first.data(), first.size());
+    notes.fields = dvFrameNotes::fields(first.data(), first.size());
+    notes.sound = SoundNotes::read(first);
     return notes;
 }
 
@@ -95,15 +117,24 @@ void reportGaps(const TimeCodeGaps& notes, JsonWriter& json) {
 
 void reportJson(const recording::Reader& from, const CameraNotes& notes, const Arguments& arguments) {
     const recording::Reader::End end = from.end();
-    JsonWriter json;
+    JsonWriter json(arguments.lines);
     json.beginObject();
-    json.add("file", utf8(arguments.files[0]));
+    json.add("file", utf8Name(arguments.files[0]));
     json.add("kind", rowOf(from.kind()).identifier);
     json.add("system", from.frames() == 0 ? "" : systemOf(from).name);
     json.add("frames", from.frames());
     json.add("frameSize", from.frameSize());
     json.add("frameRate", systemOf(from).rate);
     json.add("duration", durationOf(from));
+    json.add("codec", notes.codec);
+    json.add("aspect", notes.aspect.known ? aspectText(notes.aspect) : "");
+    json.add("fields", fieldsName(notes.fields));
+    json.beginObject("sound");
+    json.add("rate", static_cast<unsigned long>(notes.sound.rate));
+    json.add("channels", static_cast<unsigned long>(notes.sound.channels));
+    json.add("bits", static_cast<unsigned long>(notes.sound.bits));
+    json.add("locked", notes.sound.locked);
+    json.end();
     json.add("size", from.fileBytes());
     json.add("state", stateName(end.state));
     json.add("stateDetails", end.text);
@@ -152,12 +183,16 @@ void printGaps(const TimeCodeGaps& notes) {
 
 void reportText(const recording::Reader& from, const CameraNotes& notes, const Arguments& arguments) {
     const recording::Reader::End end = from.end();
-    std::printf("'%s'\n", utf8(arguments.files[0]).c_str());
+    std::printf("%s\n", quoted(arguments.files[0]).c_str());
     printLine("kind", describe(from.kind()));
     const vdv::System& system = systemOf(from);
     printLine("system", from.frames() == 0 ? "unknown" : format("%s (%s)", system.name, system.broadcast));
     printLine("frames", format("%llu of %lu bytes", from.frames(), from.frameSize()));
     printLine("duration", durationText(durationOf(from)));
+    printLine("codec", notes.codec.empty() ? "unknown" : notes.codec);
+    printLine("picture", aspectText(notes.aspect) + (notes.aspect.known ? "" : " (not in the frames)") +
+                             ", fields: " + fieldsName(notes.fields));
+    printLine("sound", notes.sound.text());
     printRange("recorded", notes.firstRecorded, notes.lastRecorded);
     printGaps(notes.timeCode);
     printLine("file size", counted(from.fileBytes(), "byte"));

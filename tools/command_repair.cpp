@@ -2,6 +2,7 @@
 #include "tools/copy.h"
 #include "tools/json_writer.h"
 #include "tools/progress.h"
+#include "tools/standard_streams.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -53,8 +54,8 @@ const CountedText& textOf(SearchedReader::Counted counted) {
 void reportJson(const Written& written, const Losses& losses, const Arguments& arguments) {
     JsonWriter json;
     json.beginObject();
-    json.add("file", utf8(arguments.files[0]));
-    json.add("out", utf8(arguments.files[1]));
+    json.add("file", utf8Name(arguments.files[0]));
+    json.add("out", utf8Name(arguments.files[1]));
     json.add("kind", rowOf(written.kind).identifier);
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
@@ -100,6 +101,7 @@ void reportText(const Written& written, const Losses& losses, const Arguments& a
 } // namespace
 
 ExitStatus repair(const Arguments& arguments) {
+    refusePipe(arguments.files[1], "A repaired recording");
     std::unique_ptr<recording::SearchedReader> found;
     {
         Progress progress("searching " + quoted(arguments.files[0]), arguments.progress);

@@ -79,9 +79,9 @@ void checkFrames(recording::Reader& from, Faults& faults, Progress& progress) {
 
 void report(const recording::Reader& from, const Faults& faults, const Arguments& arguments) {
     if (arguments.json) {
-        JsonWriter json;
+        JsonWriter json(arguments.lines);
         json.beginObject();
-        json.add("file", utf8(arguments.files[0]));
+        json.add("file", utf8Name(arguments.files[0]));
         json.add("kind", rowOf(from.kind()).identifier);
         json.add("frames", from.frames());
         json.add("faultCount", faults.count());
@@ -103,7 +103,7 @@ void report(const recording::Reader& from, const Faults& faults, const Arguments
     if (faults.count() > faults.kept().size()) {
         std::printf("and %s more\n", counted(faults.count() - faults.kept().size(), "fault").c_str());
     }
-    std::printf("'%s': %s, %s, %s\n", utf8(arguments.files[0]).c_str(), describe(from.kind()),
+    std::printf("%s: %s, %s, %s\n", quoted(arguments.files[0]).c_str(), describe(from.kind()),
                 counted(from.frames(), "frame").c_str(),
                 faults.count() == 0 ? "no faults" : counted(faults.count(), "fault").c_str());
 }

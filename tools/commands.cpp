@@ -2,69 +2,90 @@
 
 #include "tools/text.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace dvrec {
 
 namespace {
 
-const char* optionHelp(const std::string& option) {
-    if (option == "from") {
-        return "--from N     first frame of the range (default: 0)";
-    }
-    if (option == "to") {
-        return "--to N       last frame of the range, which belongs to it (default: the last)";
-    }
-    if (option == "frame") {
-        return "--frame N    the frame's number; the first is 0";
-    }
-    if (option == "sector") {
-        return "--sector N   bytes per sector of the disk on which a raw recording was made (default: seen\n"
-               "               from the recording)";
-    }
-    if (option == "json") {
-        return "--json       the result as JSON on the standard output";
-    }
-    if (option == "progress") {
-        return "--progress   lines of progress also where the error output is no terminal";
-    }
-    return "--force      replace OUT if it exists";
+/// An option: its name, what stands behind it, and what it does.
+struct OptionHelp {
+    const char* name;
+    const char* value;
+    const char* text;
+};
+
+constexpr OptionHelp optionHelps[] = {
+    {"from", " PLACE", "first frame of the range (default: 0)"},
+    {"to", " PLACE", "last frame of the range, which belongs to it (default: the last)"},
+    {"frame", " PLACE", "the frame"},
+    {"clip", " C", "the clip's number in the list, or its name (default: all)"},
+    {"field", " F", "top or bottom: that field alone, its lines filled in, for a still of fast motion"},
+    {"square", "", "square pixels: 768 or 1024 x 576, 640 or 853 x 480"},
+    {"sector", " N", "bytes per sector of the disk on which a raw recording was made (default: seen)"},
+    {"force", "", "replace OUT if it exists"},
+    {"json", "", "the result as JSON on the standard output"},
+    {"progress", "", "lines of progress also where the error output is no terminal"},
+    {"help", "", "this help"},
+};
+
+std::string optionHelp(const std::string& option) {
+    const auto found = std::find_if(std::begin(optionHelps), std::end(optionHelps),
+                                    [&](const OptionHelp& help) { return help.name == option; });
+    return format("  %-15s %s\n", (std::string("--") + found->name + found->value).c_str(), found->text);
 }
+
+constexpr char placeHelp[] =
+    "\nPLACE is one of these:\n"
+    "  57              the frame's number; the first is 0\n"
+    "  0:12.5          time from the start of the recording: m:ss, h:mm:ss, or seconds with a point (12.5)\n"
+    "  01:02:03:20     the camera's time code; also with ';' in front of the frames\n"
+    "  @21:58:59       time of day by the camera's clock; with a date: '@2024-02-29 21:58:59'\n";
 
 } // namespace
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> all = {
         {"info",
-         "FILE",
+         "FILE...",
          1,
+         anyNumber,
          "what a recording is: system, length, time codes, structure",
          "Shows the kind of the recording (raw, AVI, plain DV stream), its video system, frames and "
          "duration, the\n"
          "camera's time code with its gaps, the date and time of recording, the file's structure, and "
          "whether the\n"
-         "file was finished. Only the start of each frame is read.\n",
+         "file was finished; and codec, shape, fields and sound as of the first frame. Only the start of "
+         "each "
+         "frame is\nread. Of several recordings, --json gives an object in a line for each.\n",
          {"sector", "json", "progress"},
          showInfo},
         {"verify",
-         "FILE",
+         "FILE...",
          1,
+         anyNumber,
          "checks every frame and structure",
          "Reads the whole recording and lists what is wrong with it, with offsets in bytes. Exit status 1 "
          "when\n"
-         "there is a fault.\n",
+         "there is a fault. Of several recordings, --json gives an object in a line for each.\n",
          {"sector", "json", "progress"},
          verify},
         {"export",
          "FILE OUT",
          2,
+         2,
          "writes a range of frames as a standard file",
          "OUT ends with .dv for a plain DV stream, or with .avi for an AVI file; other programs open both. "
          "(A raw\n"
          "recording, which only this engine reads, may be called .dv too: 'dvrec info' tells which is "
-         "which.)\n",
+         "which.)\n"
+         "OUT is - for a DV stream to the standard output; the result is told on the error output then.\n",
          {"from", "to", "sector", "force", "json", "progress"},
          exportRange},
         {"convert",
          "FILE OUT",
+         2,
          2,
          "raw recording to AVI, and back",
          "Writes all frames as an AVI file when OUT holds .avi, else as a raw recording for the disk on "
@@ -74,6 +95,7 @@ const std::vector<Command>& commands() {
          convert},
         {"repair",
          "FILE OUT",
+         2,
          2,
          "saves what is in a damaged or cut-off recording",
          "Searches all of FILE for undamaged frames, whatever its headers and indexes say, and writes them "
@@ -85,14 +107,26 @@ const std::vector<Command>& commands() {
          {"force", "json", "progress"},
          repair},
         {"grab",
-         "FILE OUT --frame N",
+         "FILE OUT --frame PLACE",
+         2,
          2,
          "one frame as a picture",
-         "OUT ends with .bmp, .png or .jpg. The picture has the frame's own 720 by 576 or 480 pixels and "
-         "comes from\n"
-         "the system's DV video decoder.\n",
-         {"frame", "sector", "force", "json"},
+         "OUT ends with .bmp, .png or .jpg. The picture comes from the system's DV video decoder and has the "
+         "frame's own\n"
+         "720 by 576 or 480 pixels, which are not square; the file says how they are to be shown.\n",
+         {"frame", "field", "square", "sector", "force", "json"},
          grab},
+        {"clips",
+         "FILE [OUT]",
+         1,
+         2,
+         "the clips that were marked in it, and exports of them",
+         "Lists the clips that the replay application keeps beside FILE, in FILE.clips. With OUT they are "
+         "exported, as\n"
+         "'dvrec export' does: --clip names one, and '*' in OUT stands for a clip's number and name "
+         "(goals/*.avi).\n",
+         {"clip", "sector", "force", "json", "progress"},
+         clips},
     };
     return all;
 }
@@ -101,31 +135,38 @@ std::string helpFor(const Command& command) {
     std::string help = std::string("dvrec ") + command.name + " " + command.files + " [OPTIONS]\n\n" +
                        command.details + "\nOptions:\n";
     for (const std::string& option : command.options) {
-        help += std::string("  ") + optionHelp(option) + "\n";
+        help += optionHelp(option);
     }
-    return help + "  --help       this help\n";
+    help += optionHelp("help");
+    const bool hasPlace = std::any_of(command.options.begin(), command.options.end(), [](const auto& option) {
+        return option == "from" || option == "frame";
+    });
+    return hasPlace ? help + placeHelp : help;
 }
 
 std::string helpForAll() {
     std::string help = "dvrec looks into recordings, checks them, and makes standard files of them.\n\n";
     for (const Command& command : commands()) {
-        help += format("  dvrec %-7s %-19s %s\n", command.name, command.files, command.summary);
+        help += format("  dvrec %-7s %-23s %s\n", command.name, command.files, command.summary);
     }
-    return help + "\n'dvrec COMMAND --help' has the details and options, 'dvrec --version' the version.\n"
-                  "FILE is a raw recording, an AVI file with DV video,\n"
-                  "or a plain DV stream; what it is, is seen from its content. Frames are numbered from 0. "
-                  "Output files are\n"
-                  "written as OUT.part and renamed when they are whole; an existing OUT is kept unless "
-                  "--force is given.\n"
-                  "Long work shows its progress on a terminal and can be ended with Ctrl+C.\n\n"
-                  "Exit status:\n"
-                  "  0  fine\n"
-                  "  1  verify: the recording has faults\n"
-                  "  2  the command line makes no sense\n"
-                  "  3  the recording cannot be read\n"
-                  "  4  the output file cannot be written\n"
-                  "  5  grab: there is no picture (no DV video decoder, or it does not take the frame)\n"
-                  "  6  ended with Ctrl+C\n";
+    return help +
+           "\n'dvrec COMMAND --help' has the details and options, 'dvrec --version' the version.\n"
+           "FILE is a raw recording, an AVI file with DV video, or a plain DV stream; what it is, is seen "
+           "from its content.\n"
+           "info and verify take several files and patterns (*.avi). - stands for the standard input, "
+           "which is kept in a\n"
+           "temporary file while the command runs.\n"
+           "Output files are written as OUT.part and renamed when they are whole; an existing OUT is kept "
+           "unless --force\n"
+           "is given. Long work shows its progress on a terminal and can be ended with Ctrl+C.\n\n"
+           "Exit status:\n"
+           "  0  fine\n"
+           "  1  verify: the recording has faults\n"
+           "  2  the command line makes no sense\n"
+           "  3  the recording cannot be read\n"
+           "  4  the output file cannot be written\n"
+           "  5  grab: there is no picture (no DV video decoder, or it does not take the frame)\n"
+           "  6  ended with Ctrl+C\n";
 }
 
 } // namespace dvrec

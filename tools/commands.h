@@ -13,8 +13,9 @@ namespace dvrec {
 /// A command: how it is called, and what it does.
 struct Command {
     const char* name;
-    const char* files; ///< the file arguments, as the help shows them
-    size_t fileCount;
+    const char* files;   ///< the file arguments, as the help shows them
+    size_t leastFiles;   ///< how many they are at least
+    size_t mostFiles;    ///< and at most; `anyNumber` for a command that is done for each of them
     const char* summary; ///< one line
     const char* details; ///< the rest of its help
     std::vector<std::string> options;
@@ -37,5 +38,6 @@ ExitStatus exportRange(const Arguments& arguments);
 ExitStatus convert(const Arguments& arguments);
 ExitStatus repair(const Arguments& arguments);
 ExitStatus grab(const Arguments& arguments);
+ExitStatus clips(const Arguments& arguments);
 
 } // namespace dvrec

@@ -3,6 +3,7 @@
 #include "tools/output_file.h"
 #include "tools/progress.h"
 #include "tools/read_ahead.h"
+#include "tools/standard_streams.h"
 #include "tools/text.h"
 
 #include <algorithm>
@@ -48,7 +49,9 @@ Written copyFrames(recording::Reader& from, unsigned long long first, unsigned l
         const long time_100ns = (system ? *system : vdv::system625).timePerFrame_100ns;
         std::wstring error;
         const std::unique_ptr<recording::Writer> writer =
-            rowOf(kind).create(output.temporaryName().c_str(), size, time_100ns, error);
+            isPipe(output.name())
+                ? std::make_unique<PipeWriter>()
+                : rowOf(kind).create(output.temporaryName().c_str(), size, time_100ns, error);
         if (!writer) {
             throw cannotWrite(output.name(), utf8(error));
         }
@@ -76,7 +79,7 @@ Written copyFrames(recording::Reader& from, unsigned long long first, unsigned l
         }
         check(writer->flush() && writer->finish());
     }
-    written.bytes = writtenBytes(output.temporaryName());
+    written.bytes = isPipe(output.name()) ? written.frames * size : writtenBytes(output.temporaryName());
     output.publish();
     return written;
 }

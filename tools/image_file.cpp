@@ -1,6 +1,7 @@
 #include "tools/image_file.h"
 
 #include "tools/failure.h"
+#include "tools/still.h"
 #include "tools/text.h"
 
 #include "marvo/com/com_ptr.h"
@@ -32,7 +33,7 @@ const Format* formatOf(const std::wstring& name) {
     return nullptr;
 }
 
-HRESULT encode(IWICImagingFactory& factory, const Picture& picture, const GUID& container,
+HRESULT encode(IWICImagingFactory& factory, const dvPicture& picture, const GUID& container,
                const std::wstring& path) {
     vwin::com_<IWICStream> stream;
     vwin::com_<IWICBitmapEncoder> encoder;
@@ -57,6 +58,11 @@ HRESULT encode(IWICImagingFactory& factory, const Picture& picture, const GUID& 
     }
     if (SUCCEEDED(result)) {
         result = frame->SetSize(picture.width, picture.height);
+    }
+    // Who shows the picture learns of its pixels' shape from this alone.
+    constexpr double dotsPerInch = 96;
+    if (SUCCEEDED(result)) {
+        result = frame->SetResolution(dotsPerInch / pixelAspect(picture), dotsPerInch);
     }
     WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
     if (SUCCEEDED(result)) {
@@ -83,7 +89,7 @@ bool isImageName(const std::wstring& name) {
     return formatOf(name) != nullptr;
 }
 
-bool saveImage(const Picture& picture, const std::wstring& name, const std::wstring& path,
+bool saveImage(const dvPicture& picture, const std::wstring& name, const std::wstring& path,
                std::string& fault) {
     vwin::com_<IWICImagingFactory> factory;
     if (!factory.create(CLSID_WICImagingFactory)) {

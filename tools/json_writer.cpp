@@ -4,10 +4,17 @@
 
 namespace dvrec {
 
+void JsonWriter::newLine() {
+    if (!oneLine_) {
+        text_ += '\n';
+        text_.append(closings_.size() * 2, ' ');
+    }
+}
+
 void JsonWriter::next(std::string_view name) {
     if (!closings_.empty()) {
-        text_ += first_ ? "\n" : ",\n";
-        text_.append(closings_.size() * 2, ' ');
+        text_ += first_ ? "" : oneLine_ ? ", " : ",";
+        newLine();
     }
     first_ = false;
     if (!name.empty()) {
@@ -27,8 +34,7 @@ void JsonWriter::end() {
     const char closing = closings_.back();
     closings_.pop_back();
     if (!first_) {
-        text_ += '\n';
-        text_.append(closings_.size() * 2, ' ');
+        newLine();
     }
     text_ += closing;
     first_ = false;

@@ -7,10 +7,13 @@
 
 namespace dvrec {
 
-/// Composes one JSON value, indented for reading. The calls follow the value's structure; an object's members
-/// take their name with them, a list's elements go with an empty name.
+/// Composes one JSON value, indented for reading or in one line. The calls follow the value's structure; an
+/// object's members take their name with them, a list's elements go with an empty name.
 class JsonWriter {
 public:
+    /// `oneLine`: as one of several values that stand one to a line.
+    explicit JsonWriter(bool oneLine = false) : oneLine_(oneLine) {}
+
     void beginObject(std::string_view name = {}) { begin(name, '{', '}'); }
     void beginList(std::string_view name) { begin(name, '[', ']'); }
     /// Ends the innermost object or list.
@@ -30,9 +33,11 @@ public:
 
 private:
     void begin(std::string_view name, char opening, char closing);
+    void newLine();
     void next(std::string_view name);
     void quote(std::string_view text);
 
+    const bool oneLine_;
     std::string text_;
     std::string closings_;
     bool first_ = true;

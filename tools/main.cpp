@@ -3,6 +3,7 @@
 #include "marvo/version.h"
 #include "tools/commands.h"
 #include "tools/interruption.h"
+#include "tools/several_files.h"
 #include "tools/text.h"
 
 #include "marvo/core/platform.h"
@@ -37,9 +38,11 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
                              "There is no command '" + name + "'. 'dvrec --help' lists them."};
     }
     try {
-        const dvrec::Arguments arguments = dvrec::readArguments(words, command->options, command->fileCount);
+        const dvrec::Arguments arguments =
+            dvrec::readArguments(words, command->options, command->leastFiles, command->mostFiles);
         if (!arguments.help) {
-            return command->run(arguments);
+            return command->mostFiles == dvrec::anyNumber ? forEachFile(arguments, command->run)
+                                                          : command->run(arguments);
         }
         std::fputs(helpFor(*command).c_str(), stdout);
         return dvrec::ExitStatus::fine;
@@ -53,7 +56,8 @@ dvrec::ExitStatus run(std::vector<std::wstring> words) {
 
 } // namespace
 
-/// File names are taken as they are given: the runtime does not look for files that fit a pattern.
+/// The runtime does not look for files that fit a pattern: it would take none for an ordinary name, and knows
+/// no order.
 extern "C" {
 int _dowildcard = 0;
 }

@@ -1,5 +1,6 @@
 #include "tools/output_file.h"
 
+#include "tools/standard_streams.h"
 #include "tools/text.h"
 
 #include "marvo/recording/input_file.h"
@@ -28,6 +29,11 @@ Failure cannotWrite(const std::wstring& name, const std::string& reason) {
 
 OutputFile::OutputFile(const std::wstring& name, bool replace, const std::wstring& source)
     : name_(name), replace_(replace) {
+    if (isPipe(name)) {
+        temporary_ = name;
+        published_ = true;
+        return;
+    }
     if (recording::InputFile::areSame(source.c_str(), name.c_str())) {
         throw cannotWrite(name, "it is the recording that is read; name another file");
     }
@@ -47,7 +53,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::publish() {
-    if (!MoveFileExW(temporary_.c_str(), name_.c_str(), replace_ ? MOVEFILE_REPLACE_EXISTING : 0)) {
+    if (!isPipe(name_) &&
+        !MoveFileExW(temporary_.c_str(), name_.c_str(), replace_ ? MOVEFILE_REPLACE_EXISTING : 0)) {
         throw cannotWrite(name_, systemMessage(GetLastError()));
     }
     published_ = true;

@@ -8,7 +8,8 @@
 
 namespace dvrec {
 
-/// Stands for a file that is written under a temporary name beside its own and gets its own when it is whole.
+/// Stands for a file that is written under a temporary name beside its own and gets its own when it is whole;
+/// or for the standard output ("-"), where there is nothing to name or to remove.
 class OutputFile {
 public:
     /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace`

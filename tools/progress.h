@@ -11,8 +11,8 @@ namespace dvrec {
 /// Shows on the standard error output how far long work has come, how fast it is and how long it will take.
 class Progress {
 public:
-    /// `work` names what is done. On a terminal the line is kept in place; elsewhere nothing is shown unless
-    /// `always`, and then a new line each time.
+    /// `work` names what is done. On a terminal the line is kept in place, and is as long as that is wide;
+    /// elsewhere nothing is shown unless `always`, and then a new line each time.
     Progress(std::string work, bool always);
     /// Removes the line from a terminal.
     ~Progress();
@@ -25,8 +25,6 @@ public:
     void update(unsigned long long done, unsigned long long all);
 
 private:
-    std::string line(unsigned long long done, unsigned long long all, double seconds) const;
-
     const std::string work_;
     const bool terminal_;
     const bool shown_;

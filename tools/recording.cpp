@@ -1,6 +1,7 @@
 #include "tools/recording.h"
 
 #include "tools/failure.h"
+#include "tools/standard_streams.h"
 #include "tools/text.h"
 
 namespace dvrec {
@@ -12,7 +13,7 @@ using recording::InputFile;
 /// Opens the file and refuses one in which there is nothing.
 InputFile openFile(const std::wstring& name) {
     InputFile file;
-    if (!file.open(name.c_str())) {
+    if (!file.open(inputPath(name).c_str())) {
         const DWORD error = GetLastError();
         const DWORD attributes = GetFileAttributesW(name.c_str());
         const bool folder =
@@ -51,7 +52,7 @@ std::unique_ptr<recording::Reader> openRecording(const std::wstring& name, unsig
         refuseUnknown(name, "If it is a damaged one, use 'dvrec repair'.");
     }
     std::wstring error;
-    std::unique_ptr<recording::Reader> reader = row->open(name.c_str(), {true, sector}, error);
+    std::unique_ptr<recording::Reader> reader = row->open(inputPath(name).c_str(), {true, sector}, error);
     if (!reader) {
         throw Failure{ExitStatus::cannotRead, quoted(name) + ", by its start of the kind '" +
                                                   row->description + "', cannot be read: " + utf8(error) +
@@ -65,7 +66,7 @@ std::unique_ptr<recording::SearchedReader> openDamaged(const std::wstring& name,
     openFile(name);
     std::wstring error;
     std::unique_ptr<recording::SearchedReader> found =
-        recording::SearchedReader::open(name.c_str(), progress, error);
+        recording::SearchedReader::open(inputPath(name).c_str(), progress, error);
     if (!found) {
         throw Failure{ExitStatus::cannotRead, quoted(name) + " cannot be opened: " + utf8(error) + "."};
     }
@@ -73,6 +74,21 @@ std::unique_ptr<recording::SearchedReader> openDamaged(const std::wstring& name,
         refuseUnknown(name, "No DV frame was found in it.");
     }
     return found;
+}
+
+const recording::KindRow& kindOfExport(const std::wstring& out) {
+    const recording::KindRow* const row =
+        isPipe(out) ? &rowOf(recording::Kind::stream) : recording::rowOfExtension(out.c_str());
+    if (!row) {
+        std::string extensions;
+        for (const recording::KindRow& other : recording::kinds()) {
+            const bool first = extensions.empty() || *other.extension == '\0';
+            extensions += (first ? "" : " and ") + std::string(other.extension);
+        }
+        throw Failure{ExitStatus::usage, quoted(out) + " ends with none of " + extensions +
+                                             ", so what it should become is not clear."};
+    }
+    return *row;
 }
 
 void allocate(recording::RecordBuffer& buffer, unsigned long bytes) {

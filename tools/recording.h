@@ -22,6 +22,10 @@ std::unique_ptr<recording::Reader> openRecording(const std::wstring& name, unsig
 std::unique_ptr<recording::SearchedReader> openDamaged(const std::wstring& name,
                                                        const recording::Reader::ProgressCall& progress);
 
+/// The kind that the name of a file means which is made for other programs, or "-". Throws the `Failure` when
+/// it means none.
+const recording::KindRow& kindOfExport(const std::wstring& out);
+
 /// Makes room for frames. Throws the `Failure` when there is no memory.
 void allocate(recording::RecordBuffer& buffer, unsigned long bytes);
 

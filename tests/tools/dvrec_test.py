@@ -63,6 +63,44 @@ class Info(Case):
                     codes = info["timeCode"]
                     self.assertEqual((codes["first"], codes["last"], codes["gapCount"]), (start, last, 0))
 
+    def test_what_the_frames_are(self):
+        def told(name, frame):
+            info = self.json("info", self.file(name, [frame]))
+            sound = info["sound"]
+            return (info["codec"], info["aspect"], info["fields"],
+                    (sound["rate"], sound["channels"], sound["bits"]))
+
+        pal, ntsc = stream("pal", 1)[0], stream("ntsc", 1)[0]
+        usual = ("4:3", "bottom first", (48000, 2, 16))
+        self.assertEqual(told("a.dv", pal), ("DV 25 Mbit/s, 4:2:0", *usual))
+        self.assertEqual(told("b.dv", ntsc), ("DV 25 Mbit/s, 4:1:1", *usual))
+        self.assertEqual(told("c.dv", recordings.stream50(1)[0])[0], "DV 50 Mbit/s, 4:2:2")
+        # 16:9, not interlaced; four channels of 12 bits at 32 kHz.
+        other = recordings.patched(pal, {0x61: (None, 0xFA, 0xEF, None), 0x50: (0x7F, None, None, 0xD1)})
+        self.assertEqual(told("d.dv", other)[1:], ("16:9", "progressive", (32000, 4, 12)))
+        mute = recordings.patched(pal, {0x61: (None, None, 0x3F, None), 0x50: (None, 0xFF, None, None)})
+        self.assertEqual(told("e.dv", mute)[2:], ("top first", (0, 0, 0)))
+        self.assertIn("sound                 none", self.dvrec("info", "e.dv"))
+
+    def test_several_files_and_patterns(self):
+        frames = stream("pal", 3)
+        self.file("b.dv", frames[:2])
+        self.file("a.dv", frames)
+        self.file("broken.raw", raw(frames)[:-1])
+        (self.folder / "folder.dv").mkdir()
+        done = scripted_tests.run("dvrec", "info", "*.dv", "none.avi", "broken.ra?", "no*", "--json",
+                                  cwd=self.folder)
+        self.assertEqual((done.returncode, done.stderr), (CANNOT_READ, b""), "failures are where results are")
+        found = [json.loads(line) for line in done.stdout.decode().splitlines()]
+        self.assertEqual([(one["file"], one.get("frames"), one.get("status")) for one in found],
+                         [("a.dv", 3, None), ("b.dv", 2, None), ("none.avi", None, CANNOT_READ),
+                          ("broken.raw", 2, None), ("no*", None, CANNOT_READ)])
+        self.assertIn("cannot be opened", found[2]["error"])
+        self.assertEqual(found[4]["error"], "No file fits 'no*'.")
+        said = self.dvrec("verify", "b.dv", "broken.raw", "a.dv", status=FAULTS)
+        self.assertIn("'broken.raw': raw recording, 2 frames, 1 fault", said)
+        self.assertIn("'a.dv': DV stream, 3 frames, no faults", said)
+
     def test_gaps_in_the_time_code(self):
         frames = stamped("pal", 60, "23:59:59:00", "2024-02-29T21:58:59", self.folder / "all.dv")
         blank = [recordings.without_time_code(frame) for frame in frames[40:42]]
@@ -135,6 +173,60 @@ class Conversion(Case):
             self.assertEqual((result["from"], result["frames"], result["bytes"]), (1, 3, 3 * len(frames[0])))
             self.assertEqual(self.read("c.dv"), b"".join(frames[1:4]))
         self.assertEqual(self.names(), {"a.dv", "b.raw", "c.dv"})
+
+    def test_places_by_time_time_code_and_clock(self):
+        for name, start, cut, places in (
+                ("pal", "01:02:03:20", 50, (
+                    ("0:01", "0:02.5", 25, 62), ("1.5", "0:00:02", 37, 50), ("0:1", "0:03.6", 25, 89),
+                    ("01:02:04:00", "01:02:04:10", 5, 15), ("01:02:05:22", "01:02:06;10", 50, 55),
+                    ("48", "01:02:06:03", 48, 49), ("@21:59:00", "@21:59:00", 25, 49),
+                    ("@2024-02-29 21:59:01", "@2024-02-29T21:59:01", 50, 64), ("@21:59", "@21:59:2", 25, 89))),
+                # Two numbers are left out at the full minute.
+                ("ntsc", "00:00:59;20", 80, (
+                    ("00:01:00;02", "00:01:00:03", 10, 11), ("0:01.0010", "0:02", 30, 59)))):
+            frames = stamped(name, 100, start, "2024-02-29T21:58:59", self.folder / "all.dv")
+            kept = frames[:cut] + frames[cut + 10:]
+            self.file("cut.dv", kept)
+            for first, last, expected, to in places:
+                result = self.json("export", "cut.dv", "out.dv", "--from", first, "--to", last, "--force")
+                self.assertEqual((result["from"], result["frames"]), (expected, to - expected + 1),
+                                 (first, last))
+            self.assertEqual(self.read("out.dv"), b"".join(kept[expected:to + 1]))
+            self.assertEqual(self.json("grab", "cut.dv", "a.png", "--frame", places[0][0], "--force")["frame"],
+                             places[0][2])
+        for place, reason in (("@22:00", "the date and time"), ("00:01:02:14", "the time code")):
+            self.assertIn(f"No frame of 'cut.dv' has {reason}",
+                          self.dvrec("grab", "cut.dv", "a.png", "--frame", place, "--force", status=USAGE))
+
+    def test_pipes(self):
+        frames = stream("ntsc", 4)
+        self.file("a.raw", raw(frames))
+        done = scripted_tests.run("dvrec", "export", "a.raw", "-", "--from", "1", cwd=self.folder)
+        self.assertEqual((done.returncode, done.stdout), (FINE, b"".join(frames[1:])))
+        self.assertIn("'-': DV stream, 3 frames, 360000 bytes", done.stderr.decode())
+        for words, out in (("convert - b.avi", "b.avi"), ("export - c.dv --from 2", "c.dv"),
+                           ("repair - d.raw", "d.raw"), ("grab - e.png --frame 3", "e.png"), ("info -", None)):
+            piped = ["sh", "-c", "cat a.raw | \"$@\"", "sh", *scripted_tests.command("dvrec", *words.split())]
+            done = scripted_tests.complete(piped, cwd=self.folder, env=scripted_tests.environment())
+            self.assertEqual(done.returncode, FINE, done.stderr)
+            self.assertTrue(out is None or self.read(out))
+        self.assertEqual(self.json("info", "b.avi")["frames"], 4)
+        self.assertEqual((self.read("c.dv"), self.read("d.raw")[8:8 + NTSC]),
+                         (b"".join(frames[2:]), frames[0]))
+        self.assertIn("use a pipe", self.dvrec("verify", "-", status=CANNOT_READ))
+        users = scripted_tests.ROOT / "build" / "wine" / f"prefix-{scripted_tests.TARGET}" / "drive_c"
+        self.assertEqual(list(users.glob("users/*/Temp/dvrec-*")), [])
+
+    def test_long_paths(self):
+        folder = "/".join(["n" * 90] * 3)
+        (self.folder / folder).mkdir(parents=True)
+        self.file(f"{folder}/a.dv", stream("pal", 2))
+        self.dvrec("convert", f"{folder}/a.dv", f"{folder}/игра.avi")
+        self.dvrec("grab", f"{folder}/игра.avi", f"{folder}/a.png", "--frame", "1")
+        found = self.dvrec("verify", f"{folder}/*.avi", f"{folder}/a.dv")
+        self.assertEqual((found.count("no faults"), found.count("?")), (2, 0), found)
+        self.assertEqual({path.name for path in (self.folder / folder).iterdir()},
+                         {"a.dv", "игра.avi", "a.png"})
 
     def test_what_lies_behind_4_gib(self):
         frames = stream("pal", 3)
@@ -299,12 +391,85 @@ class Grab(Case):
                 self.assertLess(recordings.difference(grabbed, expected), 8, picture)
                 self.assertGreater(recordings.difference(grabbed, other), 16, picture)
 
+    def test_pixels_have_their_shape_or_are_square(self):
+        for name, wide, lines, square in (("pal", False, 576, 768), ("pal", True, 576, 1024),
+                                          ("ntsc", False, 480, 640), ("ntsc", True, 480, 853)):
+            frame = stream(name, 1, 40)[0]
+            self.file("a.dv", [recordings.patched(frame, recordings.WIDE) if wide else frame])
+            shape = (16 / 9 if wide else 4 / 3) * lines
+            for option, width in ([], 720), (["--square"], square):
+                result = self.json("grab", "a.dv", "a.png", "--frame", "0", "--force", *option)
+                self.assertEqual((result["width"], result["height"]), (width, lines))
+                content = self.read("a.png")
+                at = content.index(b"pHYs") + 4
+                across, down = (int.from_bytes(content[at + i:at + i + 4], "big") for i in (0, 4))
+                self.assertAlmostEqual(width * down / across / shape, 1, 2)
+                self.assertAlmostEqual(result["pixelAspect"], down / across, 2)
+                pictures = [recordings.thumbnail(self.folder / file) for file in ("a.png", "a.dv")]
+                self.assertLess(recordings.difference(*pictures), 8)
+
+    def test_one_field_has_no_combs(self):
+        self.file("a.dv", stream("pal", 1, 40))
+        self.dvrec("grab", "a.dv", "both.bmp", "--frame", "0")
+        both = recordings.rgb(self.folder / "both.bmp")
+        for field, kept in (("top", 0), ("bottom", 1)):
+            self.dvrec("grab", "a.dv", "one.bmp", "--frame", "0", "--field", field, "--force")
+            one = recordings.rgb(self.folder / "one.bmp")
+            self.assertEqual(one[kept::2], both[kept::2])
+            for line in (1 - kept, 100 + 1 - kept, 574 + 1 - kept):
+                above, below = (both[i] if 0 <= i < 576 else None for i in (line - 1, line + 1))
+                mean = bytes((a + b + 1) // 2 for a, b in zip(above or below, below or above))
+                self.assertEqual(one[line], mean, line)
+
     def test_without_a_decoder_there_is_a_reason(self):
         self.file("a.dv", stream("pal", 1))
         errors = self.dvrec("grab", "a.dv", "a.png", "--frame", "0", status=NO_PICTURE,
                             WINEDLLOVERRIDES="marvo-devices=;mscoree=;mshtml=;winedbg.exe=")
         self.assertIn("no DV video decoder", errors)
         self.assertEqual(self.names(), {"a.dv"})
+
+
+class Clips(Case):
+    def test_they_are_listed_and_exported(self):
+        frames = stream("pal", 6)
+        self.file("игра.raw", raw(frames))
+        self.assertEqual(self.json("clips", "игра.raw"), {"file": "игра.raw", "clips": [], "findings": []})
+        self.file("игра.raw.clips", ("marvo clips 1: игра.raw\n1\t3\t2024-02-29 21:58:59.120\tTor: 1/0?\n"
+                                     "rubbish\n5\t5\t-\tПроверка\n").encode())
+        listed = self.json("clips", "игра.raw")
+        self.assertEqual(listed["clips"], [
+            {"number": 1, "name": "Tor: 1/0?", "from": 1, "to": 3, "duration": 0.12,
+             "recorded": "2024-02-29 21:58:59"},
+            {"number": 2, "name": "Проверка", "from": 5, "to": 5, "duration": 0.04, "recorded": ""}])
+        self.assertEqual(len(listed["findings"]), 1)
+        self.assertIn("rubbish", listed["findings"][0])
+        self.assertRegex(self.dvrec("clips", "игра.raw"), r"2 clips\s+1 .*frames 1 to 3 .*Tor: 1/0\?\s+2 ")
+        self.dvrec("clips", "игра.raw", "all *.dv")
+        self.assertEqual(self.read("all 01 Tor_ 1_0_.dv"), b"".join(frames[1:4]))
+        self.assertEqual(self.read("all 02 Проверка.dv"), frames[5])
+        for clip in ("2", "Проверка"):
+            made = self.json("clips", "игра.raw", "one.avi", "--clip", clip, "--force")
+            self.assertEqual([one["out"] for one in made["clips"]], ["one.avi"])
+            self.assertEqual(recordings.frames_of(self.folder / "one.avi"), frames[5])
+
+    def test_what_cannot_be_done_is_said(self):
+        self.file("a.dv", stream("pal", 2))
+        self.file("a.dv.clips", b"marvo clips 1: a.dv\n0\t1\t-\tfirst\n1\t2\t-\tbeyond\n")
+        self.file("b.dv", stream("pal", 2))
+        self.file("b.dv.clips", b"marvo clips 1: a.dv\n0\t1\t-\tfirst\n")
+        self.file("c.dv", stream("pal", 1))
+        for status, arguments, reason in (
+                (USAGE, "a.dv out.dv", "There are 2 clips"),
+                (USAGE, "a.dv out.dv --clip third", "no clip 'third'"),
+                (USAGE, "a.dv out.mov --clip 1", "none of .avi and .dv"),
+                (USAGE, "a.dv - --clip 1", "a file and not"),
+                (USAGE, "c.dv *.dv", "no clips to export"),
+                (USAGE, "a.dv *.dv x", "takes 1 or 2 files, and 3"),
+                (CANNOT_READ, "a.dv *.dv", "Clip 2 ends with frame 2, and the recording has 2"),
+                (CANNOT_READ, "b.dv", "'b.dv.clips': The clip list names another file, a.dv"),
+                (CANNOT_WRITE, "a.dv b.dv --clip 1", "it exists")):
+            self.assertIn(reason, self.dvrec("clips", *arguments.split(), status=status))
+        self.assertEqual(self.names(), {"a.dv", "a.dv.clips", "b.dv", "b.dv.clips", "c.dv"})
 
 
 class Refusals(Case):
@@ -317,17 +482,27 @@ class Refusals(Case):
         for status, arguments, reason in (
                 (USAGE, "", "dvrec info"),
                 (USAGE, "polish a.dv", "no command 'polish'"),
-                (USAGE, "info", "takes 1 file, and 0"),
+                (USAGE, "info", "takes 1 file or more, and 0"),
+                (USAGE, "grab a.dv", "takes 2 files, and 1"),
                 (USAGE, "info a.dv --frame 1", "no option '--frame'"),
                 (USAGE, "info a.dv --json=yes", "--json takes no value"),
-                (USAGE, "export a.dv b.dv --from", "--from needs a number"),
+                (USAGE, "export a.dv b.dv --from", "--from needs a value"),
+                (USAGE, "export a.dv b.dv --from 0:60", "not '0:60'"),
+                (USAGE, "export a.dv b.dv --from 01:02:03:30", "not '01:02:03:30'"),
+                (USAGE, "export a.dv b.dv --from @24:00", "not '@24:00'"),
+                (USAGE, "export a.dv b.dv --from @2023-02-29T10:00:00", "not '@2023-02-29T10:00:00'"),
+                (USAGE, "export a.dv b.dv --from 1.2.3", "not '1.2.3'"),
+                (USAGE, "export a.dv b.dv --to 0:01", "the last frame is 2"),
+                (USAGE, "convert a.dv -", "'dvrec export FILE -' writes a DV stream"),
+                (USAGE, "grab a.dv a.png --frame 0 --field left", "'top' or 'bottom'"),
+                (CANNOT_READ, "verify *.mov", "No file fits '*.mov'"),
                 (USAGE, "export a.dv b.dv --from -1", "not '-1'"),
                 (USAGE, "export a.dv b.dv --to 4294967296", "not '4294967296'"),
                 (USAGE, "export a.dv b.dv --to 3", "the last frame is 2"),
                 (USAGE, "export a.dv b.dv --from 2 --to 1", "no range from frame 2 to 1"),
                 (USAGE, "export a.dv b.mov", "none of .avi and .dv"),
                 (USAGE, "info a.dv --sector 500", "a power of two"),
-                (USAGE, "grab a.dv a.png", "--frame N"),
+                (USAGE, "grab a.dv a.png", "which frame with --frame"),
                 (USAGE, "grab a.dv a.gif --frame 0", "none of .bmp"),
                 (USAGE, "grab a.dv a.png --frame 3", "it has 3 frames"),
                 (CANNOT_READ, "info nothing.dv", "'nothing.dv' cannot be opened"),
@@ -384,10 +559,12 @@ class Refusals(Case):
 
     def test_help_tells_all_commands_and_their_options(self):
         overview = self.dvrec("--help")
-        for command in ("info", "verify", "export", "convert", "repair", "grab"):
+        for command in ("info", "verify", "export", "convert", "repair", "grab", "clips"):
             self.assertIn(f"dvrec {command} ", overview)
             self.assertIn("Options:", self.dvrec(command, "--help"))
-        self.assertIn("--from N", self.dvrec("export", "--help"))
+        self.assertIn("--from PLACE", self.dvrec("export", "--help"))
+        self.assertIn("@21:58:59", self.dvrec("grab", "--help"))
+        self.assertRegex(self.dvrec("--version"), r"^dvrec \d+\.\d+\.\d+\s$")
         self.assertIn("Exit status", overview)
 
 

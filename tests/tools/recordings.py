@@ -49,6 +49,30 @@ def without_time_code(frame):
     return bytes(blank)
 
 
+def patched(frame, packs):
+    """The frame with other bytes in its VAUX and AAUX packs: `packs` has 4 bytes for a pack's type, None for
+    those that stay."""
+    made = bytearray(frame)
+    vaux = [block * 80 + 3 + pack * 5 for block in (3, 4, 5) for pack in range(15)]
+    aaux = [block * 80 + 3 for block in range(6, 150, 16)]
+    for at in (start + place for start in range(0, len(frame), 12000) for place in vaux + aaux):
+        for i, byte in enumerate(packs.get(made[at], ())):
+            made[at + 1 + i] = made[at + 1 + i] if byte is None else byte
+    return bytes(made)
+
+
+WIDE = {0x61: (None, 0xFA, None, None)}
+
+
+def rgb(file):
+    """The first picture of any file that ffmpeg reads, as its lines in RGB."""
+    probe = ["ffprobe", "-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0", str(file)]
+    sides = subprocess.run(probe, capture_output=True, check=True, text=True).stdout
+    width, height = map(int, sides.strip().split(","))
+    pixels = ffmpeg("-i", file, "-frames:v", 1, "-f", "rawvideo", "-pix_fmt", "rgb24", "-")
+    return [pixels[line * width * 3:(line + 1) * width * 3] for line in range(height)]
+
+
 def stream50(frames):
     """As `stream`, of 50 Mbit/s PAL."""
     made = ffmpeg("-i", scripted_tests.STREAMS / "pal.dv", "-map", "0:v", "-frames:v", frames, "-pix_fmt",
