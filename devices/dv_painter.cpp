@@ -1,49 +1,58 @@
 #include "devices/dv_painter.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace devices {
 
 namespace {
 
+const int most_pixels = 720;
 const uint8_t black = 16;
 const uint8_t no_colour = 128;
 
 // BT.601 in 2^-13; sums of what they make are in 2^-5, so that they stay within 16 bits.
-const int luma_gain = 9539;      // 255 / 219
-const int red_of_red = 13075;    // 1.402 * 255 / 224
-const int green_of_red = -6660;  // -0.714 * 255 / 224
-const int green_of_blue = -3209; // -0.344 * 255 / 224
-const int blue_of_blue = 16525;  // 1.772 * 255 / 224
+const int16_t luma_gain = 9539;      // 255 / 219
+const int16_t red_of_red = 13075;    // 1.402 * 255 / 224
+const int16_t green_of_red = -6660;  // -0.714 * 255 / 224
+const int16_t green_of_blue = -3209; // -0.344 * 255 / 224
+const int16_t blue_of_blue = 16525;  // 1.772 * 255 / 224
 const int to_sums = 13 - 5;
 const int from_sums = 5;
 
-int16_t in_sums(int product) {
+int16_t in_sums(int32_t product) {
     return static_cast<int16_t>((product + (1 << (to_sums - 1))) >> to_sums);
 }
 
-/// One channel of a line: brightness, and what colour adds to it at every second pixel.
+int32_t product(int16_t one, int16_t other) {
+    return static_cast<int32_t>(one) * other;
+}
+
+/// One channel of a line: brightness, and what colour adds to it at every second pixel and, blended, between.
 void add_colour(const int16_t* __restrict luma, const int16_t* __restrict colour, uint8_t* __restrict out,
                 int pairs) {
-    const auto pixel = [](int sum) {
-        const auto whole = static_cast<int16_t>((sum + (1 << (from_sums - 1))) >> from_sums);
-        return static_cast<uint8_t>(std::clamp<int16_t>(whole, 0, 255));
-    };
+    int16_t sums[most_pixels];
     for (int pair = 0; pair < pairs; ++pair) {
-        const int here = colour[pair], next = colour[pair + 1];
-        out[2 * pair] = pixel(luma[2 * pair] + here);
-        out[2 * pair + 1] = pixel(luma[2 * pair + 1] + ((here + next) >> 1));
+        const int16_t here = colour[pair], next = colour[pair + 1];
+        sums[2 * pair] = static_cast<int16_t>(luma[2 * pair] + here);
+        sums[2 * pair + 1] = static_cast<int16_t>(luma[2 * pair + 1] + ((here + next) >> 1));
+    }
+    for (int x = 0; x < 2 * pairs; ++x) {
+        const auto whole = static_cast<int16_t>(sums[x] >> from_sums);
+        const int16_t lit = whole < 0 ? int16_t{0} : whole;
+        out[x] = static_cast<uint8_t>(lit > 255 ? int16_t{255} : lit);
     }
 }
 
 void put_rgb32(const uint8_t* __restrict red, const uint8_t* __restrict green, const uint8_t* __restrict blue,
                uint8_t* __restrict out, int width) {
+    // In halves of pixels, since vectors are woven in pairs best.
+    uint16_t halves[2 * most_pixels];
     for (int x = 0; x < width; ++x) {
-        out[4 * x] = blue[x];
-        out[4 * x + 1] = green[x];
-        out[4 * x + 2] = red[x];
-        out[4 * x + 3] = 0;
+        halves[2 * x] = static_cast<uint16_t>(blue[x] | green[x] << 8);
+        halves[2 * x + 1] = red[x];
     }
+    std::memcpy(out, halves, static_cast<size_t>(width) * 4);
 }
 
 void put_rgb24(const uint8_t* __restrict red, const uint8_t* __restrict green, const uint8_t* __restrict blue,
@@ -136,14 +145,17 @@ void dv_painter::spread(const dv_plane& plane, int y, uint8_t* out) {
 void dv_painter::to_rgb(const uint8_t* luma, const colour_line& colour, rgb_line& out) {
     int16_t bright[width];
     int16_t red[pairs + 1], green[pairs + 1], blue[pairs + 1];
+    const int32_t rounding = 1 << (to_sums + from_sums - 1);
     for (int x = 0; x < width; ++x) {
-        bright[x] = in_sums((luma[x] - black) * luma_gain);
+        const auto above_black = static_cast<int16_t>(luma[x] - black);
+        bright[x] = in_sums(product(above_black, luma_gain) + rounding);
     }
     for (int pair = 0; pair <= pairs; ++pair) {
-        const int blueness = colour.blue[pair] - no_colour, redness = colour.red[pair] - no_colour;
-        red[pair] = in_sums(redness * red_of_red);
-        green[pair] = in_sums(redness * green_of_red + blueness * green_of_blue);
-        blue[pair] = in_sums(blueness * blue_of_blue);
+        const auto blueness = static_cast<int16_t>(colour.blue[pair] - no_colour);
+        const auto redness = static_cast<int16_t>(colour.red[pair] - no_colour);
+        red[pair] = in_sums(product(redness, red_of_red));
+        green[pair] = in_sums(product(redness, green_of_red) + product(blueness, green_of_blue));
+        blue[pair] = in_sums(product(blueness, blue_of_blue));
     }
     add_colour(bright, red, out.red, pairs);
     add_colour(bright, green, out.green, pairs);
