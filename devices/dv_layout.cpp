@@ -9,7 +9,8 @@ const int parts_per_segment = 5;
 const int blocks_per_sequence = 150;
 const int blocks_before_video = 6; // header, two of subcode, three of VAUX
 const int video_blocks_per_audio_block = 15;
-const int superblock_rows = 6; // in cells
+const int block_size = 8;      // pixels and lines
+const int superblock_rows = 6; // of blocks
 
 /// Which superblock each part of a segment comes from: the column, and the row relative to the segment's
 /// sequence.
@@ -42,7 +43,7 @@ const dv_layout& dv_layout::of(const dv_system& system) {
     return system.pal ? pal : ntsc;
 }
 
-dv_layout::dv_layout(const dv_system& system) : columns_(system.width / 8), rows_(system.height / 8) {
+dv_layout::dv_layout(const dv_system& system) {
     for (int sequence = 0; sequence < system.sequences; ++sequence) {
         for (int segment = 0; segment < segments_per_sequence; ++segment) {
             for (int part = 0; part < parts_per_segment; ++part) {
@@ -52,39 +53,32 @@ dv_layout::dv_layout(const dv_system& system) : columns_(system.width / 8), rows
     }
 }
 
-dv_macroblock dv_layout::place(const dv_system& system, int sequence, int segment, int part) const {
+dv_macroblock dv_layout::place(const dv_system& system, int sequence, int segment, int part) {
     const int superblock_column = shuffle[part].column;
     const int superblock_row = (sequence + shuffle[part].row_offset) % system.sequences;
-    int column, row; // of the macroblock's first cell
+    int column, row; // of the macroblock's first block
     bool square = true;
     if (system.pal) {
-        // 9 x 3 macroblocks of 2 x 2 cells.
+        // 9 x 3 macroblocks of 2 x 2 blocks.
         serpentine(segment, 3, column, row);
         column = superblock_column * 18 + column * 2;
         row *= 2;
     } else {
-        // 4 1/2 columns of 6 macroblocks of 4 x 1 cells: superblocks 1 and 3 begin halfway down a column that
-        // their left neighbours began, and the half column at the picture's right edge is made of 2 x 2 cells
-        // instead.
+        // 4 1/2 columns of 6 macroblocks of 4 x 1 blocks: superblocks 1 and 3 begin halfway down a column
+        // that their left neighbours began, and the half column at the picture's right edge is made of 2 x 2
+        // blocks instead.
         static const int first_column[] = {0, 4, 9, 13, 18};
         const bool begins_halfway = superblock_column % 2 == 1;
         serpentine(segment + (begins_halfway ? 3 : 0), superblock_rows, column, row);
         column = (first_column[superblock_column] + column) * 4;
-        square = column + 4 > columns_;
+        square = (column + 4) * block_size > system.width;
         if (square) {
             row *= 2;
         }
     }
     row += superblock_row * superblock_rows;
-
-    dv_macroblock result{};
-    result.offset = block_offset(sequence, segment * parts_per_segment + part);
-    for (int block = 0; block < 4; ++block) {
-        const int right = square ? block % 2 : block;
-        const int down = square ? block / 2 : 0;
-        result.cell[block] = static_cast<uint16_t>((row + down) * columns_ + column + right);
-    }
-    return result;
+    return {block_offset(sequence, segment * parts_per_segment + part),
+            static_cast<uint16_t>(column * block_size), static_cast<uint16_t>(row * block_size), square};
 }
 
 } // namespace devices

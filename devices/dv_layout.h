@@ -8,12 +8,14 @@
 
 namespace devices {
 
-/// One macroblock: its DIF block, and the four 8x8 cells of the picture that its luma blocks 0 to 3 fill. Its
-/// colour blocks (Cr, then Cb) cover just these four cells. The cells are two by two in 625/50 frames (4:2:0)
-/// and in the last 16 columns of 525/60 frames, four in a row elsewhere (4:1:1).
+/// One macroblock: its DIF block, and the pixels that it fills: 16 x 16 ones, or 32 x 8 where four luma
+/// blocks lie in a row. In 625/50 frames (4:2:0) all are square, in 525/60 frames (4:1:1) those of the last
+/// 16 columns; a colour block of these holds 4 x 8 samples for the upper half and, beside them, for the lower
+/// one.
 struct dv_macroblock {
-    uint32_t offset;  ///< of the DIF block in the frame, bytes
-    uint16_t cell[4]; ///< row * columns + column of the picture's grid of cells
+    uint32_t offset; ///< of the DIF block in the frame, bytes
+    uint16_t x, y;   ///< of the first pixel
+    bool square;
 };
 
 /// The places of all macroblocks of one system. A frame is cut into superblocks (five in a row, one row per
@@ -26,17 +28,13 @@ public:
     /// The layout of a system; made once, lives as long as the program.
     static const dv_layout& of(const dv_system& system);
 
-    int columns() const { return columns_; } ///< cells in a row of the picture
-    int rows() const { return rows_; }
-    /// In the order of the frame's bytes.
+    /// In the order of the frame's bytes; five after the other are a video segment.
     const std::vector<dv_macroblock>& macroblocks() const { return macroblocks_; }
 
 private:
     explicit dv_layout(const dv_system& system);
-    dv_macroblock place(const dv_system& system, int sequence, int segment, int part) const;
+    static dv_macroblock place(const dv_system& system, int sequence, int segment, int part);
 
-    int columns_;
-    int rows_;
     std::vector<dv_macroblock> macroblocks_;
 };
 

@@ -1,6 +1,9 @@
 #include "devices/media_type.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace devices {
@@ -9,6 +12,15 @@ namespace {
 
 const DWORD dvsd_fourcc = MAKEFOURCC('d', 'v', 's', 'd');
 const DWORD source_pack_50_fields = 0x00200000; // the 50/60 flag: bit 5 of the third byte of a source pack
+
+/// How the system names what lies so, in the order of dv_pixels.
+const struct form {
+    const GUID* subtype;
+    DWORD compression;
+} forms[] = {{&MEDIASUBTYPE_RGB32, BI_RGB},
+             {&MEDIASUBTYPE_RGB24, BI_RGB},
+             {&MEDIASUBTYPE_YUY2, MAKEFOURCC('Y', 'U', 'Y', '2')},
+             {&MEDIASUBTYPE_UYVY, MAKEFOURCC('U', 'Y', 'V', 'Y')}};
 
 VIDEOINFOHEADER picture_header(const dv_system& system, DWORD compression, WORD bits, size_t bytes) {
     VIDEOINFOHEADER header{};
@@ -82,18 +94,26 @@ media_type media_type::dv_video(const dv_system& system) {
     return result;
 }
 
-media_type media_type::rgb(const dv_system& system, int bits) {
-    const size_t bytes = static_cast<size_t>(system.width) * system.height * (bits / 8);
-    const VIDEOINFOHEADER header = picture_header(system, BI_RGB, static_cast<WORD>(bits), bytes);
+media_type media_type::picture(const dv_system& system, dv_pixels pixels) {
+    const form& wanted = forms[static_cast<int>(pixels)];
+    const size_t bytes = static_cast<size_t>(system.width) * system.height * pixel_bytes(pixels);
+    const VIDEOINFOHEADER header =
+        picture_header(system, wanted.compression, static_cast<WORD>(pixel_bytes(pixels) * CHAR_BIT), bytes);
     media_type result;
     result.type_.majortype = MEDIATYPE_Video;
-    result.type_.subtype = bits == 32 ? MEDIASUBTYPE_RGB32 : MEDIASUBTYPE_RGB24;
+    result.type_.subtype = *wanted.subtype;
     result.type_.bFixedSizeSamples = TRUE;
     result.type_.lSampleSize = static_cast<ULONG>(bytes);
     if (!result.set_format(FORMAT_VideoInfo, &header, sizeof header)) {
         result.clear();
     }
     return result;
+}
+
+dv_pixels media_type::pixels(const AM_MEDIA_TYPE& type) {
+    const form* const found =
+        std::find_if(forms, std::end(forms), [&](const form& one) { return *one.subtype == type.subtype; });
+    return found == std::end(forms) ? dv_pixels::rgb32 : static_cast<dv_pixels>(found - forms);
 }
 
 void media_type::clear() {

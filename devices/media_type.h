@@ -2,7 +2,7 @@
 /// A media type that owns its format block.
 #pragma once
 
-#include "devices/dv_system.h"
+#include "devices/dv_painter.h"
 
 #include <dshow.h>
 
@@ -23,8 +23,8 @@ public:
     static media_type interleaved(const dv_system& system);
     /// DV picture frames: dvsd with a VIDEOINFOHEADER block.
     static media_type dv_video(const dv_system& system);
-    /// Plain RGB pictures, bottom line first. `bits` is 32 or 24.
-    static media_type rgb(const dv_system& system, int bits);
+    /// Plain pictures.
+    static media_type picture(const dv_system& system, dv_pixels pixels);
 
     /// Empties the type.
     void clear();
@@ -39,6 +39,9 @@ public:
     /// short.
     static const VIDEOINFOHEADER* video_info(const AM_MEDIA_TYPE& type);
     static const DVINFO* dv_info(const AM_MEDIA_TYPE& type);
+
+    /// How the pixels of a type that `picture` has made lie.
+    static dv_pixels pixels(const AM_MEDIA_TYPE& type);
 
     /// The system a dvsd type stands for: interleaved by its DVINFO, picture by its sizes. Null for other
     /// types.

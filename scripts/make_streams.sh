@@ -4,6 +4,9 @@
 # Raw DV as a camera sends it: a moving test picture in saturated colours, the frame's number burnt in so
 # large that it can be read from the mean of every 8x8 block alone, and a stereo tone. Every frame differs
 # from every other. Complete streams are kept; a stream that was cut short is made again.
+#
+# For the decoder, OUTDIR/pal_pictures.dv and OUTDIR/ntsc_pictures.dv: two frames each of what is hard to
+# decode, and in OUTDIR/*_pictures.yuv the planes that ffmpeg makes of them.
 set -euo pipefail
 
 die() {
@@ -48,7 +51,46 @@ make_stream() {
     echo "made $file"
 }
 
+# make_pictures NAME SIZE RATE FRAME_BYTES PIXEL_FORMAT BITS_PER_PIXEL
+make_pictures() {
+    local file=$out/$1_pictures size=$2 rate=$3 frame_bytes=$4 pixels=$5 bits=$6 each=2
+    local at="size=$size:rate=$rate" twice="size=$size:rate=2*$rate" source graph='' pads='' count=0
+    local sources=(
+        "testsrc2=$at,noise=alls=20:allf=t"
+        "color=gray:$at,noise=alls=100:allf=t"
+        "color=black:$at"
+        "rgbtestsrc=$at"
+        "smptehdbars=$at"
+        "mandelbrot=$at:start_scale=0.1,noise=alls=8:allf=t"
+        "life=$at:ratio=0.3:mold=20:life_color=orange:death_color=blue:seed=1"
+        "testsrc2=$twice,interlace=scan=tff:lowpass=0"
+        "testsrc2=$twice,noise=alls=10:allf=t,interlace=scan=bff:lowpass=0"
+    )
+    local total=$((each * ${#sources[@]}))
+    if [[ -f $file.yuv && $(stat -c %s "$file.yuv") -eq $((total * ${size/x/*} * bits / 8)) &&
+        -f $file.dv && $(stat -c %s "$file.dv") -eq $((total * frame_bytes)) ]]; then
+        return
+    fi
+    made=$out/.$1_pictures.$$
+    for source in "${sources[@]}"; do
+        graph+="$source,trim=end_frame=$each,setpts=PTS-STARTPTS,setsar=1,format=${pixels}[v$count];"
+        pads+="[v$count]"
+        count=$((count + 1))
+    done
+    # With this flag the encoder chooses for each block whether its two fields are told apart.
+    ffmpeg -nostdin -hide_banner -loglevel error -y -filter_complex "$graph${pads}concat=n=${count}[all]" \
+        -map "[all]" -c:v dvvideo -flags +ildct -f rawvideo "$made" || die "ffmpeg could not make $file.dv"
+    mv -f "$made" "$file.dv"
+    ffmpeg -nostdin -hide_banner -loglevel fatal -y -f dv -i "$file.dv" -f rawvideo "$made" ||
+        die "ffmpeg could not decode $file.dv"
+    mv -f "$made" "$file.yuv"
+    made=
+    echo "made $file.dv and $file.yuv"
+}
+
 make_stream pal 720x576 25 $((25 * seconds)) 144000 yuv420p
 make_stream ntsc 720x480 30000/1001 $((30 * seconds)) 120000 yuv411p
+make_pictures pal 720x576 25 144000 yuv420p 12
+make_pictures ntsc 720x480 30000/1001 120000 yuv411p 12
 # What the camera plays when nobody says otherwise.
 [[ -f $out/camera.txt ]] || echo 'stream = pal.dv' >"$out/camera.txt"

@@ -54,11 +54,29 @@ TEST_P(chain_test, connects_only_what_fits) {
     const VIDEOINFOHEADER* info = media_type::video_info(pictures_->pin(0)->type().get());
     ASSERT_NE(info, nullptr);
     EXPECT_TRUE(info->bmiHeader.biWidth == 720 && info->bmiHeader.biHeight == (GetParam() ? 576 : 480));
-    AM_MEDIA_TYPE wanted{};
-    wanted.subtype = MEDIASUBTYPE_RGB24;
-    ASSERT_EQ(pin(pictures_, 1)->Connect(pin(sink_, 0), &wanted), S_OK);
-    const AM_MEDIA_TYPE& type = sink_->pin(0)->type().get();
-    EXPECT_TRUE(type.subtype == MEDIASUBTYPE_RGB24 && type.lSampleSize == 720u * system_.height * 3);
+    const struct {
+        const GUID& subtype;
+        DWORD compression;
+        WORD bits;
+    } offered[] = {{GUID_NULL, BI_RGB, 32}, // the first
+                   {MEDIASUBTYPE_RGB24, BI_RGB, 24},
+                   {MEDIASUBTYPE_YUY2, MAKEFOURCC('Y', 'U', 'Y', '2'), 16},
+                   {MEDIASUBTYPE_UYVY, MAKEFOURCC('U', 'Y', 'V', 'Y'), 16}};
+    for (const auto& one : offered) {
+        graph_.get()->Disconnect(pin(pictures_, 1));
+        graph_.get()->Disconnect(pin(sink_, 0));
+        AM_MEDIA_TYPE wanted{};
+        wanted.subtype = one.subtype;
+        ASSERT_EQ(pin(pictures_, 1)->Connect(pin(sink_, 0), &wanted), S_OK);
+        const AM_MEDIA_TYPE& type = sink_->pin(0)->type().get();
+        EXPECT_EQ(type.lSampleSize, 720u * system_.height * one.bits / 8);
+        const BITMAPINFOHEADER& picture = media_type::video_info(type)->bmiHeader;
+        EXPECT_TRUE(picture.biCompression == one.compression && picture.biBitCount == one.bits);
+    }
+    ASSERT_EQ(graph_.run(), S_OK);
+    const bytes picture = sink_->wait_for(1)[0].data;
+    graph_.stop();
+    EXPECT_EQ(picture, bytes(720 * system_.height * 2, 128)) << "grey";
     // The input gone, the output goes, and the decoder is free again.
     EXPECT_EQ(graph_.get()->Disconnect(pin(parts_, 0)), S_OK);
     EXPECT_EQ(parts_->pin_count(), 1);

@@ -41,8 +41,8 @@ private:
         std::filesystem::temp_directory_path() / ("devices-" + std::to_string(GetCurrentProcessId()));
 };
 
-/// A frame of valid DIF blocks: the sections' identifications stand, everything in them is zero, which is
-/// grey. `mark` is put where no picture is, to tell frames apart.
+/// A frame of valid DIF blocks: the sections' identifications stand, the picture is grey, and all else is
+/// zero. `mark` is put where no picture is, to tell frames apart.
 inline bytes grey_frame(const devices::dv_system& system, uint8_t mark = 0) {
     bytes frame(system.frame_bytes);
     const int first_six[] = {0, 1, 1, 2, 2, 2};
@@ -52,6 +52,10 @@ inline bytes grey_frame(const devices::dv_system& system, uint8_t mark = 0) {
         uint8_t* id = &frame[block * 80];
         id[0] = static_cast<uint8_t>(section << 5 | 0x1F);
         id[1] = static_cast<uint8_t>(block / 150 << 4 | 0x07);
+        // Four blocks of brightness, two of colour: nothing but the codes for their ends.
+        for (const int begin : {4, 18, 32, 46, 60, 70}) {
+            id[begin + 1] = section == 4 ? 0x06 : 0;
+        }
     }
     frame[3] = system.pal ? 0xBF : 0x3F;
     frame[79] = mark;

@@ -2,7 +2,7 @@
 /// Memory that ends at an inaccessible page.
 #pragma once
 
-#include "marvo.h"
+#include <windows.h>
 
 #include <new>
 
