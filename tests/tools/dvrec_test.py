@@ -180,7 +180,8 @@ class Conversion(Case):
                     ("0:01", "0:02.5", 25, 62), ("1.5", "0:00:02", 37, 50), ("0:1", "0:03.6", 25, 89),
                     ("01:02:04:00", "01:02:04:10", 5, 15), ("01:02:05:22", "01:02:06;10", 50, 55),
                     ("48", "01:02:06:03", 48, 49), ("@21:59:00", "@21:59:00", 25, 49),
-                    ("@2024-02-29 21:59:01", "@2024-02-29T21:59:01", 50, 64), ("@21:59", "@21:59:2", 25, 89))),
+                    ("@2024-02-29 21:59:01", "@2024-02-29T21:59:01", 50, 64),
+                    ("@21:59", "@21:59:2", 25, 89))),
                 # Two numbers are left out at the full minute.
                 ("ntsc", "00:00:59;20", 80, (
                     ("00:01:00;02", "00:01:00:03", 10, 11), ("0:01.0010", "0:02", 30, 59)))):
@@ -192,8 +193,8 @@ class Conversion(Case):
                 self.assertEqual((result["from"], result["frames"]), (expected, to - expected + 1),
                                  (first, last))
             self.assertEqual(self.read("out.dv"), b"".join(kept[expected:to + 1]))
-            self.assertEqual(self.json("grab", "cut.dv", "a.png", "--frame", places[0][0], "--force")["frame"],
-                             places[0][2])
+            grabbed = self.json("grab", "cut.dv", "a.png", "--frame", places[0][0], "--force")
+            self.assertEqual(grabbed["frame"], places[0][2])
         for place, reason in (("@22:00", "the date and time"), ("00:01:02:14", "the time code")):
             self.assertIn(f"No frame of 'cut.dv' has {reason}",
                           self.dvrec("grab", "cut.dv", "a.png", "--frame", place, "--force", status=USAGE))
@@ -205,7 +206,8 @@ class Conversion(Case):
         self.assertEqual((done.returncode, done.stdout), (FINE, b"".join(frames[1:])))
         self.assertIn("'-': DV stream, 3 frames, 360000 bytes", done.stderr.decode())
         for words, out in (("convert - b.avi", "b.avi"), ("export - c.dv --from 2", "c.dv"),
-                           ("repair - d.raw", "d.raw"), ("grab - e.png --frame 3", "e.png"), ("info -", None)):
+                           ("repair - d.raw", "d.raw"), ("grab - e.png --frame 3", "e.png"),
+                           ("info -", None)):
             piped = ["sh", "-c", "cat a.raw | \"$@\"", "sh", *scripted_tests.command("dvrec", *words.split())]
             done = scripted_tests.complete(piped, cwd=self.folder, env=scripted_tests.environment())
             self.assertEqual(done.returncode, FINE, done.stderr)
