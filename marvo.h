@@ -78,6 +78,9 @@
 #include "marvo/video/output_pin.h"
 #include "marvo/video/sink.h"
 
+// What is in a DV frame.
+#include "marvo/dv/sound.h"
+
 // The replay engine and its front end `dvFE`.
 #include "marvo/avi/avi_file.h"
 #include "marvo/avi/avi_inspector.h"
