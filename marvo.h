@@ -87,6 +87,7 @@
 #include "marvo/avi/avi_odml_file_info.h"
 #include "marvo/recording/drive_search.h"
 #include "marvo/recording/dv_file.h"
+#include "marvo/recording/export.h"
 #include "marvo/avi/file_io_avi.h"
 #include "marvo/replay/delivery_watch.h"
 #include "marvo/replay/frame_loader.h"
