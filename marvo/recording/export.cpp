@@ -133,7 +133,7 @@ bool dvExport::work(const wchar_t* from, unsigned long long first, unsigned long
     }
     const auto tell = [&](unsigned long long done, unsigned long long all) {
         state_->frames = done;
-        return !progress || vcore::guarded(false, [&] { return progress(done, all); });
+        return !progress || progress(done, all);
     };
     const Copied copied =
         copy(*reader, file.temporaryName().c_str(), {first, last, row->kind, state_->sound}, tell);

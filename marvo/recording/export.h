@@ -36,7 +36,7 @@ public:
 
     /// Exports the frames `first` to `last`, both included, of the recording `from` as `to`. False when that
     /// fails or is cancelled; `explanation` says why then. Blocks until the work is done; `progress` may be
-    /// empty, and an exception out of it cancels the work as well.
+    /// empty and throws nothing.
     bool run(const wchar_t* from, unsigned long long first, unsigned long long last, const wchar_t* to,
              const Progress& progress);
 

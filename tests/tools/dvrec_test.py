@@ -212,7 +212,8 @@ class Conversion(Case):
 
 def slots(samples, channels, rate, fps):
     """Interleaved samples, cut into what belongs to each frame of a file with `fps` frames per second."""
-    edges = [round(k * rate / fps + 1e-9) * channels for k in range(int(len(samples) / channels / rate * fps) + 2)]
+    frames = int(len(samples) / channels / rate * fps) + 2
+    edges = [round(k * rate / fps + 1e-9) * channels for k in range(frames)]
     return [samples[a:b] for a, b in zip(edges, edges[1:])]
 
 
@@ -255,7 +256,8 @@ class Sound(Case):
                 top = 1 << bits - 1
                 # The value at the bottom means that there is none.
                 lists = [[values.randrange(1 - top, top) for _ in range(count)] for _ in range(channels)]
-                self.file("a.dv", [recordings.with_sound(frame, lists, rate, bits) for frame in stream(name, 3)])
+                frames = stream(name, 3)
+                self.file("a.dv", [recordings.with_sound(frame, lists, rate, bits) for frame in frames])
                 self.dvrec("convert", "a.dv", "b.avi", "--force")
                 made = recordings.sound_of(self.folder / "b.avi")
                 self.assertEqual(len(made), 3 * count * channels)
@@ -306,8 +308,8 @@ class Sound(Case):
         line = next(line for line in document.splitlines() if line.startswith("ffmpeg -i match.avi"))
         for name, size in (("pal", (768, 576)), ("ntsc", (640, 480))):
             self.dvrec("convert", self.file("a.dv", stream(name, 50)), "match.avi", "--force")
-            subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *shlex.split(line)[1:]], cwd=self.folder,
-                           check=True)
+            subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *shlex.split(line)[1:]],
+                           cwd=self.folder, check=True)
             video, sound = recordings.streams_of(self.folder / "match.mp4")
             self.assertEqual((video["width"], video["height"], video["sample_aspect_ratio"]), (*size, "1:1"))
             seconds = 50 / (25 if name == "pal" else 29.97)

@@ -97,9 +97,9 @@ def with_sound(frame, values, rate=48000, bits=16):
             at = (sequence * 150 + 6 + 16 * block) * 80
             made[at + 3:at + 80] = b"\xff" * 5 + bytes(72)
             if block == (0 if sequence % 2 else 3):
-                made[at + 3:at + 8] = bytes((
-                    0x50, 0xc0 | len(values[0]) - least,
-                    0 if sequence // half * in_half < len(values) else 15, 0xc0 | (half == 6) << 5, 0xc0 | code))
+                mode = 0 if sequence // half * in_half < len(values) else 15
+                made[at + 3:at + 8] = bytes((0x50, 0xc0 | len(values[0]) - least, mode,
+                                             0xc0 | (half == 6) << 5, 0xc0 | code))
     for first in range(0, len(values), in_half):
         for n, words in enumerate(zip(*values[first:first + in_half])):
             sequence = (n // 3 + 2 * (n % 3)) % half + first // in_half * half
