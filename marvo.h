@@ -78,8 +78,9 @@
 #include "marvo/video/output_pin.h"
 #include "marvo/video/sink.h"
 
-// Recordings and pictures, for hosts that show them.
+// What is in a DV frame; recordings and pictures, for hosts that show them.
 #include "marvo/dv/frame_notes.h"
+#include "marvo/dv/sound.h"
 #include "marvo/picture/frame_decoder.h"
 #include "marvo/picture/picture.h"
 #include "marvo/recording/recording.h"
@@ -90,6 +91,7 @@
 #include "marvo/avi/avi_odml_file_info.h"
 #include "marvo/recording/drive_search.h"
 #include "marvo/recording/dv_file.h"
+#include "marvo/recording/export.h"
 #include "marvo/avi/file_io_avi.h"
 #include "marvo/replay/delivery_watch.h"
 #include "marvo/replay/frame_loader.h"

@@ -101,6 +101,9 @@ private:
         if (name == "square") {
             return &result_.square;
         }
+        if (name == "no-sound") {
+            return &result_.noSound;
+        }
         return name == "help" ? &result_.help : nullptr;
     }
 

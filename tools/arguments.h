@@ -25,6 +25,7 @@ struct Arguments {
     bool lines = false; ///< JSON in one line
     bool progress = false;
     bool force = false;
+    bool noSound = false;
     bool help = false;
 };
 

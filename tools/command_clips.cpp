@@ -127,7 +127,7 @@ std::vector<Exported> exportClips(recording::Reader& from, const std::vector<Num
         Arguments one = arguments;
         one.files[1] = outFor(out, clip);
         const Written written =
-            copyFrames(from, clip.clip.frames.first, clip.clip.frames.last, row.kind, one);
+            copyFrames(from, clip.clip.frames.first, clip.clip.frames.last, row.kind, !one.noSound, one);
         exported.push_back({one.files[1], written});
         if (!arguments.json) {
             std::printf("%s\n", describe(written, one).c_str());

@@ -27,6 +27,8 @@ void report(const Written& written, unsigned long long first, const Arguments& a
     json.add("from", first);
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
+    json.add("soundRate", written.soundRate);
+    json.add("soundChannels", written.soundChannels);
     json.end();
     std::fputs(json.text().c_str(), to);
 }
@@ -37,7 +39,8 @@ ExitStatus exportRange(const Arguments& arguments) {
     const recording::KindRow& row = kindOfExport(arguments.files[1]);
     const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
     const Range range = rangeOf(*from, arguments);
-    report(copyFrames(*from, range.first, range.last, row.kind, arguments), range.first, arguments);
+    report(copyFrames(*from, range.first, range.last, row.kind, !arguments.noSound, arguments), range.first,
+           arguments);
     return ExitStatus::fine;
 }
 
@@ -45,7 +48,7 @@ ExitStatus convert(const Arguments& arguments) {
     refusePipe(arguments.files[1], "A converted recording");
     const recording::Kind kind = recording::rowOfName(arguments.files[1].c_str()).kind;
     const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
-    report(copyAll(*from, kind, arguments), 0, arguments);
+    report(copyAll(*from, kind, !arguments.noSound, arguments), 0, arguments);
     return ExitStatus::fine;
 }
 

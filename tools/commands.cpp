@@ -24,6 +24,7 @@ constexpr OptionHelp optionHelps[] = {
     {"field", " F", "top or bottom: that field alone, its lines filled in, for a still of fast motion"},
     {"square", "", "square pixels: 768 or 1024 x 576, 640 or 853 x 480"},
     {"sector", " N", "bytes per sector of the disk on which a raw recording was made (default: seen)"},
+    {"no-sound", "", "an AVI file without a sound stream"},
     {"force", "", "replace OUT if it exists"},
     {"json", "", "the result as JSON on the standard output"},
     {"progress", "", "lines of progress also where the error output is no terminal"},
@@ -80,8 +81,9 @@ const std::vector<Command>& commands() {
          "(A raw\n"
          "recording, which only this engine reads, may be called .dv too: 'dvrec info' tells which is "
          "which.)\n"
-         "OUT is - for a DV stream to the standard output; the result is told on the error output then.\n",
-         {"from", "to", "sector", "force", "json", "progress"},
+         "An AVI file gets the sound as a stream of its own. OUT is - for a DV stream to the standard\n"
+         "output; the result is told on the error output then.\n",
+         {"from", "to", "no-sound", "sector", "force", "json", "progress"},
          exportRange},
         {"convert",
          "FILE OUT",
@@ -90,8 +92,8 @@ const std::vector<Command>& commands() {
          "raw recording to AVI, and back",
          "Writes all frames as an AVI file when OUT holds .avi, else as a raw recording for the disk on "
          "which\n"
-         "OUT lies. FILE is of any kind.\n",
-         {"sector", "force", "json", "progress"},
+         "OUT lies. FILE is of any kind. An AVI file gets the sound as a stream of its own.\n",
+         {"no-sound", "sector", "force", "json", "progress"},
          convert},
         {"repair",
          "FILE OUT",
@@ -125,7 +127,7 @@ const std::vector<Command>& commands() {
          "exported, as\n"
          "'dvrec export' does: --clip names one, and '*' in OUT stands for a clip's number and name "
          "(goals/*.avi).\n",
-         {"clip", "sector", "force", "json", "progress"},
+         {"clip", "no-sound", "sector", "force", "json", "progress"},
          clips},
     };
     return all;

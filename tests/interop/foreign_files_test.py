@@ -48,7 +48,7 @@ class ForeignFiles(recordings.Case):
         writer(system, file)
         return file
 
-    def check(self, writer, all_frames=True):
+    def check(self, writer, all_frames=True, sound=False):
         for system in PAL, NTSC:
             with self.subTest(stream=system.path.name):
                 file = self.make(writer, system)
@@ -58,18 +58,33 @@ class ForeignFiles(recordings.Case):
                 self.assertEqual(written, list(range(0 if all_frames else written[0], len(system.frames))))
                 self.assertEqual(recordings.read_through_library(file, system), written)
                 self.assertIsNone(recordings.faults(file))
+                if sound:
+                    self.check_sound(file, system, len(written))
+
+    def check_sound(self, file, system, frames):
+        """An export has the file's own sound stream."""
+        made = self.file(f"exported-{file.name}")
+        done = scripted_tests.run("dvrec", "convert", "--force", recordings.dos(file), recordings.dos(made))
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        wanted, got = (linux("ffmpeg", "-v", "error", "-i", one, "-map", "0:a", "-f", "s16le", "-")
+                       for one in (file, made))
+        common = min(len(wanted), len(got))
+        self.assertAlmostEqual(len(got) / 4, 48000 * frames / system.rate, delta=2)
+        self.assertGreater(common, 0.95 * len(got))
+        self.assertTrue(got[:common] == wanted[:common] and not any(got[common:]))
 
     def test_ffmpeg_without_sound_and_with_it(self):
         self.check(by_ffmpeg("-an"))
-        self.check(by_ffmpeg("-c:a", "pcm_s16le"))
+        self.check(by_ffmpeg("-c:a", "pcm_s16le"), sound=True)
 
     def test_gstreamer_without_sound_and_with_it(self):
         self.check(by_gstreamer())
-        self.check(by_gstreamer("d.audio", "!", *WIDE_QUEUE, "!", "audioconvert", "!", "mux.audio_0"))
+        self.check(by_gstreamer("d.audio", "!", *WIDE_QUEUE, "!", "audioconvert", "!", "mux.audio_0"),
+                   sound=True)
 
     def test_dvgrab_without_opendml_indexes_and_with_them(self):
         for more in (), ("-opendml",):
-            self.check(by_dvgrab("-f", "dv2", *more), all_frames=False)
+            self.check(by_dvgrab("-f", "dv2", *more), all_frames=False, sound=True)
 
     def test_dvgrab_type_1_is_refused_with_the_reason(self):
         file = self.make(by_dvgrab("-f", "dv1"), PAL)
