@@ -16,11 +16,22 @@ build_preset win32 marvo-bench marvo-devices
     die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its" \
         "CMakeLists.txt."
 compared=()
-if [[ " $* " != *" --help "* && (" $* " != *" --only "* || " $* " == *" --only avi "*) ]]; then
-    rounds=11
-    [[ " $* " != *" --quick "* ]] || rounds=5
+rounds=11
+[[ " $* " != *" --quick "* ]] || rounds=5
+
+# wanted GROUP: whether the arguments ask for a group.
+wanted() {
+    [[ " $arguments " != *" --help "* &&
+        (" $arguments " != *" --only "* || " $arguments " == *" --only $1 "*) ]]
+}
+arguments=$*
+if wanted avi; then
     scripts/bench_ffmpeg.sh "$rounds" build/win32/scratch/bench/ffmpeg.txt
     compared=(--ffmpeg 'R:\build\win32\scratch\bench\ffmpeg.txt')
+fi
+if wanted decoder; then
+    scripts/bench_decoder.sh "$rounds" build/win32/scratch/bench/ffmpeg_decoding.txt
+    compared+=(--ffmpeg-decoding 'R:\build\win32\scratch\bench\ffmpeg_decoding.txt')
 fi
 export MARVO_CWD=build/win32/scratch/bench
 scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "${compared[@]}" "$@"

@@ -28,4 +28,5 @@ void measureLoss(Bench& bench);
 void measureAllocations(Bench& bench);
 void measureStart(Bench& bench);
 void measureStrings(Bench& bench);
+void measureDecoder(Bench& bench);
 void measureInfo(Bench& bench);

@@ -31,6 +31,7 @@ const Group groups[] = {
     {"allocations", "memory allocated while frames flow", measureAllocations},
     {"start", "how long dvrec takes to start, against an empty program", measureStart},
     {"strings", "strings against the standard library's, lookups of settings", measureStrings},
+    {"decoder", "the simulated decoder, against ffmpeg's", measureDecoder},
     {"info", "other figures, without targets", measureInfo},
 };
 
@@ -59,6 +60,10 @@ void declare(Options& options, CLI::App& parser) {
         ->type_name("STREAM AVI")
         ->expected(2);
     parser.add_option("--ffmpeg", options.ffmpeg, "lines of seconds to report: of --copy and of ffmpeg")
+        ->type_name("FILE");
+    parser
+        .add_option("--ffmpeg-decoding", options.ffmpegDecoding,
+                    "lines of stream, frames and seconds to report, of ffmpeg")
         ->type_name("FILE");
 }
 

@@ -13,7 +13,7 @@ from pathlib import Path
 
 FRAME_BYTES = 144000
 SECTOR = 512
-# The picture at the detail of one value per 8x8 block, which is what the simulated decoder shows.
+# The pictures that are compared: small enough that the screen's way of drawing makes no difference.
 GRID = (90, 72)
 
 

@@ -2,7 +2,7 @@
 # make_streams.sh OUTDIR: makes the DV test streams OUTDIR/pal.dv and OUTDIR/ntsc.dv, 8 seconds each.
 #
 # Raw DV as a camera sends it: a moving test picture in saturated colours, the frame's number burnt in so
-# large that it can be read from the mean of every 8x8 block alone, and a stereo tone. Every frame differs
+# large that it can be read in a small picture, and a stereo tone. Every frame differs
 # from every other. Complete streams are kept; a stream that was cut short is made again.
 #
 # For the decoder, OUTDIR/pal_pictures.dv and OUTDIR/ntsc_pictures.dv: two frames each of what is hard to

@@ -59,16 +59,22 @@ TEST_P(dv_decoder_test, shows_what_another_decoder_shows) {
     const bytes expected = stream(name_ + ".yuv");
     const size_t samples = luma_ * 3 / 2, count = frames_.size() / system_.frame_bytes;
     ASSERT_TRUE(count == 18 && expected.size() == count * samples);
+    // Both round, and the planes were rounded once before: what else differs is a fault.
     double sum = 0, sum_of_luma = 0;
     for (size_t i = 0; i < count; ++i) {
         const bytes seen = picture_of(frame(i));
         const double all = psnr(seen.data(), &expected[i * samples], samples);
         const double luma = psnr(seen.data(), &expected[i * samples], luma_);
-        EXPECT_TRUE(all >= 50 && luma >= 50) << "frame " << i << ": " << all << ", luma " << luma;
+        int most = 0;
+        for (size_t at = 0; at < samples; ++at) {
+            most = std::max(most, std::abs(seen[at] - expected[i * samples + at]));
+        }
+        EXPECT_TRUE(all >= 54 && luma >= 54 && most <= 3)
+            << "frame " << i << ": " << all << " dB, luma " << luma << " dB, at most " << most;
         sum += all;
         sum_of_luma += luma;
     }
-    EXPECT_TRUE(sum / count >= 60 && sum_of_luma / count >= 60) << sum / count << ", " << sum_of_luma / count;
+    EXPECT_TRUE(sum / count >= 65 && sum_of_luma / count >= 65) << sum / count << ", " << sum_of_luma / count;
 }
 
 TEST_P(dv_decoder_test, keeps_the_former_picture_where_a_block_is_bad) {
