@@ -24,7 +24,7 @@ public:
         case 2:
             return check("shuttle", evening_.session->shuttle(static_cast<int>(below(9)) - 4));
         case 3:
-            return check("open", evening_.session->open(below(2) ? L"C:\\old.avi" : L"C:\\none.avi"));
+            return check("open", evening_.session->open(anyFile()));
         case 4:
             using Camera = app::EngineState::Camera;
             if (evening_.engine.now.built) {
@@ -54,6 +54,15 @@ public:
     }
 
 private:
+    std::wstring anyFile() {
+        const std::vector<app::Segment>& segments = evening_.session->reel().segments();
+        const unsigned which = below(4);
+        return which == 0                        ? evening_.engine.recordFile()
+               : which == 1 && !segments.empty() ? segments[0].file
+               : which == 2                      ? L"C:\\none.avi"
+                                                 : L"C:\\old.avi";
+    }
+
     void perform(const app::CommandInfo& info, const std::wstring& argument) {
         app::Session& session = *evening_.session;
         FakeEngine& engine = evening_.engine;
