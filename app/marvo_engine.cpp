@@ -1,0 +1,1 @@
+#include "app/marvo_engine.h"

@@ -1,0 +1,1 @@
+#include "app/moment.h"

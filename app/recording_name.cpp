@@ -1,0 +1,1 @@
+#include "app/recording_name.h"

@@ -1,0 +1,1 @@
+#include "app/rolling_file.h"

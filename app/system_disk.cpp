@@ -1,0 +1,1 @@
+#include "app/system_disk.h"
