@@ -2,16 +2,13 @@
 /// A picture that the application draws itself.
 #pragma once
 
+#include "app/view.h"
 #include "app/window/png_file.h"
 #include "app/window/window.h"
 
 #include <vector>
 
 namespace app {
-
-/// Which lines of a picture are shown: both fields, or one of them with each line twice, which is sharp where
-/// something moved.
-enum class Field { both, first, second };
 
 /// Draws the lines of a picture into an area.
 void drawPicture(HDC context, const PixelView& picture, Field field, const Area& area);

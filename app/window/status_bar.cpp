@@ -1,0 +1,84 @@
+#include "app/window/status_bar.h"
+
+namespace app {
+
+ModeSign modeSign(const View& view, Language language) {
+    switch (view.mode) {
+    case View::Mode::noCamera:
+        return {text(Text::windowNoCamera, language), colour::raised};
+    case View::Mode::noSignal:
+        return {text(Text::windowNoSignal, language), colour::alarm};
+    case View::Mode::live:
+        return {text(Text::windowLive, language), colour::live};
+    case View::Mode::held:
+        return {text(Text::windowHeld, language), colour::replay};
+    case View::Mode::replay:
+        return {text(Text::windowReplay, language), colour::replay};
+    case View::Mode::playlist:
+        return {text(Text::windowPlaylist, language), colour::replay};
+    default:
+        return {text(Text::windowOldRecording, language), colour::old};
+    }
+}
+
+void StatusBar::update(const View& view, Language language) {
+    const ModeSign sign = modeSign(view, language);
+    Cells now;
+    now.mode = {sign.words, view.source, sign.colour};
+    now.time = {view.timeOfDay.empty() ? view.position : view.timeOfDay,
+                view.timeOfDay.empty() ? std::wstring() : view.position};
+    now.speed = {view.speedText, view.playModeText};
+    const bool failing = view.recording == View::Recording::failing;
+    const bool on = view.recording == View::Recording::recording;
+    const size_t slash = view.recordingFile.find_last_of(L"\\/");
+    const std::wstring name =
+        slash == std::wstring::npos ? view.recordingFile : view.recordingFile.substr(slash + 1);
+    now.recording = {(on ? L"\x25CF " : L"") + view.recordingText, name,
+                     failing ? colour::alarm
+                     : on    ? RGB(110, 24, 24)
+                             : colour::panel,
+                     on || failing ? colour::text : colour::faint};
+    now.drive = {view.driveText, {}, view.driveLow ? colour::alarm : colour::panel,
+                 view.driveLow ? colour::text : colour::faint};
+    if (!(now == cells_)) {
+        cells_ = now;
+        invalidate();
+    }
+}
+
+void StatusBar::paint(Canvas& canvas, const Area& area) {
+    canvas.fill(area, colour::background);
+    Area rest = area;
+    const int width = area.width();
+    const int gap = canvas.scaled(2);
+    paintCell(canvas, rest.takeLeft(width * 23 / 100), cells_.mode);
+    rest.takeLeft(gap);
+    paintCell(canvas, rest.takeLeft(width * 20 / 100), cells_.time);
+    rest.takeLeft(gap);
+    paintCell(canvas, rest.takeLeft(width * 11 / 100), cells_.speed);
+    rest.takeLeft(gap);
+    paintCell(canvas, rest.takeRight(width * 19 / 100), cells_.drive);
+    rest.takeRight(gap);
+    paintCell(canvas, rest, cells_.recording);
+}
+
+void StatusBar::paintCell(Canvas& canvas, const Area& area, const Cell& cell) {
+    canvas.fill(area, cell.ground);
+    Area rest = area.inset(canvas.scaled(12), canvas.scaled(6));
+    if (!cell.small.empty() && cell.small != cell.large) {
+        canvas.text(rest.takeBottom(canvas.scaled(22)), cell.small, Writing::normal,
+                    cell.ground == colour::panel ? colour::faint : colour::text);
+    }
+    // Words that do not fit in the largest letters are written smaller rather than cut.
+    Writing writing = Writing::huge;
+    if (canvas.widthOf(cell.large, writing) > rest.width()) {
+        writing = Writing::large;
+    }
+    if (canvas.widthOf(cell.large, writing) > rest.width()) {
+        canvas.paragraph(rest, cell.large, Writing::strong, cell.ink);
+        return;
+    }
+    canvas.text(rest, cell.large, writing, cell.ink);
+}
+
+} // namespace app
