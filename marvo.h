@@ -78,6 +78,12 @@
 #include "marvo/video/output_pin.h"
 #include "marvo/video/sink.h"
 
+// Recordings and pictures, for hosts that show them.
+#include "marvo/dv/frame_notes.h"
+#include "marvo/picture/frame_decoder.h"
+#include "marvo/picture/picture.h"
+#include "marvo/recording/recording.h"
+
 // The replay engine and its front end `dvFE`.
 #include "marvo/avi/avi_file.h"
 #include "marvo/avi/avi_inspector.h"

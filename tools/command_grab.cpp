@@ -1,10 +1,11 @@
 #include "tools/commands.h"
-#include "tools/decoded_picture.h"
 #include "tools/image_file.h"
 #include "tools/json_writer.h"
 #include "tools/output_file.h"
 #include "tools/recording.h"
 #include "tools/text.h"
+
+#include "marvo/picture/frame_decoder.h"
 
 #include <cstdio>
 
@@ -12,7 +13,7 @@ namespace dvrec {
 
 namespace {
 
-void report(const Picture& picture, const Arguments& arguments) {
+void report(const dvPicture& picture, const Arguments& arguments) {
     if (!arguments.json) {
         std::printf("'%s': frame %lu, %u x %u pixels\n", utf8(arguments.files[1]).c_str(), *arguments.frame,
                     picture.width, picture.height);
@@ -53,9 +54,10 @@ ExitStatus grab(const Arguments& arguments) {
     if (!readFrame(*from, *arguments.frame, buffer, fault)) {
         throw Failure{ExitStatus::cannotRead, frameName + fault + "."};
     }
-    Picture picture;
-    if (!decodePicture({buffer.frame(), buffer.frameBytes()}, picture, fault)) {
-        throw Failure{ExitStatus::noPicture, frameName + "gives no picture: " + fault + "."};
+    dvPicture picture;
+    dvFrameDecoder decoder;
+    if (!decoder.decode(buffer.frame(), buffer.frameBytes(), picture)) {
+        throw Failure{ExitStatus::noPicture, frameName + "gives no picture. " + utf8(decoder.explanation())};
     }
     if (!saveImage(picture, output.name(), output.temporaryName(), fault)) {
         throw cannotWrite(output.name(), fault);

@@ -32,7 +32,7 @@ const Format* formatOf(const std::wstring& name) {
     return nullptr;
 }
 
-HRESULT encode(IWICImagingFactory& factory, const Picture& picture, const GUID& container,
+HRESULT encode(IWICImagingFactory& factory, const dvPicture& picture, const GUID& container,
                const std::wstring& path) {
     vwin::com_<IWICStream> stream;
     vwin::com_<IWICBitmapEncoder> encoder;
@@ -83,7 +83,7 @@ bool isImageName(const std::wstring& name) {
     return formatOf(name) != nullptr;
 }
 
-bool saveImage(const Picture& picture, const std::wstring& name, const std::wstring& path,
+bool saveImage(const dvPicture& picture, const std::wstring& name, const std::wstring& path,
                std::string& fault) {
     vwin::com_<IWICImagingFactory> factory;
     if (!factory.create(CLSID_WICImagingFactory)) {

@@ -2,7 +2,7 @@
 /// Pictures as files.
 #pragma once
 
-#include "tools/picture.h"
+#include "marvo/picture/picture.h"
 
 #include <string>
 
@@ -14,7 +14,7 @@ bool isImageName(const std::wstring& name);
 /// Writes the picture to the file `path`, in the format that the extension of `name` stands for, by the
 /// system's imaging component. False, with the reason in `fault`, when that is not possible. COM must be
 /// initialised.
-bool saveImage(const Picture& picture, const std::wstring& name, const std::wstring& path,
+bool saveImage(const dvPicture& picture, const std::wstring& name, const std::wstring& path,
                std::string& fault);
 
 } // namespace dvrec

@@ -14,6 +14,7 @@ constexpr unsigned long packBytes = 5;
 
 /// What a pack holds, by its first byte (IEC 61834-4).
 constexpr unsigned char timeCodePack = 0x13;
+constexpr unsigned char vauxSourceControlPack = 0x61;
 constexpr unsigned char recordingDatePack = 0x62;
 constexpr unsigned char recordingTimePack = 0x63;
 

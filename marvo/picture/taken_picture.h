@@ -1,25 +1,17 @@
 /// @file
-/// A picture.
+/// Pictures as decoders hand them out.
 #pragma once
 
 #include "marvo/core/windows.h"
+#include "marvo/picture/picture.h"
 
-#include <vector>
-
-namespace dvrec {
-
-/// Pixels of 4 bytes (blue, green, red, unused), the top line first, without gaps.
-struct Picture {
-    unsigned width = 0;
-    unsigned height = 0;
-    std::vector<unsigned char> pixels;
-};
+namespace picture {
 
 /// Copies a picture of `pixelBytes` (3 or 4) bytes per pixel, as `header` describes it: lines are padded to 4
 /// bytes, and the lowest one comes first unless the height is negative. False when the sides are none of a
 /// picture or the `bytes` bytes at `data` do not hold it: the header comes from a decoder of the system's and
-/// is not believed.
+/// is not believed. The sides to show are not touched.
 bool takePicture(const BITMAPINFOHEADER& header, unsigned pixelBytes, const unsigned char* data,
-                 unsigned long long bytes, Picture& picture);
+                 unsigned long long bytes, dvPicture& picture);
 
-} // namespace dvrec
+} // namespace picture

@@ -1,9 +1,7 @@
-#include "tools/decoded_picture.h"
+#include "marvo/picture/decoder_graph.h"
 
-#include "marvo/com/com_fg.h"
-#include "marvo/com/com_filter.h"
-#include "marvo/com/com_ptr.h"
 #include "marvo/core/handle.h"
+#include "marvo/picture/taken_picture.h"
 #include "marvo/video/alloc.h"
 #include "marvo/video/base_filter.h"
 #include "marvo/video/enum_pins.h"
@@ -12,9 +10,8 @@
 #include "marvo/video/sink.h"
 
 #include <cstring>
-#include <memory>
 
-namespace dvrec {
+namespace picture {
 
 namespace {
 
@@ -25,22 +22,32 @@ constexpr wchar_t decoderOutput[] = L"XForm Out";
 
 constexpr DWORD patience_ms = 5000;
 
-/// Sends one frame.
+/// Decoders show a reduced picture unless they are told otherwise; one that cannot be told shows what it
+/// does.
+void askForFullSize(IBaseFilter* decoder) {
+    vwin::com_<IIPDVDec> resolution;
+    if (SUCCEEDED(decoder->QueryInterface(IID_IIPDVDec, reinterpret_cast<void**>(resolution.put())))) {
+        resolution->put_IPDisplay(DVDECODERRESOLUTION_720x480);
+    }
+}
+
+} // namespace
+
+/// Sends frames.
 class FrameSource final : public vvideo::dvBaseFilter {
 public:
     FrameSource() : output_(std::make_unique<vvideo::dvOutputPin>(this, L"Output")) {}
 
-    /// Prepares the pin for a frame; before the pin is connected.
-    bool prepare(vdv::FrameBytes frame) {
-        const auto size = static_cast<unsigned long>(frame.size());
+    /// Prepares the pin for frames of that size; before the pin is connected.
+    bool prepare(unsigned long frameBytes) {
         vvideo::dvMediaType type;
-        type.initVideoType(size, 0xFFFFFFFFul);
+        type.initVideoType(frameBytes, 0xFFFFFFFFul);
         output_->setType(type);
         output_->setMem(allocator_);
-        return allocator_.init(size, 1, 0, 1);
+        return allocator_.init(frameBytes, 1, 0, 1);
     }
 
-    /// Hands the frame to the decoder, of which it comes back decoded or refused.
+    /// Hands a frame to the decoder, which takes or refuses it.
     bool send(vdv::FrameBytes frame) {
         vwin::com_<IMediaSample> sample;
         BYTE* data = nullptr;
@@ -62,23 +69,31 @@ private:
     vvideo::dvAlloc allocator_;
 };
 
-/// Keeps the first picture that arrives. `receive` may come on a thread of the decoder's.
+/// Keeps the first picture that arrives after it was told to wait for one. `receive` may come on a thread of
+/// the decoder's.
 class PictureSink final : public vvideo::dvBaseFilter, public vvideo::dvSink {
 public:
     PictureSink()
         : input_(std::make_unique<vvideo::dvInputPin>(this, L"Input", 0)),
-          arrived_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
+          arrived_(CreateEventW(nullptr, TRUE, TRUE, nullptr)) {
         input_->registerSink(this);
     }
     ~PictureSink() override { input_->unregisterSink(); }
 
-    /// Waits for the picture; false when none comes in time.
-    bool take(Picture& picture) {
+    /// The next picture is the one to keep. It is put into the memory of `former`.
+    void expect(dvPicture& former) {
+        std::swap(picture_, former);
+        picture_.width = 0;
+        ResetEvent(arrived_.get());
+    }
+
+    /// Waits for that picture; false when none comes in time.
+    bool take(dvPicture& picture) {
         if (WaitForSingleObject(arrived_.get(), patience_ms) != WAIT_OBJECT_0) {
             return false;
         }
-        picture = std::move(picture_);
-        return !picture.pixels.empty();
+        std::swap(picture, picture_);
+        return picture.width != 0;
     }
 
     bool acceptFormat(vvideo::dvInputPin*, vvideo::dvMediaType& type) override {
@@ -114,50 +129,59 @@ private:
 
     std::unique_ptr<vvideo::dvInputPin> input_;
     vcore::handle arrived_;
-    Picture picture_;
+    dvPicture picture_;
 };
 
-/// Decoders show a reduced picture unless they are told otherwise; one that cannot be told shows what it
-/// does.
-void askForFullSize(IBaseFilter* decoder) {
-    vwin::com_<IIPDVDec> resolution;
-    if (SUCCEEDED(decoder->QueryInterface(IID_IIPDVDec, reinterpret_cast<void**>(resolution.put())))) {
-        resolution->put_IPDisplay(DVDECODERRESOLUTION_720x480);
-    }
+DecoderGraph::DecoderGraph() = default;
+
+DecoderGraph::~DecoderGraph() {
+    takeApart();
 }
 
-} // namespace
-
-bool decodePicture(vdv::FrameBytes frame, Picture& picture, std::string& fault) {
-    vwin::com_fg graph;
-    if (!graph.init(true)) {
-        fault = "the system cannot make a filter graph";
+bool DecoderGraph::make(unsigned long frameBytes, std::wstring& fault) {
+    takeApart();
+    if (!graph_.init(true)) {
+        fault = L"The system cannot make a filter graph.";
         return false;
     }
-    vwin::com_<FrameSource> source;
-    source.attach(new FrameSource);
-    vwin::com_<PictureSink> sink;
-    sink.attach(new PictureSink);
-    vwin::com_filter decoder;
-    if (!graph.add(decoderClass, decoder, L"dvDecode")) {
-        fault = "this system has no DV video decoder; install one";
-        return false;
+    if (!graph_.add(decoderClass, decoder_, L"dvDecode")) {
+        fault = L"There is no DV video decoder on this system; install one.";
+    } else if (!connect(frameBytes)) {
+        fault = L"The DV video decoder does not take frames of this kind, or gives no RGB picture.";
+    } else {
+        frameBytes_ = frameBytes;
+        return true;
     }
-    askForFullSize(decoder.filter());
-    const bool made =
-        source->prepare(frame) && graph.add(source.ptr(), L"frame") && graph.add(sink.ptr(), L"picture") &&
-        graph.connect(source.ptr(), L"Output", decoder.filter(), decoderInput, nullptr) &&
-        graph.connect(decoder.filter(), decoderOutput, sink.ptr(), L"Input", nullptr) && graph.run(0);
-    if (!made) {
-        fault = "the DV video decoder does not take frames of this kind, or gives no RGB picture";
-    }
-    const bool decoded = made && source->send(frame) && sink->take(picture);
-    if (made && !decoded) {
-        fault = "the DV video decoder gave no picture";
-    }
-    decoder.clear();
-    graph.done(true);
-    return decoded;
+    takeApart();
+    return false;
 }
 
-} // namespace dvrec
+bool DecoderGraph::connect(unsigned long frameBytes) {
+    source_.attach(new FrameSource);
+    sink_.attach(new PictureSink);
+    askForFullSize(decoder_.filter());
+    return source_->prepare(frameBytes) && graph_.add(source_.ptr(), L"frame") &&
+           graph_.add(sink_.ptr(), L"picture") &&
+           graph_.connect(source_.ptr(), L"Output", decoder_.filter(), decoderInput, nullptr) &&
+           graph_.connect(decoder_.filter(), decoderOutput, sink_.ptr(), L"Input", nullptr) && graph_.run(0);
+}
+
+void DecoderGraph::takeApart() {
+    frameBytes_ = 0;
+    decoder_.clear();
+    graph_.done(true);
+    source_.clear();
+    sink_.clear();
+}
+
+bool DecoderGraph::decode(vdv::FrameBytes frame, dvPicture& picture, std::wstring& fault) {
+    sink_->expect(picture);
+    if (source_->send(frame) && sink_->take(picture)) {
+        return true;
+    }
+    takeApart();
+    fault = L"The DV video decoder gave no picture.";
+    return false;
+}
+
+} // namespace picture
