@@ -22,7 +22,8 @@ SIZE Badge::wanted() {
         Canvas canvas(context, fonts());
         const int margin = canvas.scaled(writing_ == Writing::huge ? 28 : 14);
         const int line = canvas.scaled(writing_ == Writing::huge ? 58 : 34);
-        size.cx = std::max(canvas.widthOf(first_, writing_), canvas.widthOf(second_, Writing::large)) + 2 * margin;
+        size.cx =
+            std::max(canvas.widthOf(first_, writing_), canvas.widthOf(second_, Writing::large)) + 2 * margin;
         size.cy = line + (second_.empty() ? 0 : canvas.scaled(42));
     }
     ReleaseDC(handle(), context);

@@ -31,7 +31,16 @@ void ClipPanel::update() {
     wishThumbnails();
     keepInside();
     revealChosen();
-    if (edit_ == nullptr) {
+    std::wstring drawn;
+    for (const View::ClipRow& row : rows()) {
+        drawn += std::to_wstring(row.clip.id) + L' ' + row.clip.name + L' ' + row.length +
+                 (row.chosen ? L'c' : L' ') + (row.playing ? L'p' : L' ') + (row.gone ? L'g' : L' ');
+    }
+    for (const JobQueue::Job& job : jobRows_) {
+        drawn += job.name + std::to_wstring(static_cast<int>(job.progress * 200.0));
+    }
+    if (drawn != drawn_) {
+        drawn_ = drawn;
         invalidate();
     }
 }
@@ -42,7 +51,8 @@ void ClipPanel::takeThumbnail(const FrameAddress& address, dvPicture picture) {
 }
 
 void ClipPanel::beginRename() {
-    const auto row = std::find_if(rows().begin(), rows().end(), [](const View::ClipRow& r) { return r.chosen; });
+    const auto row =
+        std::find_if(rows().begin(), rows().end(), [](const View::ClipRow& r) { return r.chosen; });
     if (row == rows().end()) {
         return;
     }
@@ -52,9 +62,9 @@ void ClipPanel::beginRename() {
     Area area = rowArea(static_cast<size_t>(row - rows().begin()));
     area.takeLeft(scaled(96));
     area = {area.left, area.top + scaled(4), area.right - scaled(6), area.top + scaled(32)};
-    edit_ = CreateWindowExW(0, L"EDIT", row->clip.name.c_str(),
-                            WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, area.left, area.top, area.width(),
-                            area.height(), handle(), nullptr, GetModuleHandleW(nullptr), nullptr);
+    edit_ = CreateWindowExW(
+        0, L"EDIT", row->clip.name.c_str(), WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, area.left,
+        area.top, area.width(), area.height(), handle(), nullptr, GetModuleHandleW(nullptr), nullptr);
     if (edit_ == nullptr) {
         return;
     }
@@ -77,8 +87,8 @@ void ClipPanel::paint(Canvas& canvas, const Area& area) {
     const Language language = session_->settings().language;
     const Area list = listArea();
     if (rows().empty()) {
-        canvas.paragraph(list.inset(canvas.scaled(14), canvas.scaled(14)), text(Text::windowNoClips, language),
-                         Writing::normal, colour::off);
+        canvas.paragraph(list.inset(canvas.scaled(14), canvas.scaled(14)),
+                         text(Text::windowNoClips, language), Writing::normal, colour::off);
     }
     for (size_t i = 0; i < rows().size(); ++i) {
         const Area row = rowArea(i);
@@ -118,8 +128,8 @@ LRESULT ClipPanel::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         if (dragging_) {
             const int height = scaled(rowHeight);
-            dropBefore_ = std::clamp(static_cast<int>(at.y - listArea().top + scroll_ + height / 2) / height, 0,
-                                     static_cast<int>(rows().size()));
+            dropBefore_ = std::clamp(static_cast<int>(at.y - listArea().top + scroll_ + height / 2) / height,
+                                     0, static_cast<int>(rows().size()));
             invalidate();
         }
         return 0;
@@ -205,9 +215,10 @@ void ClipPanel::paintRow(Canvas& canvas, const Area& area, const View::ClipRow& 
         const int height = std::min(thumbnail.height(), MulDiv(thumbnail.width(), picture.aspectDenominator,
                                                                static_cast<int>(picture.aspectNumerator)));
         const int top = thumbnail.top + (thumbnail.height() - height) / 2;
-        drawPicture(canvas.context(),
-                    {picture.pixels.data(), static_cast<int>(picture.width), static_cast<int>(picture.height)},
-                    Field::both, {thumbnail.left, top, thumbnail.right, top + height});
+        drawPicture(
+            canvas.context(),
+            {picture.pixels.data(), static_cast<int>(picture.width), static_cast<int>(picture.height)},
+            Field::both, {thumbnail.left, top, thumbnail.right, top + height});
     }
     rest = rest.inset(canvas.scaled(5), canvas.scaled(8));
     canvas.text(rest.takeTop(canvas.scaled(26)), row.clip.name, Writing::strong,
@@ -228,7 +239,8 @@ void ClipPanel::paintJobs(Canvas& canvas, const Area& area) {
         Area bar = row.takeBottom(canvas.scaled(8));
         canvas.text(row, job.name, Writing::small, colour::text);
         canvas.fill(bar, colour::raised);
-        canvas.fill(bar.takeLeft(static_cast<int>(bar.width() * std::clamp(job.progress, 0.0, 1.0))), colour::live);
+        canvas.fill(bar.takeLeft(static_cast<int>(bar.width() * std::clamp(job.progress, 0.0, 1.0))),
+                    colour::live);
     }
 }
 
@@ -313,7 +325,8 @@ void ClipPanel::keepInside() {
 
 /// Scrolls a clip that was chosen by a key into view.
 void ClipPanel::revealChosen() {
-    const auto row = std::find_if(rows().begin(), rows().end(), [](const View::ClipRow& r) { return r.chosen; });
+    const auto row =
+        std::find_if(rows().begin(), rows().end(), [](const View::ClipRow& r) { return r.chosen; });
     const std::uint64_t chosen = row != rows().end() ? row->clip.id : 0;
     if (chosen == chosen_) {
         return;

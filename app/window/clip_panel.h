@@ -67,6 +67,7 @@ private:
     PictureWorker* pictures_ = nullptr;
     std::vector<JobQueue::Job> jobRows_;
     std::map<Address, dvPicture> thumbnails_; // of width 0: wished for
+    std::wstring drawn_;                      ///< what the drawn rows depend on
     HWND edit_ = nullptr;
     HBRUSH editGround_ = nullptr;
     std::uint64_t renamed_ = 0;

@@ -96,8 +96,9 @@ bool exportPictures(const Clip& clip, const std::wstring& target, const JobQueue
         const double aspect = static_cast<double>(picture.aspectNumerator) * picture.height /
                               (static_cast<double>(picture.aspectDenominator) * picture.width);
         const std::wstring name = folder.next();
-        if (!writePng({picture.pixels.data(), static_cast<int>(picture.width), static_cast<int>(picture.height)},
-                      aspect, name, why)) {
+        if (!writePng(
+                {picture.pixels.data(), static_cast<int>(picture.width), static_cast<int>(picture.height)},
+                aspect, name, why)) {
             why = name + L": " + why;
             return false;
         }
@@ -129,7 +130,8 @@ ExportKind exportKindOf(const std::wstring& target) {
 JobQueue::Work exportWork(const Clip& clip, const std::wstring& target) {
     const bool pictures = exportKindOf(target) == ExportKind::pictures;
     return [clip, target, pictures](const JobQueue::Progress& progress, std::wstring& why) {
-        return pictures ? exportPictures(clip, target, progress, why) : exportFile(clip, target, progress, why);
+        return pictures ? exportPictures(clip, target, progress, why)
+                        : exportFile(clip, target, progress, why);
     };
 }
 

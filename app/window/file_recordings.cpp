@@ -34,7 +34,7 @@ std::optional<RecordingFacts> FileRecordings::look(const std::wstring& file, std
 }
 
 std::wstring FileRecordings::timeCode(const std::wstring& file, std::uint64_t frame) {
-    if (!open(file)) {
+    if (file.empty() || (file != recording_.name() && !recording_.open(file.c_str()))) {
         return {};
     }
     if (frame >= recording_.frames()) {
@@ -48,14 +48,6 @@ std::wstring FileRecordings::timeCode(const std::wstring& file, std::uint64_t fr
     std::swprintf(words, sizeof words / sizeof *words, L"%02u:%02u:%02u%ls%02u", code.hours, code.minutes,
                   code.seconds, code.dropFrame ? L";" : L":", code.frames);
     return words;
-}
-
-dvAspect FileRecordings::aspect(const std::wstring& file, std::uint64_t frame) {
-    return open(file) ? recording_.aspect(frame) : dvAspect();
-}
-
-bool FileRecordings::open(const std::wstring& file) {
-    return !file.empty() && (file == recording_.name() || recording_.open(file.c_str()));
 }
 
 } // namespace app

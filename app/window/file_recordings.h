@@ -14,12 +14,8 @@ public:
     std::wstring timeCode(const std::wstring& file, std::uint64_t frame) override;
     /// Closes the file, so that it can be deleted.
     void close() { recording_.close(); }
-    /// The sides of the picture of a file's frame, width to height.
-    dvAspect aspect(const std::wstring& file, std::uint64_t frame);
 
 private:
-    bool open(const std::wstring& file);
-
     dvRecording recording_;
 };
 

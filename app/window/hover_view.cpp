@@ -35,8 +35,9 @@ void HoverView::paint(Canvas& canvas, const Area& area) {
     if (picture_.width == 0) {
         return;
     }
-    const int height = std::min(rest.height(), MulDiv(rest.width(), static_cast<int>(picture_.aspectDenominator),
-                                                      static_cast<int>(picture_.aspectNumerator)));
+    const int height =
+        std::min(rest.height(), MulDiv(rest.width(), static_cast<int>(picture_.aspectDenominator),
+                                       static_cast<int>(picture_.aspectNumerator)));
     const int top = rest.top + (rest.height() - height) / 2;
     drawPicture(canvas.context(),
                 {picture_.pixels.data(), static_cast<int>(picture_.width), static_cast<int>(picture_.height)},

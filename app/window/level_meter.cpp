@@ -66,13 +66,16 @@ void LevelMeter::paint(Canvas& canvas, const Area& area) {
         const int x = middle + 2 * unit + unit / 2;
         const int d = unit;
         const int t = std::max(1, canvas.scaled(1));
-        canvas.polygon({{x - d, centre - d}, {x - d + t, centre - d}, {x + d, centre + d}, {x + d - t, centre + d}},
-                       colour::recording);
-        canvas.polygon({{x + d, centre - d}, {x + d - t, centre - d}, {x - d, centre + d}, {x - d + t, centre + d}},
-                       colour::recording);
+        canvas.polygon(
+            {{x - d, centre - d}, {x - d + t, centre - d}, {x + d, centre + d}, {x + d - t, centre + d}},
+            colour::recording);
+        canvas.polygon(
+            {{x + d, centre - d}, {x + d - t, centre - d}, {x - d, centre + d}, {x - d + t, centre + d}},
+            colour::recording);
     } else {
         canvas.fill({middle + unit + unit / 2, centre - unit, middle + 2 * unit, centre + unit}, shade);
-        canvas.fill({middle + 2 * unit + unit / 2, centre - 2 * unit, middle + 3 * unit, centre + 2 * unit}, shade);
+        canvas.fill({middle + 2 * unit + unit / 2, centre - 2 * unit, middle + 3 * unit, centre + 2 * unit},
+                    shade);
     }
     const int barWidth = (rest.width() - canvas.scaled(3)) / 2;
     for (size_t i = 0; i < drawn_dB_.size(); ++i) {

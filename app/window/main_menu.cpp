@@ -16,30 +16,43 @@ constexpr Command line{0};
 
 const Command fileCommands[] = {Command::open,     line, Command::exportClip, Command::exportAll, line,
                                 Command::settings, line, Command::quit};
-const Command recordCommands[] = {Command::record, Command::stop, line, Command::live, Command::lookForCamera};
-const Command replayCommands[] = {
-    Command::again5,      Command::again10,      Command::again20,    line,
-    Command::holdOrGoOn,  Command::playForward,  Command::playBackward, line,
-    Command::stepForward, Command::stepBack,     Command::stepForward10, Command::stepBack10,
-    Command::home,        Command::end,          line,               Command::playOnce,
-    Command::loop,        Command::pingPong};
-const Command speedCommands[] = {Command::speed1, Command::speed2, Command::speed3, Command::speed4,
-                                 Command::speed5, Command::speed6, Command::speed7, Command::speed8,
-                                 Command::speed9, line,            Command::reverse};
-const Command clipCommands[] = {Command::markIn,     Command::markOut,      Command::clearMarks,
-                                Command::clipOfLast10, line,                Command::nextClip,
-                                Command::previousClip, Command::playClip,   Command::playAll,
-                                line,                Command::renameClip,   Command::clipUp,
-                                Command::clipDown,   Command::deleteClip,   Command::undo};
-const Command viewCommands[] = {Command::fullScreen, Command::outputWindow, line,
-                                Command::field,      Command::zoomIn,       Command::zoomOut,
-                                Command::zoomWhole,  line,                  Command::mute,
-                                Command::timeDisplay};
+const Command recordCommands[] = {Command::record, Command::stop, line, Command::live,
+                                  Command::lookForCamera};
+const Command replayCommands[] = {Command::again5,
+                                  Command::again10,
+                                  Command::again20,
+                                  line,
+                                  Command::holdOrGoOn,
+                                  Command::playForward,
+                                  Command::playBackward,
+                                  line,
+                                  Command::stepForward,
+                                  Command::stepBack,
+                                  Command::stepForward10,
+                                  Command::stepBack10,
+                                  Command::home,
+                                  Command::end,
+                                  line,
+                                  Command::playOnce,
+                                  Command::loop,
+                                  Command::pingPong};
+const Command speedCommands[] = {
+    Command::speed1, Command::speed2, Command::speed3, Command::speed4, Command::speed5,
+    Command::speed6, Command::speed7, Command::speed8, Command::speed9, line,
+    Command::reverse};
+const Command clipCommands[] = {
+    Command::markIn,     Command::markOut,      Command::clearMarks, Command::clipOfLast10, line,
+    Command::nextClip,   Command::previousClip, Command::playClip,   Command::playAll,      line,
+    Command::renameClip, Command::clipUp,       Command::clipDown,   Command::deleteClip,   Command::undo};
+const Command viewCommands[] = {
+    Command::fullScreen, Command::outputWindow, line, Command::field, Command::zoomIn,
+    Command::zoomOut,    Command::zoomWhole,    line, Command::mute,  Command::timeDisplay};
 const Command helpCommands[] = {Command::help};
-const Command onClip[] = {Command::playClip,   line,           Command::renameClip, Command::exportClip, line,
+const Command onClip[] = {Command::playClip,   line,         Command::renameClip, Command::exportClip, line,
                           Command::deleteClip, Command::undo};
-const Command onPicture[] = {Command::fullScreen, Command::outputWindow, Command::field, Command::zoomWhole,
-                             line,                Command::mute,         Command::timeDisplay};
+const Command onPicture[] = {
+    Command::fullScreen, Command::outputWindow, Command::field, Command::zoomWhole, line,
+    Command::mute,       Command::timeDisplay};
 
 struct Group {
     Text title;
@@ -75,8 +88,8 @@ HMENU MainMenu::build(const Settings& settings) {
                 append(menu, firstRecent + i, 0, {nameOf(settings.recent[i]), {}}, items);
             }
         }
-        append(bar, reinterpret_cast<UINT_PTR>(menu), MF_POPUP, {text(part.title, settings.language), {}, true},
-               items);
+        append(bar, reinterpret_cast<UINT_PTR>(menu), MF_POPUP,
+               {text(part.title, settings.language), {}, true}, items);
     }
     MENUINFO info = {};
     info.cbSize = sizeof info;
@@ -152,7 +165,8 @@ bool MainMenu::draw(const DRAWITEMSTRUCT& item, Fonts& fonts) const {
     Area rest = area;
     Area sign = rest.takeLeft(canvas.scaled(28));
     if ((item.itemState & ODS_CHECKED) != 0) {
-        canvas.disc((sign.left + sign.right) / 2, (sign.top + sign.bottom) / 2, canvas.scaled(4), colour::text);
+        canvas.disc((sign.left + sign.right) / 2, (sign.top + sign.bottom) / 2, canvas.scaled(4),
+                    colour::text);
     }
     rest.takeRight(canvas.scaled(14));
     canvas.text(rest, known.key, Writing::normal, colour::faint, Canvas::Align::right);
@@ -167,7 +181,8 @@ LRESULT MainMenu::letter(wchar_t letter, HMENU menu) const {
         info.fMask = MIIM_DATA;
         GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info);
         const auto* item = reinterpret_cast<const Item*>(info.dwItemData);
-        if (item != nullptr && !item->words.empty() && std::towlower(item->words[0]) == std::towlower(letter)) {
+        if (item != nullptr && !item->words.empty() &&
+            std::towlower(item->words[0]) == std::towlower(letter)) {
             return MAKELRESULT(i, MNC_EXECUTE);
         }
     }
@@ -176,8 +191,9 @@ LRESULT MainMenu::letter(wchar_t letter, HMENU menu) const {
 
 std::optional<Command> MainMenu::commandOf(WORD id) {
     const std::span<const CommandInfo> known = commands();
-    const bool there = std::any_of(known.begin(), known.end(),
-                                   [id](const CommandInfo& info) { return static_cast<int>(info.command) == id; });
+    const bool there = std::any_of(known.begin(), known.end(), [id](const CommandInfo& info) {
+        return static_cast<int>(info.command) == id;
+    });
     return there ? std::optional(static_cast<Command>(id)) : std::nullopt;
 }
 
@@ -202,7 +218,8 @@ HMENU MainMenu::group(const Command* commands, size_t count, const Settings& set
         const CommandInfo& info = commandInfo(commands[i]);
         const std::vector<Key> keys = settings.keys.keys(commands[i]);
         append(menu, static_cast<UINT_PTR>(commands[i]), 0,
-               {text(info.text, settings.language), keys.empty() ? std::wstring() : keys.front().text()}, items);
+               {text(info.text, settings.language), keys.empty() ? std::wstring() : keys.front().text()},
+               items);
     }
     return menu;
 }

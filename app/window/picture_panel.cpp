@@ -13,8 +13,9 @@ constexpr double mostZoom = 8.0;
 } // namespace
 
 bool PicturePanel::createPicture(HWND parent, Fonts& fonts) {
-    return createPanel(parent, fonts) && video_.createVideo(handle()) && still_.createStill(handle(), fonts) &&
-           tag_.createBadge(handle(), fonts) && alarm_.createBadge(handle(), fonts);
+    return createPanel(parent, fonts) && video_.createVideo(handle()) &&
+           still_.createStill(handle(), fonts) && tag_.createBadge(handle(), fonts) &&
+           alarm_.createBadge(handle(), fonts);
 }
 
 void PicturePanel::setAspect(int width, int height) {
@@ -194,8 +195,8 @@ void PicturePanel::placeBadges() {
         RECT now = {};
         GetWindowRect(badge.handle(), &now);
         MapWindowPoints(nullptr, GetParent(badge.handle()), reinterpret_cast<POINT*>(&now), 2);
-        const bool same = badge.visible() && now.left == x && now.top == y && now.right - now.left == size.cx &&
-                          now.bottom - now.top == size.cy;
+        const bool same = badge.visible() && now.left == x && now.top == y &&
+                          now.right - now.left == size.cx && now.bottom - now.top == size.cy;
         if (!same) {
             SetWindowPos(badge.handle(), HWND_TOP, x, y, size.cx, size.cy, SWP_NOACTIVATE | SWP_SHOWWINDOW);
         }

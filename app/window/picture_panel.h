@@ -16,7 +16,8 @@ public:
     /// As `createPanel`, with everything inside.
     bool createPicture(HWND parent, Fonts& fonts);
 
-    /// The window that the engine draws into. It takes no part in the mouse's business, which is this panel's.
+    /// The window that the engine draws into. It takes no part in the mouse's business, which is this
+    /// panel's.
     HWND video() const { return video_.handle(); }
     /// The picture's width to its height on the screen, 4:3 at first.
     void setAspect(int width, int height);

@@ -30,8 +30,8 @@ void PictureWorker::wish(PictureUse use, const FrameAddress& address) {
         std::erase_if(wishes_, [&](const Wish& wish) {
             return wish.use == use && (use != PictureUse::thumbnail || wish.address == address);
         });
-        const auto before = std::find_if(wishes_.begin(), wishes_.end(),
-                                         [use](const Wish& wish) { return wish.use > use; });
+        const auto before =
+            std::find_if(wishes_.begin(), wishes_.end(), [use](const Wish& wish) { return wish.use > use; });
         wishes_.insert(before, {use, address});
     }
     news_.notify_one();

@@ -11,7 +11,8 @@ namespace {
 
 constexpr double resolution_dpi = 72.0;
 
-HRESULT encode(IWICImagingFactory& factory, const PixelView& picture, double aspect, const std::wstring& path) {
+HRESULT encode(IWICImagingFactory& factory, const PixelView& picture, double aspect,
+               const std::wstring& path) {
     vwin::com_<IWICStream> stream;
     vwin::com_<IWICBitmapEncoder> encoder;
     vwin::com_<IWICBitmapFrameEncode> frame;

@@ -12,7 +12,6 @@ namespace {
 
 constexpr UINT socketMessage = WM_APP + 1;
 constexpr size_t mostClients = 8;
-constexpr size_t longestLine = 4096;
 constexpr size_t mostUnread = 1 << 20;
 
 sockaddr_in localAddress(int port) {
@@ -113,7 +112,7 @@ void RemotePort::accept() {
         closesocket(socket);
         return;
     }
-    clients_.push_back({socket, begin_(), {}, {}});
+    clients_.push_back({socket, begin_(), {}, false});
 }
 
 bool RemotePort::receive(Client& client) {
@@ -122,29 +121,21 @@ bool RemotePort::receive(Client& client) {
     if (count <= 0) {
         return count < 0 && WSAGetLastError() == WSAEWOULDBLOCK;
     }
-    client.received.append(block, static_cast<size_t>(count));
-    size_t end = 0;
-    while ((end = client.received.find('\n')) != std::string::npos) {
-        std::string line = client.received.substr(0, end);
-        client.received.erase(0, end + 1);
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        client.toSend += client.conversation(line) + "\n";
-    }
-    return client.received.size() <= longestLine && send(client);
+    client.toSend += client.conversation({block, static_cast<size_t>(count)}, client.closing);
+    return send(client);
 }
 
 bool RemotePort::send(Client& client) {
     while (!client.toSend.empty()) {
-        const int count = ::send(client.socket, client.toSend.data(), static_cast<int>(client.toSend.size()), 0);
+        const int count =
+            ::send(client.socket, client.toSend.data(), static_cast<int>(client.toSend.size()), 0);
         if (count < 0) {
             // The rest goes with the next FD_WRITE.
             return WSAGetLastError() == WSAEWOULDBLOCK && client.toSend.size() <= mostUnread;
         }
         client.toSend.erase(0, static_cast<size_t>(count));
     }
-    return true;
+    return !client.closing;
 }
 
 bool RemotePort::refuse(const wchar_t* step) {

@@ -7,19 +7,21 @@
 #include <functional>
 #include <list>
 #include <string>
+#include <string_view>
 
 namespace app {
 
-/// Listens on a port of 127.0.0.1 and carries lines of text: what a program sends goes line by line to its
-/// conversation, which gives the answer. Other addresses cannot reach it.
+/// Listens on a port of 127.0.0.1: what a program sends goes to its conversation, which gives the answer.
+/// Other addresses cannot reach it.
 ///
 /// Everything happens on the window's thread, between its other messages, so a command from the port is
-/// given as one from the keyboard. A program that does not read its answers, sends an endless line or comes
-/// when eight others are there is disconnected.
+/// given as one from the keyboard. A program that does not read its answers or comes when eight others are
+/// there is disconnected.
 class RemotePort : public Window {
 public:
-    /// Answers one line, without line ends both ways; one is made for each program that connects.
-    using Conversation = std::function<std::string(const std::string& line)>;
+    /// Takes bytes as they came and gives what is to be sent; `closed` is set when that is the end. One is
+    /// made for each program that connects.
+    using Conversation = std::function<std::string(std::string_view bytes, bool& closed)>;
 
     /// `begin` makes the conversations.
     explicit RemotePort(std::function<Conversation()> begin) : begin_(std::move(begin)) {}
@@ -42,8 +44,8 @@ private:
     struct Client {
         UINT_PTR socket;
         Conversation conversation;
-        std::string received;
         std::string toSend;
+        bool closing; ///< once everything is sent
     };
 
     void accept();

@@ -23,7 +23,17 @@ std::wstring SoundFollower::complaint() {
     return std::exchange(complaint_, {});
 }
 
+dvAspect SoundFollower::aspect() {
+    const std::lock_guard guard(resultLock_);
+    return aspect_;
+}
+
 void SoundFollower::take(const std::vector<unsigned char>& bytes) {
+    const dvAspect aspect = dvFrameNotes::aspect(bytes.data(), bytes.size());
+    {
+        const std::lock_guard guard(resultLock_);
+        aspect_ = aspect;
+    }
     if (!sound_.decode(bytes.data(), static_cast<unsigned long>(bytes.size()))) {
         return;
     }

@@ -18,8 +18,10 @@ public:
     SoundFollower() { start(); }
     ~SoundFollower() override { stop(); }
 
-    /// Whether the sound can be heard; it is mute at first.
+    /// Whether the sound can be heard; it is mute at first. What does not run at normal speed is silent, too.
     void setMuted(bool muted) { muted_ = muted; }
+    /// The sides of the picture as the newest frame says, width to height.
+    dvAspect aspect();
     /// Hands the samples that came since the last call to the meter.
     void meter(const std::function<void(const std::int16_t*, size_t count, unsigned channels)>& take);
     /// Why nothing can be heard, told once; empty when there is nothing to tell.
@@ -33,6 +35,7 @@ private:
     std::mutex resultLock_;
     std::vector<std::int16_t> samples_; // under the lock, like all up to the complaint
     unsigned channels_ = 0;
+    dvAspect aspect_;
     std::wstring complaint_;
     // The thread's own.
     dvSound sound_;

@@ -38,7 +38,9 @@ void StatusBar::update(const View& view, Language language) {
                      : on    ? RGB(110, 24, 24)
                              : colour::panel,
                      on || failing ? colour::text : colour::faint};
-    now.drive = {view.driveText, {}, view.driveLow ? colour::alarm : colour::panel,
+    now.drive = {view.driveText,
+                 {},
+                 view.driveLow ? colour::alarm : colour::panel,
                  view.driveLow ? colour::text : colour::faint};
     if (!(now == cells_)) {
         cells_ = now;

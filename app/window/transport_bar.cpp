@@ -76,8 +76,8 @@ bool TransportBar::createBar(HWND parent, Fonts& fonts) {
     if (!createPanel(parent, fonts)) {
         return false;
     }
-    hint_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0,
-                            0, 0, 0, handle(), nullptr, nullptr, nullptr);
+    hint_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                            0, 0, 0, 0, handle(), nullptr, nullptr, nullptr);
     return true;
 }
 
@@ -113,7 +113,8 @@ void TransportBar::update(const View& view) {
         case Command::speed5:
         case Command::speed7:
         case Command::speed8: {
-            const double speed = speeds[static_cast<int>(rows[i].command) - static_cast<int>(Command::speed1)];
+            const double speed =
+                speeds[static_cast<int>(rows[i].command) - static_cast<int>(Command::speed1)];
             on = view.mode != View::Mode::live && view.mode != View::Mode::noCamera && view.speed == speed;
             break;
         }
@@ -166,7 +167,8 @@ void TransportBar::layOut() {
         }
         x += row.gap ? scaled(gapWidth) * stretch : 0.0;
         const double width = scaled(row.width) * stretch;
-        buttons_[i].area = {static_cast<int>(x), scaled(5), static_cast<int>(x + width), area.height() - scaled(5)};
+        buttons_[i].area = {static_cast<int>(x), scaled(5), static_cast<int>(x + width),
+                            area.height() - scaled(5)};
         x += width + scaled(between) * stretch;
     }
     for (size_t i = 0; i < buttons_.size() && hint_ != nullptr; ++i) {
@@ -218,7 +220,9 @@ void TransportBar::paintSign(Canvas& canvas, const Area& area, size_t index, COL
     const auto leftward = [&](int right_, int width) {
         canvas.polygon({{right_, y - 4 * u}, {right_ - width, y}, {right_, y + 4 * u}}, ink);
     };
-    const auto bar = [&](int left, int width) { canvas.fill({left, y - 4 * u, left + width, y + 4 * u + 1}, ink); };
+    const auto bar = [&](int left, int width) {
+        canvas.fill({left, y - 4 * u, left + width, y + 4 * u + 1}, ink);
+    };
     switch (row.sign) {
     case Sign::live:
     case Sign::words:

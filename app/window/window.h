@@ -23,7 +23,9 @@ public:
     /// Moves and sizes it within its parent.
     void place(const Area& area) const;
     void show(bool on) const { ShowWindow(window_, on ? SW_SHOWNA : SW_HIDE); }
-    bool visible() const { return window_ != nullptr && (GetWindowLongW(window_, GWL_STYLE) & WS_VISIBLE) != 0; }
+    bool visible() const {
+        return window_ != nullptr && (GetWindowLongW(window_, GWL_STYLE) & WS_VISIBLE) != 0;
+    }
 
 protected:
     Window() = default;
