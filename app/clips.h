@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/engine.h"
+#include "app/text.h"
 
 #include <cstdint>
 #include <optional>
@@ -56,8 +57,8 @@ public:
     bool choose(std::uint64_t id);
     /// Chooses the next or the one before; false at the ends.
     bool chooseNext(int by);
-    /// The name that a clip gets by itself: "Clip 7", one that the list does not have. `pattern` has {0}.
-    std::wstring freshName(const std::wstring& pattern) const;
+    /// The name that a clip gets by itself: "Clip 7", one that the list does not have.
+    std::wstring freshName(Language language) const;
     /// Raised by every change of the clips.
     std::uint64_t version() const { return version_; }
 

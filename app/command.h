@@ -81,12 +81,12 @@ enum class Command : int {
 
 /// What is fixed about a command.
 struct CommandInfo {
-    Command command;         ///< its number is what remote hands may send
-    const char* name;        ///< for the protocol and the settings file: "again-10"
-    Text text;               ///< for menus and help
-    const wchar_t* keys;     ///< default keys as KeyMap reads them, divided by blanks; empty: none
-    bool repeats;            ///< a held key goes on triggering it: steps only
-    const wchar_t* argument; ///< what may stand behind its name in the protocol; empty: nothing
+    Command command;              ///< its number is what remote hands may send
+    const char* name;             ///< for the protocol and the settings file: "again-10"
+    Text text;                    ///< for menus and help
+    const wchar_t* keys;          ///< default keys as KeyMap reads them, divided by blanks; empty: none
+    bool repeats;                 ///< a held key goes on triggering it: steps only
+    std::optional<Text> argument; ///< what may or must stand behind its name; none: nothing
 };
 
 /// All commands, ascending by number.

@@ -62,7 +62,9 @@ private:
         bool cancelAsked = false;
     };
     void run();
+    bool doWork(const Work& work, std::uint64_t id, std::wstring& why);
     Entry* find(std::uint64_t id);
+    static void cancel(Entry& entry);
 
     mutable std::mutex lock_;
     std::condition_variable changed_;

@@ -47,10 +47,18 @@ public:
     std::wstring explanation() const override { return explanation_; }
 
 private:
+    bool done(bool worked, const std::wstring& explanation = {});
+    bool ready() const { return built_ || !playFile_.empty(); }
+    bool open(const std::wstring& file, FrameSpan range);
+    std::wstring whyNotPlayable(const std::wstring& file) const;
+
     HWND videoArea_;
     play_info info_;
     Options options_;
     std::wstring explanation_;
+    bool built_ = false;    ///< on a camera
+    std::wstring playFile_; ///< what a play graph alone was built for; empty: there is none
+    bool recorded_ = false; ///< a recording has been started since
 };
 
 } // namespace app

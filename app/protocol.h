@@ -4,6 +4,7 @@
 
 #include "app/session.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,8 +16,11 @@ namespace app {
 /// answered once and then not heard any more. Used on the session's thread.
 class ProtocolConnection {
 public:
-    /// `token` is not empty; without one there is no connection at all.
-    ProtocolConnection(Session& session, std::wstring token);
+    /// Does a command that is the window's; whether it did.
+    using ForWindow = std::function<bool(Command)>;
+
+    /// Without a token the connection is closed from the start.
+    ProtocolConnection(Session& session, const std::wstring& token, ForWindow forWindow = {});
 
     /// Takes bytes as they came, in any portions, and returns what is to be sent.
     std::string receive(std::string_view bytes);
@@ -28,6 +32,7 @@ private:
 
     Session& session_;
     std::string token_;
+    ForWindow forWindow_;
     std::string pending_;
     bool known_ = false;
     bool closed_ = false;

@@ -13,15 +13,21 @@ namespace app {
 
 /// A file of a reel.
 struct Segment {
-    std::wstring file;
-    std::uint64_t start = 0;       ///< place of its frame 0 in the reel
+    std::wstring file;             ///< path; empty: its frames are in memory alone
+    std::uint64_t firstFrame = 0;  ///< number in its file of its first frame
+    std::uint64_t start = 0;       ///< place of its first frame in the reel; given by `add`
     std::uint64_t frames = 0;      ///< frames of it that can be shown
-    std::int64_t startedAt_ms = 0; ///< time of day of its frame 0
+    std::int64_t startedAt_ms = 0; ///< time of day of its first frame; 0: not known
     std::int64_t frameDuration_100ns = 400000;
     bool rolling = false;  ///< the application's own, recycled later
     bool growing = false;  ///< being recorded now
     bool recycled = false; ///< its file is gone; its places in the reel stay empty
 
+    /// The number in its file of a place of it, and back.
+    std::uint64_t frameOf(std::uint64_t place) const { return place - start + firstFrame; }
+    std::uint64_t placeOf(std::uint64_t frame) const { return frame - firstFrame + start; }
+    /// Whether something of it can be shown.
+    bool there() const { return frames > 0 && !recycled; }
     /// The places of its frames in the reel. Only for a segment with frames.
     FrameSpan places() const { return {start, start + frames - 1}; }
 };
@@ -47,9 +53,12 @@ class Reel {
 public:
     /// Adds a file behind the others; the one before does not grow any more.
     void add(Segment segment);
+    /// The last file; only when there is one.
+    const Segment& last() const { return segments_.back(); }
     /// How many frames of the last file can be shown. Never fewer than before.
     void grow(std::uint64_t frames);
-    /// The last file is complete and has so many frames that can be shown.
+    /// The last file does not grow any more and has so many frames that can be shown. Places that it had
+    /// beyond them are not given to others.
     void close(std::uint64_t frames);
     /// A file is gone.
     void recycle(const std::wstring& file);
@@ -77,6 +86,7 @@ public:
 
 private:
     std::vector<Segment> segments_;
+    std::uint64_t nextStart_ = 0;
     std::vector<Gap> gaps_;
 };
 

@@ -15,7 +15,7 @@ namespace app {
 class RollingFile {
 public:
     /// `folder` is that of the recordings.
-    RollingFile(Disk& disk, std::wstring folder, std::wstring extension);
+    RollingFile(Disk& disk, const std::wstring& folder, std::wstring extension);
 
     /// The name for a new file; makes the folder. Empty, with the reason in `why`, when that fails.
     std::wstring next(std::int64_t timeOfDay_ms, std::wstring& why);
