@@ -83,6 +83,8 @@
 #include "marvo/picture/frame_decoder.h"
 #include "marvo/picture/picture.h"
 #include "marvo/recording/recording.h"
+// What is in a DV frame.
+#include "marvo/dv/sound.h"
 
 // The replay engine and its front end `dvFE`.
 #include "marvo/avi/avi_file.h"
@@ -90,6 +92,7 @@
 #include "marvo/avi/avi_odml_file_info.h"
 #include "marvo/recording/drive_search.h"
 #include "marvo/recording/dv_file.h"
+#include "marvo/recording/export.h"
 #include "marvo/avi/file_io_avi.h"
 #include "marvo/replay/delivery_watch.h"
 #include "marvo/replay/frame_loader.h"

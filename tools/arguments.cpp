@@ -93,6 +93,9 @@ private:
         if (name == "force") {
             return &result_.force;
         }
+        if (name == "no-sound") {
+            return &result_.noSound;
+        }
         return name == "help" ? &result_.help : nullptr;
     }
 

@@ -19,6 +19,7 @@ struct Arguments {
     bool json = false;
     bool progress = false;
     bool force = false;
+    bool noSound = false;
     bool help = false;
 };
 

@@ -23,6 +23,8 @@ void report(const Written& written, unsigned long long first, const Arguments& a
     json.add("from", first);
     json.add("frames", written.frames);
     json.add("bytes", written.bytes);
+    json.add("soundRate", written.soundRate);
+    json.add("soundChannels", written.soundChannels);
     json.end();
     std::fputs(json.text().c_str(), stdout);
 }
@@ -44,14 +46,14 @@ ExitStatus exportRange(const Arguments& arguments) {
     const unsigned long long first = arguments.from.value_or(0);
     const unsigned long long last =
         arguments.to ? *arguments.to : from->frames() - (from->frames() > 0 ? 1 : 0);
-    report(copyFrames(*from, first, last, row->kind, arguments), first, arguments);
+    report(copyFrames(*from, first, last, row->kind, !arguments.noSound, arguments), first, arguments);
     return ExitStatus::fine;
 }
 
 ExitStatus convert(const Arguments& arguments) {
     const recording::Kind kind = recording::rowOfName(arguments.files[1].c_str()).kind;
     const std::unique_ptr<recording::Reader> from = openRecording(arguments.files[0], arguments.sector);
-    report(copyAll(*from, kind, arguments), 0, arguments);
+    report(copyAll(*from, kind, !arguments.noSound, arguments), 0, arguments);
     return ExitStatus::fine;
 }
 

@@ -116,7 +116,7 @@ ExitStatus repair(const Arguments& arguments) {
         throw Failure{ExitStatus::usage, quoted(arguments.files[0]) + " is of the kind '" + own.description +
                                              "'; give OUT the extension " + own.extension + "."};
     }
-    const Written written = copyAll(*found, sameKind ? own.kind : named.kind, arguments);
+    const Written written = copyAll(*found, sameKind ? own.kind : named.kind, false, arguments);
     const Losses losses = lossesOf(*found);
     arguments.json ? reportJson(written, losses, arguments) : reportText(written, losses, arguments);
     return ExitStatus::fine;

@@ -26,6 +26,9 @@ const char* optionHelp(const std::string& option) {
     if (option == "progress") {
         return "--progress   lines of progress also where the error output is no terminal";
     }
+    if (option == "no-sound") {
+        return "--no-sound   an AVI file without a sound stream";
+    }
     return "--force      replace OUT if it exists";
 }
 
@@ -60,8 +63,9 @@ const std::vector<Command>& commands() {
          "OUT ends with .dv for a plain DV stream, or with .avi for an AVI file; other programs open both. "
          "(A raw\n"
          "recording, which only this engine reads, may be called .dv too: 'dvrec info' tells which is "
-         "which.)\n",
-         {"from", "to", "sector", "force", "json", "progress"},
+         "which.)\n"
+         "An AVI file gets the sound as a stream of its own.\n",
+         {"from", "to", "no-sound", "sector", "force", "json", "progress"},
          exportRange},
         {"convert",
          "FILE OUT",
@@ -69,8 +73,8 @@ const std::vector<Command>& commands() {
          "raw recording to AVI, and back",
          "Writes all frames as an AVI file when OUT holds .avi, else as a raw recording for the disk on "
          "which\n"
-         "OUT lies. FILE is of any kind.\n",
-         {"sector", "force", "json", "progress"},
+         "OUT lies. FILE is of any kind. An AVI file gets the sound as a stream of its own.\n",
+         {"no-sound", "sector", "force", "json", "progress"},
          convert},
         {"repair",
          "FILE OUT",

@@ -2,19 +2,17 @@
 
 #include "tools/output_file.h"
 #include "tools/progress.h"
-#include "tools/read_ahead.h"
 #include "tools/text.h"
 
-#include <algorithm>
+#include "marvo/recording/copy.h"
+
+#include <cstdio>
 
 namespace dvrec {
 
 namespace {
 
-Failure cannotRead(const recording::Reader& from, unsigned long long frame, const std::string& fault) {
-    return {ExitStatus::cannotRead, "Frame " + std::to_string(frame) + " of " + quoted(from.name()) + " " +
-                                        fault + ". 'dvrec repair' saves the others."};
-}
+using recording::Copied;
 
 unsigned long sizeOf(const recording::Reader& from, unsigned long long frame) {
     recording::Reader::Place place;
@@ -31,7 +29,7 @@ unsigned long long writtenBytes(const std::wstring& name) {
 } // namespace
 
 Written copyFrames(recording::Reader& from, unsigned long long first, unsigned long long last,
-                   recording::Kind kind, const Arguments& arguments) {
+                   recording::Kind kind, bool sound, const Arguments& arguments) {
     if (from.frames() == 0) {
         throw Failure{ExitStatus::cannotRead, quoted(from.name()) + " holds no whole frame."};
     }
@@ -41,53 +39,42 @@ Written copyFrames(recording::Reader& from, unsigned long long first, unsigned l
                              last, from.frames() - 1)};
     }
     OutputFile output(arguments.files[1], arguments.force, from.name());
-    const unsigned long size = sizeOf(from, first);
-    Written written{kind, last - first + 1, 0};
+    Copied copied;
     {
-        const vdv::System* const system = vdv::systemOf(size);
-        const long time_100ns = (system ? *system : vdv::system625).timePerFrame_100ns;
-        std::wstring error;
-        const std::unique_ptr<recording::Writer> writer =
-            rowOf(kind).create(output.temporaryName().c_str(), size, time_100ns, error);
-        if (!writer) {
-            throw cannotWrite(output.name(), utf8(error));
-        }
-        const auto check = [&](bool good) {
-            if (!good) {
-                throw cannotWrite(output.name(), utf8(writer->error()));
-            }
-        };
+        const unsigned long size = sizeOf(from, first);
         Progress progress("writing " + quoted(output.name()), arguments.progress);
-        ReadAhead frames(from, first, last, std::max(from.bufferBytes(), writer->bufferBytes()));
-        for (unsigned long long frame = first; frame <= last; ++frame) {
-            std::string fault;
-            recording::RecordBuffer* const buffer = frames.next(fault);
-            if (!buffer) {
-                throw cannotRead(from, frame, fault);
-            }
-            if (buffer->frameBytes() != size) {
-                throw cannotRead(
-                    from, frame,
-                    format("has %lu bytes and those before have %lu, which do not go into one file",
-                           buffer->frameBytes(), size));
-            }
-            check(writer->write(*buffer));
-            progress.update((frame - first + 1) * size, written.frames * size);
-        }
-        check(writer->flush() && writer->finish());
+        const auto tell = [&](unsigned long long done, unsigned long long all) {
+            progress.update(done * size, all * size);
+            return true;
+        };
+        copied = recording::copy(from, output.temporaryName().c_str(), {first, last, kind, sound}, tell);
     }
-    written.bytes = writtenBytes(output.temporaryName());
+    if (copied.end == Copied::End::cannotRead) {
+        throw Failure{ExitStatus::cannotRead, format("Frame %llu of ", copied.frame) + quoted(from.name()) +
+                                                  " " + utf8(copied.reason) +
+                                                  ". 'dvrec repair' saves the others."};
+    }
+    if (copied.end == Copied::End::cannotWrite) {
+        throw cannotWrite(output.name(), utf8(copied.reason));
+    }
+    if (!copied.note.empty()) {
+        std::fprintf(stderr, "note: %s.\n", utf8(copied.note).c_str());
+    }
+    const unsigned long long bytes = writtenBytes(output.temporaryName());
     output.publish();
-    return written;
+    return {kind, last - first + 1, bytes, copied.soundRate, copied.soundChannels};
 }
 
-Written copyAll(recording::Reader& from, recording::Kind kind, const Arguments& arguments) {
-    return copyFrames(from, 0, from.frames() > 0 ? from.frames() - 1 : 0, kind, arguments);
+Written copyAll(recording::Reader& from, recording::Kind kind, bool sound, const Arguments& arguments) {
+    return copyFrames(from, 0, from.frames() > 0 ? from.frames() - 1 : 0, kind, sound, arguments);
 }
 
 std::string describe(const Written& written, const Arguments& arguments) {
+    const std::string sound = written.soundRate == 0 ? std::string()
+                                                     : format(", sound of %lu Hz in ", written.soundRate) +
+                                                           counted(written.soundChannels, "channel");
     return quoted(arguments.files[1]) + ": " + describe(written.kind) + ", " +
-           counted(written.frames, "frame") + ", " + counted(written.bytes, "byte");
+           counted(written.frames, "frame") + ", " + counted(written.bytes, "byte") + sound;
 }
 
 } // namespace dvrec

@@ -4,6 +4,8 @@
 
 #include "tools/failure.h"
 
+#include "marvo/recording/part_file.h"
+
 #include <string>
 
 namespace dvrec {
@@ -14,22 +16,15 @@ public:
     /// Chooses the temporary name, one that is free. Throws the `Failure` when the file exists (and `replace`
     /// is not set) or is `source`, the one that is read.
     OutputFile(const std::wstring& name, bool replace, const std::wstring& source);
-    /// Removes the temporary file, unless it was published.
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Where to write.
-    const std::wstring& temporaryName() const { return temporary_; }
-    const std::wstring& name() const { return name_; }
+    /// Where to write. What is there is removed with the object, unless it was published.
+    const std::wstring& temporaryName() const { return file_.temporaryName(); }
+    const std::wstring& name() const { return file_.name(); }
     /// Gives the file, which is closed by now, its own name. Throws the `Failure` when the system refuses.
     void publish();
 
 private:
-    const std::wstring name_;
-    const bool replace_;
-    std::wstring temporary_;
-    bool published_ = false;
+    recording::PartFile file_;
 };
 
 /// The `Failure` for an output file that cannot be written.

@@ -56,8 +56,8 @@ const wchar_t* AviHeader::readChunk(AviSource& source, RiffWalker& walker, const
         readFormat(source, chunk);
         break;
     case fourcc("indx"):
-        if (currentIsVideo_) {
-            superIndex = chunk;
+        if (currentIndex_) {
+            *currentIndex_ = chunk;
         }
         break;
     case fourcc("dmlh"):
@@ -100,33 +100,47 @@ void AviHeader::readStreamHeader(AviSource& source, const RiffChunk& chunk) {
     ++streams;
     audioStreams += stream_.type == fourcc("auds") ? 1 : 0;
     interleaved |= stream_.type == fourcc("iavs");
-    currentIsVideo_ = false;
+    currentIndex_ = nullptr;
 }
 
 void AviHeader::readFormat(AviSource& source, const RiffChunk& chunk) {
+    if (stream_.type == fourcc("auds") && audioStreams == 1 && soundFormat.size == 0) {
+        soundStream = streams - 1;
+        sound = stream_;
+        soundFormat = chunk;
+        currentIndex_ = &soundSuperIndex;
+        return;
+    }
     const auto picture = leading<riff::BitmapHeader>(source, chunk);
     const bool isDv = vdv::isCodec(stream_.handler) || vdv::isCodec(picture.compression);
     if (hasVideo || streams == 0 || stream_.type != fourcc("vids") || !isDv) {
         return;
     }
-    hasVideo = currentIsVideo_ = true;
+    hasVideo = true;
+    currentIndex_ = &superIndex;
     videoStream = streams - 1;
     video = stream_;
     format = picture;
 }
 
-/// The two digits of the video stream in the ids of its chunks.
-std::uint32_t AviHeader::numberText() const {
-    return ('0' + videoStream / 10 % 10) | ('0' + videoStream % 10) << 8;
+/// The two digits of a stream in the ids of its chunks.
+std::uint32_t AviHeader::numberText(unsigned long stream) {
+    return ('0' + stream / 10 % 10) | ('0' + stream % 10) << 8;
 }
 
 bool AviHeader::isFrame(std::uint32_t id) const {
-    return hasVideo && (id & 0xFFFF) == numberText() && isAnyFrame(id);
+    return hasVideo && (id & 0xFFFF) == numberText(videoStream) && isAnyFrame(id);
+}
+
+bool AviHeader::isSound(std::uint32_t id) const {
+    return soundFormat.size != 0 && (id & 0xFFFF) == numberText(soundStream) &&
+           id >> 16 == fourcc("00wb") >> 16;
 }
 
 bool AviHeader::isStandardIndex(std::uint32_t id) const {
     const std::uint32_t ix = fourcc("ix00") & 0xFFFF;
-    return hasVideo && (id == (ix | numberText() << 16) || id == (numberText() | ix << 16));
+    const std::uint32_t number = numberText(videoStream);
+    return hasVideo && (id == (ix | number << 16) || id == (number | ix << 16));
 }
 
 bool AviHeader::isAnyFrame(std::uint32_t id) {

@@ -19,6 +19,11 @@ struct AviHeader {
     riff::BitmapHeader format{};
     RiffChunk superIndex; ///< "indx"; size 0 without one
 
+    unsigned long soundStream = 0; ///< the number of the first sound stream, if there is any
+    riff::StreamHeader sound{};    ///< what its header says
+    RiffChunk soundFormat;         ///< its "strf"; size 0 without one
+    RiffChunk soundSuperIndex;     ///< its "indx"; size 0 without one
+
     bool hasExtended = false;
     std::uint32_t extendedTotalFrames = 0; ///< "dmlh"
 
@@ -31,6 +36,9 @@ struct AviHeader {
 
     /// Whether `id` is the id of a chunk with a frame of the video stream: its number, then "dc" or "db".
     bool isFrame(std::uint32_t id) const;
+
+    /// Whether `id` is the id of a chunk of the first sound stream: its number, then "wb".
+    bool isSound(std::uint32_t id) const;
 
     /// Whether `id` is the id of a standard index of the video stream: "ix" and its number, or the other way
     /// round.
@@ -50,7 +58,7 @@ struct AviHeader {
     unsigned long nominalFrameSize() const;
 
 private:
-    std::uint32_t numberText() const;
+    static std::uint32_t numberText(unsigned long stream);
     const wchar_t* readChunk(AviSource& source, RiffWalker& walker, const RiffChunk& chunk);
     const wchar_t* readList(RiffWalker& walker, const RiffChunk& list);
     void readStreamHeader(AviSource& source, const RiffChunk& chunk);
@@ -58,5 +66,5 @@ private:
 
     bool inHeaderList_ = false;
     riff::StreamHeader stream_{};
-    bool currentIsVideo_ = false;
+    RiffChunk* currentIndex_ = nullptr; ///< where the super index of the current stream is noted
 };

@@ -36,10 +36,13 @@ public:
     AviWriter(std::unique_ptr<AviOutput> output, const Limits& limits);
 
     /// As `FileIOAVI::create`; fills `info`, which must outlive the writer and is kept current.
-    int create(const wchar_t* name, const FileIOAVI::Video& video, bool unbuffered, AVI_ODMLFileInfo& info);
+    /// Without sound when `sound` is null.
+    int create(const wchar_t* name, const FileIOAVI::Video& video, const FileIOAVI::Sound* sound,
+               bool unbuffered, AVI_ODMLFileInfo& info);
 
     /// As `FileIOAVI::writeFrame`.
-    int writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize);
+    int writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize,
+                   const void* sound = nullptr, unsigned long soundBytes = 0);
 
     /// As `FileIOAVI::close`.
     int close();
@@ -60,18 +63,21 @@ private:
     int failed(int code);
     int refused(int code, const wchar_t* text, unsigned long systemError = ERROR_INVALID_PARAMETER);
     bool reserveMemory();
-    unsigned long slotFor(unsigned long frameSize) const;
-    void fillSlot(char* buffer, unsigned long frameSize, unsigned long slot) const;
+    unsigned long slotFor(unsigned long frameSize, unsigned long soundBytes) const;
+    void fillSlot(char* buffer, unsigned long frameSize, const void* sound, unsigned long soundBytes,
+                  unsigned long slot) const;
     const void* alignedSlot(const char* buffer, unsigned long slot);
     int makeRoom(unsigned long slot);
     bool fitsPiece(unsigned long slot) const;
     unsigned long long closingBytes(unsigned long frames) const;
     unsigned long framesOfRoom(unsigned long slot) const;
-    int writeStandardIndex();
+    int writeStandardIndexes();
+    int writeStandardIndex(AviStream stream, std::uint32_t duration);
     int finishPiece();
     int beginPiece();
     int writeHeaders();
-    void countFrame(unsigned long frameSize, unsigned long slot);
+    void countFrame(unsigned long frameSize, unsigned long soundBytes, unsigned long slot);
+    void countChunk(AviStream stream, unsigned long long offset, unsigned long bytes);
     bool firstPiece() const { return pieceBegin_ == 0; }
 
     std::unique_ptr<AviOutput> output_;
@@ -92,6 +98,8 @@ private:
     unsigned long long moviEnd_ = 0;
     unsigned long long end_ = 0;
     unsigned long pieceFrames_ = 0;
+    unsigned long long samples_ = 0;        ///< of each channel
+    unsigned long long indexedSamples_ = 0; ///< those that the sound's standard index chunks name
 
     unsigned long framesPerUpdate_ = 1;
     unsigned long framesSinceUpdate_ = 0;

@@ -32,12 +32,20 @@ int FileIOAVI::withMemory(Open open) {
 }
 
 int FileIOAVI::create(const wchar_t* name, const Video& video, bool unbuffered) {
+    return createWith(name, video, nullptr, unbuffered);
+}
+
+int FileIOAVI::create(const wchar_t* name, const Video& video, const Sound& sound, bool unbuffered) {
+    return createWith(name, video, &sound, unbuffered);
+}
+
+int FileIOAVI::createWith(const wchar_t* name, const Video& video, const Sound* sound, bool unbuffered) {
     if (!name || opened()) {
         return Refused;
     }
     return withMemory([&] {
         auto writer = std::make_unique<AviWriter>();
-        const int code = writer->create(name, video, unbuffered, info_);
+        const int code = writer->create(name, video, sound, unbuffered, info_);
         failed(code, *writer);
         if (code == Ok) {
             frame_ = 0;
@@ -76,10 +84,15 @@ int FileIOAVI::close() {
 }
 
 int FileIOAVI::writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize) {
+    return writeFrame(buffer, bufferSize, frameSize, nullptr, 0);
+}
+
+int FileIOAVI::writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize, const void* sound,
+                          unsigned long soundBytes) {
     if (!writer_ || !buffer) {
         return done(Refused, L"the file was not created for writing\n");
     }
-    const int code = writer_->writeFrame(buffer, bufferSize, frameSize);
+    const int code = writer_->writeFrame(buffer, bufferSize, frameSize, sound, soundBytes);
     if (code != Ok) {
         return failed(code, *writer_);
     }

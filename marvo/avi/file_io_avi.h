@@ -10,10 +10,10 @@
 class AviReader;
 class AviWriter;
 
-/// Writes and reads one video stream in an AVI file with OpenDML extensions: one object either writes a new
-/// file
-/// (`create`) or reads an existing one (`open`). Operations return 0 for success or a code, and leave a text
-/// that says what went wrong in `lastError`. The layout of the files that are written is in docs/formats.md.
+/// Writes and reads one video stream in an AVI file with OpenDML extensions, and writes a sound stream beside
+/// it when asked to: one object either writes a new file (`create`) or reads an existing one (`open`).
+/// Operations return 0 for success or a code, and leave a text that says what went wrong in `lastError`. The
+/// layout of the files that are written is in docs/formats.md.
 ///
 /// Not locked: one thread at a time, or the owner's lock.
 class MARVO_API FileIOAVI {
@@ -51,6 +51,21 @@ public:
         unsigned long maxFrameSize = 0; ///< bytes, for the kinds that need it
     };
 
+    /// PCM sound that is written beside the video.
+    struct Sound {
+        unsigned long rate = 48000;       ///< samples per second of each channel
+        unsigned channels = 2;            ///< up to 16
+        unsigned bits = 16;               ///< of a sample: 8, 16, 24 or 32
+        unsigned long mostSamples = 4096; ///< of each channel, the most that stand behind one frame
+        /// Which loudspeakers they are for, as the system's WAVEFORMATEXTENSIBLE has it, of more than two
+        /// channels; 0: not said.
+        unsigned long channelMask = 0;
+        /// What the stream's header gives as its rate, `clockRate / clockScale` samples per second, if that
+        /// is not `rate`; 0: it is.
+        unsigned long clockRate = 0;
+        unsigned long clockScale = 0; ///< see there
+    };
+
     /// How an existing file is read.
     enum class Trust {
         Indexes, ///< by its indexes as far as they are sound, and behind their end by walking the chunks
@@ -77,6 +92,9 @@ public:
     /// use, whose file stays as it is.
     int create(const wchar_t* name, const Video& video, bool unbuffered);
 
+    /// The same with a sound stream. Refused as well for sound that is not as it is said there.
+    int create(const wchar_t* name, const Video& video, const Sound& sound, bool unbuffered);
+
     /// Opens an existing file for reading; its writer may have it open as well. Files of other writers are
     /// read when they have a DV video stream of its own (type 2); an interleaved stream (type 1) is refused.
     int open(const wchar_t* name, Trust trust = Trust::Indexes);
@@ -96,6 +114,11 @@ public:
     /// these and the bytes behind the frame, up to `bufferSize`, are overwritten: `buffer` is the whole slot
     /// as it goes to disk. `bufferSize` is at least `slotSize`.
     int writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize);
+
+    /// The same for a file with a sound stream: behind the frame goes the sound of its time, `soundBytes`
+    /// bytes, a whole number of samples of all channels and at most `Sound::mostSamples` of them; 0 for none.
+    int writeFrame(char* buffer, unsigned long bufferSize, unsigned long frameSize, const void* sound,
+                   unsigned long soundBytes);
 
     /// Reads frame `frame` into `buffer`: its chunk header, then at offset 8 its data. Refused when
     /// `bufferSize` is less than 8 plus the frame's size; bytes behind the frame are undefined.
@@ -141,6 +164,7 @@ public:
 private:
     int done(int code, const wchar_t* text);
     int failed(int code, const AviWriter& writer);
+    int createWith(const wchar_t* name, const Video& video, const Sound* sound, bool unbuffered);
     template <class Open>
     int withMemory(Open open);
 

@@ -56,7 +56,7 @@ struct StreamHeader {
     std::uint32_t scale;
     std::uint32_t rate; ///< rate / scale is frames per second
     std::uint32_t start;
-    std::uint32_t length; ///< frames
+    std::uint32_t length; ///< frames; of sound, samples of each channel
     std::uint32_t suggestedBufferSize;
     std::uint32_t quality;
     std::uint32_t sampleSize;
@@ -77,6 +77,28 @@ struct BitmapHeader {
     std::uint32_t clrUsed;
     std::uint32_t clrImportant;
 };
+
+/// "strf" of a sound stream: the system's PCMWAVEFORMAT.
+struct WaveFormat {
+    std::uint16_t tag; ///< `pcm`, or `extensible`
+    std::uint16_t channels;
+    std::uint32_t samplesPerSec;
+    std::uint32_t avgBytesPerSec;
+    std::uint16_t blockAlign; ///< bytes of one sample of each channel
+    std::uint16_t bitsPerSample;
+};
+
+/// What stands behind that with the tag `extensible`, in all the system's WAVEFORMATEXTENSIBLE.
+struct WaveExtension {
+    std::uint16_t bytes; ///< that follow
+    std::uint16_t validBits;
+    std::uint32_t channelMask;
+    std::uint16_t tag; ///< the format's own tag, with which the sub-format begins
+    std::uint8_t subFormat[14];
+};
+
+/// Formats of sound.
+enum WaveTag : std::uint16_t { pcm = 1, extensible = 0xFFFE };
 
 /// What "indx" and "00ix" chunks begin with, behind the chunk header. In a standard index the offset of an
 /// entry is counted from `baseOffset`, which a super index leaves 0.
@@ -118,6 +140,7 @@ struct LegacyIndexEntry {
 
 static_assert(sizeof(MainHeader) == 56 && sizeof(StreamHeader) == 56 && sizeof(BitmapHeader) == 40);
 static_assert(sizeof(IndexHeader) == 24 && sizeof(SuperIndexEntry) == 16 && sizeof(StandardIndexEntry) == 8);
+static_assert(sizeof(WaveFormat) == 16 && sizeof(WaveExtension) == 24);
 static_assert(sizeof(LegacyIndexEntry) == 16 && sizeof(ListHeader) == 12 && sizeof(ChunkHeader) == 8);
 
 /// The bits of a standard index entry's size that are the size.

@@ -6,6 +6,17 @@ namespace recording {
 
 std::unique_ptr<Writer> AviFileWriter::create(const wchar_t* name, unsigned long frameSize, long long,
                                               std::wstring& error) {
+    return createWith(name, frameSize, nullptr, error);
+}
+
+std::unique_ptr<AviFileWriter> AviFileWriter::createWithSound(const wchar_t* name, unsigned long frameSize,
+                                                              const FileIOAVI::Sound& sound,
+                                                              std::wstring& error) {
+    return createWith(name, frameSize, &sound, error);
+}
+
+std::unique_ptr<AviFileWriter> AviFileWriter::createWith(const wchar_t* name, unsigned long frameSize,
+                                                         const FileIOAVI::Sound* sound, std::wstring& error) {
     auto writer = std::make_unique<AviFileWriter>();
     const vdv::System* const system = vdv::systemOf(frameSize);
     FileIOAVI::Video video;
@@ -17,7 +28,9 @@ std::unique_ptr<Writer> AviFileWriter::create(const wchar_t* name, unsigned long
         return nullptr;
     }
     video.subKind = channels == 2 ? 422 : 420;
-    if (writer->avi_.create(name, video, true) != FileIOAVI::Ok) {
+    const int code =
+        sound ? writer->avi_.create(name, video, *sound, true) : writer->avi_.create(name, video, true);
+    if (code != FileIOAVI::Ok) {
         error = writer->error();
         return nullptr;
     }
@@ -28,6 +41,11 @@ std::unique_ptr<Writer> AviFileWriter::create(const wchar_t* name, unsigned long
 bool AviFileWriter::write(RecordBuffer& buffer) {
     return avi_.writeFrame(reinterpret_cast<char*>(buffer.data()), buffer.bytes(), buffer.frameBytes()) ==
            FileIOAVI::Ok;
+}
+
+bool AviFileWriter::writeWithSound(RecordBuffer& buffer, std::span<const unsigned char> sound) {
+    return avi_.writeFrame(reinterpret_cast<char*>(buffer.data()), buffer.bytes(), buffer.frameBytes(),
+                           sound.data(), static_cast<unsigned long>(sound.size())) == FileIOAVI::Ok;
 }
 
 std::wstring AviFileWriter::error() const {

@@ -11,6 +11,11 @@ namespace {
 
 constexpr wchar_t name[] = L"avi_writer_test.avi";
 
+/// Bytes of sound behind a frame: in every fifth 8 less, none behind the third.
+constexpr unsigned long soundBytes(std::uint32_t seed) {
+    return seed == 2 ? 0 : 1602 * 4 - (seed % 5 == 0 ? 8 : 0);
+}
+
 /// A writer on a disk in memory.
 struct Recording {
     avi::Disk disk;
@@ -18,22 +23,27 @@ struct Recording {
     std::unique_ptr<AviWriter> writer;
     unsigned long frameSize;
     SectorBuffer record;
+    FileIOAVI::Sound sound{.mostSamples = 1602};
+    bool sounds;
 
-    explicit Recording(const AviWriter::Limits& limits = {}, unsigned long size = samples::ntscSize)
+    explicit Recording(const AviWriter::Limits& limits = {}, unsigned long size = samples::ntscSize,
+                       bool withSound = false)
         : writer(std::make_unique<AviWriter>(std::make_unique<avi::DiskOutput>(disk), limits)),
-          frameSize(size) {}
+          frameSize(size), sounds(withSound) {}
 
     int create() {
         FileIOAVI::Video video;
         video.is625 = frameSize == samples::palSize;
         video.height = video.is625 ? 576 : 480;
-        const int code = writer->create(name, video, true, info);
+        const int code = writer->create(name, video, sounds ? &sound : nullptr, true, info);
         record = allocSectors(writer->slotSize());
         return code;
     }
     int write(std::uint32_t seed) {
         std::memcpy(record.get() + 8, samples::bytes(seed, frameSize).data(), frameSize);
-        return writer->writeFrame(reinterpret_cast<char*>(record.get()), writer->slotSize(), frameSize);
+        const std::vector<unsigned char> heard = samples::bytes(~seed, sounds ? soundBytes(seed) : 0);
+        return writer->writeFrame(reinterpret_cast<char*>(record.get()), writer->slotSize(), frameSize,
+                                  heard.data(), static_cast<unsigned long>(heard.size()));
     }
     /// Creates the file and writes frames until one is refused; how many were written.
     unsigned long fill(unsigned long frames) {
@@ -59,20 +69,25 @@ void expectNumbers(const std::string& bytes, size_t at, const std::vector<std::u
     }
 }
 
-/// The offsets of the frames' data by super index and standard indexes.
-std::vector<std::uint64_t> indexed(const std::string& bytes) {
+/// Where the sound's super index stands.
+constexpr size_t soundIndexAt = 16696;
+
+/// The offsets of the frames' data by super index and standard indexes, or those of the sound by its own.
+std::vector<std::uint64_t> indexed(const std::string& bytes, bool sound = false) {
     std::vector<std::uint64_t> found;
-    for (std::uint32_t i = 0; i < avi::number<std::uint32_t>(bytes, 224); ++i) {
-        const auto entry = avi::number<riff::SuperIndexEntry>(bytes, 244 + 16 * i);
+    const size_t super = sound ? soundIndexAt : 212;
+    for (std::uint32_t i = 0; i < avi::number<std::uint32_t>(bytes, super + 12); ++i) {
+        const auto entry = avi::number<riff::SuperIndexEntry>(bytes, super + 32 + 16 * i);
         const auto index = avi::number<riff::IndexHeader>(bytes, entry.offsetLow + 8);
-        EXPECT_EQ(bytes.substr(entry.offsetLow, 4), "00ix");
+        EXPECT_EQ(bytes.substr(entry.offsetLow, 4), sound ? "01ix" : "00ix");
         EXPECT_EQ(entry.size, 16384u);
-        EXPECT_EQ(index.entriesInUse, entry.duration);
+        std::uint32_t duration = 0;
         for (std::uint32_t k = 0; k < index.entriesInUse; ++k) {
-            found.push_back(
-                index.baseOffsetLow +
-                avi::number<riff::StandardIndexEntry>(bytes, entry.offsetLow + 32 + 8 * k).offset);
+            const auto named = avi::number<riff::StandardIndexEntry>(bytes, entry.offsetLow + 32 + 8 * k);
+            found.push_back(index.baseOffsetLow + named.offset);
+            duration += sound ? named.size / 4 : 1;
         }
+        EXPECT_EQ(duration, entry.duration);
     }
     return found;
 }
@@ -96,6 +111,24 @@ void expectSound(const std::string& bytes, unsigned long frames) {
     }
     EXPECT_EQ(indexed(bytes), data);
     expectReads(bytes, frames);
+    const std::vector<size_t> heard = places(bytes, "01wb");
+    if (heard.empty()) {
+        return;
+    }
+    const std::vector<std::uint64_t> named = indexed(bytes, true);
+    ASSERT_EQ(named.size(), heard.size());
+    std::uint32_t all = 0;
+    for (size_t k = 0; k < heard.size(); ++k) {
+        const std::uint32_t frame = static_cast<std::uint32_t>(k) + (k > 1 ? 1 : 0);
+        EXPECT_EQ(named[k], heard[k] + 8);
+        const auto expected = samples::bytes(~frame, soundBytes(frame));
+        EXPECT_EQ(bytes.compare(heard[k] + 8, expected.size(), reinterpret_cast<const char*>(&expected[0]),
+                                expected.size()),
+                  0)
+            << k;
+        all += soundBytes(frame) / 4;
+    }
+    expectNumbers(bytes, 16596 + 20 + 32, {all});
 }
 
 TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
@@ -138,6 +171,44 @@ TEST(AviWriter, LaysOutHeadersAndSlotsBySector) {
     }
 }
 
+TEST(AviWriter, SoundStandsBehindItsFrame) {
+    Recording r({}, samples::ntscSize, true);
+    ASSERT_EQ(r.fill(4), 4u);
+    EXPECT_EQ(r.writer->slotSize(), 126464u);
+    char* const record = reinterpret_cast<char*>(r.record.get());
+    for (const unsigned long bad : {6u, 1603u * 4u}) {
+        EXPECT_EQ(r.writer->writeFrame(record, r.writer->slotSize(), r.frameSize, record, bad),
+                  FileIOAVI::Refused);
+    }
+    ASSERT_EQ(r.writer->close(), 0);
+    const std::string& file = r.disk.bytes;
+    for (const auto& [at, data] : r.disk.writes) {
+        EXPECT_TRUE(at % 512 == 0 && data.size() % 512 == 0) << at;
+    }
+    std::string ids;
+    for (const avi::Chunk& chunk : avi::walk(file)) {
+        ids += chunk.id + ' ';
+    }
+    EXPECT_EQ(ids,
+              "AVI  hdrl avih strl strh strf indx strl strh strf indx odml dmlh JUNK movi 00dc 01wb JUNK "
+              "00dc 01wb JUNK 00dc JUNK 00dc 01wb JUNK 01ix 00ix idx1 JUNK ");
+    expectNumbers(file, 36, {3596400 + 192000, 512, 0x10110});
+    expectNumbers(file, 56, {2});
+    expectNumbers(file, 16596 + 20, {riff::fourcc("auds")});
+    expectNumbers(file, 16596 + 40, {4, 192000, 0, 3 * 1602 - 2, 6408, 0, 4});
+    expectNumbers(file, 16596 + 84, {0x20001, 48000, 192000, 0x100004});
+    EXPECT_EQ(avi::number<std::uint32_t>(file, places(file, "idx1").at(0) + 4), 7 * 16u);
+    expectSound(file, 4);
+
+    FileIOAVI::Sound long24{.rate = 44100, .channels = 4, .bits = 24, .channelMask = 0x33};
+    for (const bool readable : {true, false}) {
+        AviWriter writer(std::make_unique<avi::DiskOutput>(r.disk), {});
+        EXPECT_EQ(writer.create(name, {}, &long24, true, r.info) == 0, readable);
+        long24.bits = 20;
+    }
+    expectNumbers(file, 16596 + 84, {0x4FFFE, 44100, 12 * 44100, 0x18000C, 0x180016, 0x33, 1, 0x100000});
+}
+
 TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
     for (const unsigned long sector : {512ul, 4096ul}) {
         Recording r({1000000, 3, 1022});
@@ -163,6 +234,13 @@ TEST(AviWriter, PiecesAndIndexesEndAtTheirLimits) {
         EXPECT_EQ(r.info.indexPositions.size(), 8u);
         expectSound(file, 20);
     }
+    Recording heard({1000000, 3, 1022}, samples::ntscSize, true);
+    ASSERT_EQ(heard.fill(20), 20u);
+    ASSERT_EQ(heard.writer->close(), 0);
+    for (const avi::Chunk& chunk : avi::walk(heard.disk.bytes)) {
+        EXPECT_TRUE((chunk.id != "AVIX" && chunk.id != "AVI ") || chunk.size + 8 <= 1000000u);
+    }
+    expectSound(heard.disk.bytes, 20);
 }
 
 TEST(AviWriter, AFullSuperIndexEndsTheRecordingSoundly) {
@@ -218,8 +296,11 @@ TEST(AviWriter, AFullDiskLeavesWhatIsThere) {
     }
 }
 
-TEST(AviWriter, AWriteThatFailsForATimeCostsOnlyItsFrame) {
-    Recording r({1000000, 3, 1022});
+class FailingWrites : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Sound, FailingWrites, testing::Bool());
+
+TEST_P(FailingWrites, CostOnlyTheirFrame) {
+    Recording r({1000000, 3, 1022}, samples::ntscSize, GetParam());
     ASSERT_EQ(r.create(), 0);
     unsigned long written = 0;
     for (int attempt = 0; written < 30 && attempt < 200; ++attempt) {
@@ -285,7 +366,7 @@ TEST(AviWriter, WritesBehind4GiBWhatTheReaderFindsThere) {
     constexpr unsigned long frames = (4ull << 30) / size + 4000;
     AVI_ODMLFileInfo written;
     AviWriter writer(std::make_unique<SparseOutput>(), {});
-    ASSERT_EQ(writer.create(name, {.subKind = 422}, false, written), FileIOAVI::Ok);
+    ASSERT_EQ(writer.create(name, {.subKind = 422}, nullptr, false, written), FileIOAVI::Ok);
     std::vector<char> slot(writer.slotSize());
     const auto mark = [&slot](std::uint32_t frame) {
         std::memcpy(&slot[8], "\x1f\x07\0\xbf", 4);

@@ -16,6 +16,11 @@
 /// Composes AVI files in memory, as programs of all kinds write them.
 namespace avi {
 
+/// What the sound of a file holds at `place`.
+inline unsigned char soundByte(size_t place) {
+    return static_cast<unsigned char>(place % 251);
+}
+
 enum class Index { None, Relative, Absolute, Standard, StandardAndRelative };
 
 /// What a file is like.
@@ -143,11 +148,12 @@ private:
         header.handler = sound ? 0 : code(shape_.handler);
         header.scale = 1001;
         header.rate = 30000;
-        header.length = shape_.frames;
+        header.length = shape_.frames * (!sound && shape_.drops ? 2 : 1);
         chunk("strh", text(header));
         riff::BitmapHeader format{sizeof(format), 720, 480, 1, 24, code(shape_.compression), 0, 0, 0, 0, 0};
         format.sizeImage = shape_.frameSize;
-        chunk("strf", sound ? std::string(18, '\1') : text(format));
+        const riff::WaveFormat wave{riff::pcm, 1, 8000, 8000, 1, 8};
+        chunk("strf", sound ? text(wave) + std::string(2, '\0') : text(format));
         if (!sound && shape_.index >= Index::Standard) {
             super_ = bytes.size() + 8;
             riff::IndexHeader index{4, 0, 0, 0, code(id(shape_.tag)), 0, 0, 0};
@@ -159,7 +165,11 @@ private:
     void frame(unsigned long k) {
         const size_t rec = shape_.recLists ? begin("LIST", "rec ") : 0;
         if (shape_.audioBytes != 0) {
-            entry(id("wb", true), std::string(shape_.audioBytes + k % 4 / 3 * 4, 's'));
+            std::string sound(shape_.audioBytes + k % 4 / 3 * 4, '\0');
+            for (char& byte : sound) {
+                byte = static_cast<char>(soundByte(soundBytes_++));
+            }
+            entry(id("wb", true), sound);
         }
         auto data = samples::bytes(k, shape_.frameSize);
         if (shape_.starts) {
@@ -202,6 +212,7 @@ private:
     Shape shape_;
     size_t movi_ = 0;
     size_t super_ = 0;
+    size_t soundBytes_ = 0;
     std::string legacy_;
 };
 

@@ -1,5 +1,8 @@
 """dvrec as its user sees it: what it says, what it writes, and how it ends."""
+import array
 import json
+import random
+import shlex
 import shutil
 import signal
 import subprocess
@@ -35,16 +38,17 @@ class Case(unittest.TestCase):
     def names(self):
         return {path.name for path in self.folder.iterdir()}
 
-    def dvrec(self, *arguments, status=FINE, **environment):
+    def dvrec(self, *arguments, status=FINE, notes=False, **environment):
         """Runs dvrec, which must end with `status`; its standard output, or its error output when it
         fails."""
         done = scripted_tests.run("dvrec", *arguments, cwd=self.folder, LC_ALL="C.UTF-8", **environment)
         output, errors = done.stdout.decode(), done.stderr.decode()
         self.assertEqual(done.returncode, status, f"dvrec {arguments}: {output}{errors}")
+        self.assertEqual("note: " in errors, notes, errors)
         return errors if status > FAULTS else output
 
-    def json(self, *arguments, status=FINE):
-        return json.loads(self.dvrec(*arguments, "--json", status=status))
+    def json(self, *arguments, status=FINE, notes=False):
+        return json.loads(self.dvrec(*arguments, "--json", status=status, notes=notes))
 
 
 class Info(Case):
@@ -161,7 +165,7 @@ class Conversion(Case):
         for name, frames in (("pal", stream("pal", 30)), ("ntsc", stream("ntsc", 30)),
                              ("50 Mbit/s", recordings.stream50(4))):
             with self.subTest(name):
-                count = len(frames)
+                count, sounds = len(frames), int("Mbit" not in name)
                 self.dvrec("convert", self.file("a.dv", frames), "b.avi", "--force")
                 self.assertEqual(recordings.frames_of(self.folder / "b.avi"), b"".join(frames))
                 self.assertEqual(self.json("verify", "b.avi"), {
@@ -175,7 +179,7 @@ class Conversion(Case):
                 self.assertEqual((info["kind"], info["frames"], info["pieces"], info["standardIndexes"],
                                   info["legacyEntries"],
                                   info["audioStreams"], info["state"]),
-                                 ("avi", count, 1, 1, count, 0, "finished"))
+                                 ("avi", count, 1, 1, count * (1 + sounds), sounds, "finished"))
 
     def test_names_may_be_in_any_script(self):
         self.file("игра 試合.dv", stream("pal", 2))
@@ -204,6 +208,111 @@ class Conversion(Case):
                 errors = process.communicate(timeout=120)[1].decode()
             self.assertEqual(process.returncode, INTERRUPTED, errors)
         self.assertEqual(self.names(), {"a.dv", "whole.avi", "long.raw", "long.avi"})
+
+
+def slots(samples, channels, rate, fps):
+    """Interleaved samples, cut into what belongs to each frame of a file with `fps` frames per second."""
+    edges = [round(k * rate / fps + 1e-9) * channels for k in range(int(len(samples) / channels / rate * fps) + 2)]
+    return [samples[a:b] for a, b in zip(edges, edges[1:])]
+
+
+class Sound(Case):
+    def test_an_avi_file_has_the_sound_of_the_frames(self):
+        for name, fps in (("pal", 25), ("ntsc", 29.97)):
+            with self.subTest(name):
+                frames = stream(name, 60)
+                self.file("a.dv", frames)
+                said = self.json("export", "a.dv", "b.avi", "--from", "10", "--to", "49", "--force")
+                self.assertEqual((said["soundRate"], said["soundChannels"]), (48000, 2))
+                self.assertEqual(recordings.frames_of(self.folder / "b.avi"), b"".join(frames[10:50]))
+                self.file("part.dv", frames[10:50])
+                self.assertEqual(recordings.sound_of(self.folder / "b.avi"),
+                                 recordings.sound_of(self.folder / "part.dv"))
+                self.assertEqual(self.json("verify", "b.avi")["faults"], [])
+                info = self.json("info", "b.avi")
+                self.assertEqual((info["audioStreams"], info["legacyEntries"], info["state"]),
+                                 (1, 80, "finished"))
+                streams = recordings.streams_of(self.folder / "b.avi")
+                self.assertEqual([one["codec_name"] for one in streams], ["dvvideo", "pcm_s16le"])
+                self.assertAlmostEqual(int(streams[1]["nb_frames"]) / 48000, 40 / fps, delta=0.001)
+                # Its own stream is copied from here on, also out of a damaged file once that is repaired.
+                self.dvrec("export", "b.avi", "c.avi", "--from=5", "--to=14", "--force")
+                self.assertEqual(recordings.sound_of(self.folder / "c.avi"),
+                                 sum(slots(recordings.sound_of(self.folder / "b.avi"), 2, 48000, fps)[5:15],
+                                     array.array("h")))
+                self.dvrec("repair", "b.avi", "c.avi", "--force")
+                self.assertEqual(recordings.frames_of(self.folder / "c.avi"), b"".join(frames[10:50]))
+                self.dvrec("convert", "a.dv", "b.avi", "--no-sound", "--force")
+                self.assertEqual(self.json("info", "b.avi")["streams"], 1)
+
+    def test_every_kind_of_sound_is_read_as_ffmpeg_reads_it(self):
+        values = random.Random(3)
+        for name, rate, bits, channels, count in (
+                ("pal", 48000, 16, 2, 1944), ("ntsc", 48000, 16, 2, 1580), ("pal", 44100, 16, 2, 1764),
+                ("ntsc", 32000, 16, 2, 1067), ("pal", 32000, 12, 4, 1296), ("ntsc", 32000, 12, 4, 1053),
+                ("pal", 32000, 12, 2, 1280)):
+            with self.subTest(f"{name} {rate} {bits} {channels}"):
+                top = 1 << bits - 1
+                # The value at the bottom means that there is none.
+                lists = [[values.randrange(1 - top, top) for _ in range(count)] for _ in range(channels)]
+                self.file("a.dv", [recordings.with_sound(frame, lists, rate, bits) for frame in stream(name, 3)])
+                self.dvrec("convert", "a.dv", "b.avi", "--force")
+                made = recordings.sound_of(self.folder / "b.avi")
+                self.assertEqual(len(made), 3 * count * channels)
+                for pair in range(channels // 2):
+                    ours = array.array("h", (made[i + j] for i in range(2 * pair, len(made), channels)
+                                             for j in (0, 1)))
+                    self.assertEqual(ours, recordings.sound_of(self.folder / "a.dv", pair))
+
+    def test_silence_and_other_rates_stand_where_they_were(self):
+        frames = stream("pal", 12)
+        loud = [[1000] * 1280] * 2
+        frames[3:6] = [recordings.with_sound(frame, [[0] * 1920] * 2)[:72000] + frame[72000:]
+                       for frame in frames[3:6]]
+        mute = bytearray(frames[4])
+        for at in range(0, PAL, 80):
+            if mute[at] >> 5 == 3:
+                mute[at + 3] = 0xff
+        frames[4], frames[8] = bytes(mute), recordings.with_sound(frames[8], loud, 32000, 16)
+        self.dvrec("convert", self.file("a.dv", [frames[4], *frames]), "b.avi")
+        heard = slots(recordings.sound_of(self.folder / "b.avi"), 2, 48000, 25)
+        self.assertEqual([len(one) for one in heard[:13]], [2 * 1920] * 13)
+        self.assertFalse(any(heard[0]) or any(heard[5]), "no sound in the frame")
+        self.assertEqual(set(heard[9]), {1000}, "stretched from 32 to 48 kHz")
+        self.assertEqual(heard[1], recordings.sound_of(self.folder / "a.dv")[:2 * 1920])
+
+    def test_a_foreign_sound_stream_is_kept(self):
+        source = scripted_tests.STREAMS / "pal.dv"
+        for codec, rate, channels, kept in (("pcm_s16le", 44100, 1, True), ("pcm_u8", 22050, 2, True),
+                                            ("mp2", 48000, 2, False)):
+            foreign = self.folder / "foreign.avi"
+            recordings.ffmpeg("-i", source, "-f", "lavfi", "-i", f"sine=frequency=300:sample_rate={rate}",
+                              "-map", "0:v", "-map", "1:a", "-c:v", "copy", "-c:a", codec, "-ac", channels,
+                              "-t", "4", foreign)
+            said = self.json("export", "foreign.avi", "b.avi", "--from", "30", "--to", "69", "--force",
+                             notes=not kept)
+            if kept:
+                wanted = slots(recordings.sound_of(foreign), channels, rate, 25)[30:70]
+                self.assertEqual((said["soundRate"], said["soundChannels"]), (rate, channels))
+            else:
+                self.assertEqual(said["soundRate"], 48000)
+                self.file("a.dv", stream("pal", 40, 30))
+                wanted = [recordings.sound_of(self.folder / "a.dv")]
+            self.assertEqual(recordings.sound_of(self.folder / "b.avi"), sum(wanted, array.array("h")), codec)
+            self.assertEqual(self.json("verify", "b.avi")["faults"], [])
+
+    def test_the_line_for_mp4_in_the_documentation(self):
+        document = (scripted_tests.ROOT / "docs" / "dvrec.md").read_text(encoding="utf-8")
+        line = next(line for line in document.splitlines() if line.startswith("ffmpeg -i match.avi"))
+        for name, size in (("pal", (768, 576)), ("ntsc", (640, 480))):
+            self.dvrec("convert", self.file("a.dv", stream(name, 50)), "match.avi", "--force")
+            subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *shlex.split(line)[1:]], cwd=self.folder,
+                           check=True)
+            video, sound = recordings.streams_of(self.folder / "match.mp4")
+            self.assertEqual((video["width"], video["height"], video["sample_aspect_ratio"]), (*size, "1:1"))
+            seconds = 50 / (25 if name == "pal" else 29.97)
+            self.assertAlmostEqual(float(video["duration"]), seconds, delta=0.04)
+            self.assertAlmostEqual(float(sound["duration"]), seconds, delta=0.04)
 
 
 class Repair(Case):

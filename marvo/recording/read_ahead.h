@@ -11,35 +11,37 @@
 #include <atomic>
 #include <string>
 
-namespace dvrec {
+namespace recording {
 
 /// Reads frames while those before them are being written, so that a copy takes as long as the slower of the
 /// two. The recording belongs to this object's thread for as long as it lives.
 class ReadAhead : private vwin::winthread {
 public:
-    /// Reads the frames `first` to `last`, both included, into buffers of `bufferBytes`. Throws the `Failure`
-    /// when there is no memory or no thread.
-    ReadAhead(recording::Reader& from, unsigned long long first, unsigned long long last,
-              unsigned long bufferBytes);
+    /// For the frames `first` to `last`, both included.
+    ReadAhead(Reader& from, unsigned long long first, unsigned long long last);
     ~ReadAhead();
 
+    /// Begins to read into buffers of `bufferBytes`. False, with the reason in `error`, when there is no
+    /// memory or no thread.
+    bool begin(unsigned long bufferBytes, std::wstring& error);
+
     /// The next frame, which may be overwritten and is kept until the next call; null, with the reason in
-    /// `fault`, when it cannot be read. To be called once for each frame.
-    recording::RecordBuffer* next(std::string& fault);
+    /// `error`, when it cannot be read. To be called at most once for each frame, after `begin`.
+    RecordBuffer* next(std::wstring& error);
 
 private:
     static constexpr int buffers = 4;
 
     struct Slot {
-        recording::RecordBuffer buffer;
+        RecordBuffer buffer;
         bool read = false;
-        std::string fault;
+        std::wstring error;
     };
 
     void run() override;
     Slot& slotOf(unsigned long long frame) { return slots_[frame % buffers]; }
 
-    recording::Reader& from_;
+    Reader& from_;
     const unsigned long long first_, last_;
     unsigned long long taken_; ///< the frame that `next` gives next
     std::array<Slot, buffers> slots_;
@@ -48,4 +50,4 @@ private:
     std::atomic<bool> ending_ = false;
 };
 
-} // namespace dvrec
+} // namespace recording
