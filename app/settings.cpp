@@ -234,7 +234,7 @@ Settings SettingsFile::parse(const std::string& text, std::vector<std::wstring>&
 }
 
 std::string SettingsFile::format(const Settings& settings) {
-    const auto heading = [](const char* name) { return "[" + std::string(name) + "]\n"; };
+    const auto heading = [](const char* name) { return std::string("[") + name + "]\n"; };
     std::string result = heading(mainSection);
     for (const Row& row : rows()) {
         result += std::string(row.name) + " = " + row.write(settings) + "\n";

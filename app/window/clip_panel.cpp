@@ -102,7 +102,7 @@ void ClipPanel::paint(Canvas& canvas, const Area& area) {
     }
     const Area head = headArea();
     canvas.fill(head, colour::panel);
-    const std::wstring title = text(Text::windowClips, language) + L"  " +
+    const std::wstring title = std::wstring(text(Text::windowClips, language)) + L"  " +
                                (rows().empty() ? std::wstring() : std::to_wstring(rows().size()));
     canvas.text(head.inset(canvas.scaled(12), 0), title, Writing::strong, colour::faint);
     paintJobs(canvas, jobsArea());

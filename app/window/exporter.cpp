@@ -16,6 +16,14 @@ bool endsWith(const std::wstring& name, const std::wstring& extension) {
            _wcsicmp(name.c_str() + name.size() - extension.size(), extension.c_str()) == 0;
 }
 
+/// A sentence as a part of another one.
+std::wstring withoutStop(std::wstring sentence) {
+    while (!sentence.empty() && sentence.back() == L'.') {
+        sentence.pop_back();
+    }
+    return sentence;
+}
+
 /// COM and a low priority for as long as a piece of work lasts.
 class WorkPlace {
 public:
@@ -90,7 +98,7 @@ bool exportPictures(const Clip& clip, const std::wstring& target, const JobQueue
             return false;
         }
         if (!decoder.decode(bytes.data(), bytes.size(), picture)) {
-            why = decoder.explanation();
+            why = withoutStop(decoder.explanation());
             return false;
         }
         const double aspect = static_cast<double>(picture.aspectNumerator) * picture.height /
@@ -111,10 +119,14 @@ bool exportFile(const Clip& clip, const std::wstring& target, const JobQueue::Pr
                 std::wstring& why) {
     const WorkPlace place;
     dvExport exporter;
+    // Whether a file that is there may go was asked with its name.
+    exporter.replaceExisting(true);
     const bool done = exporter.run(clip.file.c_str(), clip.frames.first, clip.frames.last, target.c_str(),
-                                   [&](double part) { return progress(part); });
+                                   [&](unsigned long long part, unsigned long long all) {
+                                       return progress(static_cast<double>(part) / static_cast<double>(all));
+                                   });
     if (!done) {
-        why = exporter.explanation();
+        why = withoutStop(exporter.explanation());
     }
     return done;
 }

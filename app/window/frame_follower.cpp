@@ -10,7 +10,7 @@ constexpr std::uint64_t mostCatchUp_frames = 12;
 
 } // namespace
 
-void FrameFollower::show(const FrameAddress& address, bool everyFrame) {
+void FrameFollower::follow(const FrameAddress& address, bool everyFrame) {
     {
         const std::lock_guard guard(lock_);
         if (address == wanted_ && !pausing_) {

@@ -20,7 +20,7 @@ public:
 
     /// This frame is shown now. With `everyFrame` those between it and the one before are given too, when it
     /// is at most half a second further in the same file: sound has no gaps then.
-    void show(const FrameAddress& address, bool everyFrame);
+    void follow(const FrameAddress& address, bool everyFrame);
     /// Nothing is shown.
     void pause();
 

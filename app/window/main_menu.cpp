@@ -83,7 +83,7 @@ HMENU MainMenu::build(const Settings& settings) {
     for (const Group& part : groups) {
         HMENU menu = group(part.commands, part.count, settings, items);
         if (part.title == Text::windowMenuFile && !settings.recent.empty()) {
-            AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+            appendLine(menu, items);
             for (size_t i = 0; i < settings.recent.size(); ++i) {
                 append(menu, firstRecent + i, 0, {nameOf(settings.recent[i]), {}}, items);
             }
@@ -136,6 +136,10 @@ bool MainMenu::measure(MEASUREITEMSTRUCT& item, HWND owner, Fonts& fonts) const 
         return false;
     }
     const Item& known = *reinterpret_cast<const Item*>(item.itemData);
+    if (known.words.empty()) {
+        item.itemHeight = static_cast<UINT>(fonts.scaled(9));
+        return true;
+    }
     HDC context = GetDC(owner);
     {
         Canvas canvas(context, fonts);
@@ -156,6 +160,13 @@ bool MainMenu::draw(const DRAWITEMSTRUCT& item, Fonts& fonts) const {
     const Item& known = *reinterpret_cast<const Item*>(item.itemData);
     Canvas canvas(item.hDC, fonts);
     const Area area = {item.rcItem.left, item.rcItem.top, item.rcItem.right, item.rcItem.bottom};
+    if (known.words.empty()) {
+        canvas.fill(area, colour::panel);
+        const int middle = (area.top + area.bottom) / 2;
+        canvas.fill({area.left + canvas.scaled(10), middle, area.right - canvas.scaled(10), middle + 1},
+                    colour::line);
+        return true;
+    }
     const bool chosen = (item.itemState & (ODS_SELECTED | ODS_HOTLIGHT)) != 0;
     canvas.fill(area, chosen ? colour::hovered : colour::panel);
     if (known.title) {
@@ -172,6 +183,27 @@ bool MainMenu::draw(const DRAWITEMSTRUCT& item, Fonts& fonts) const {
     canvas.text(rest, known.key, Writing::normal, colour::faint, Canvas::Align::right);
     canvas.text(rest, known.words, Writing::normal, colour::text);
     return true;
+}
+
+void MainMenu::paintRest(HWND owner) const {
+    HMENU menu = GetMenu(owner);
+    MENUBARINFO bar = {};
+    bar.cbSize = sizeof bar;
+    RECT last = {};
+    RECT window = {};
+    if (menu == nullptr || !GetMenuBarInfo(owner, OBJID_MENU, 0, &bar) ||
+        !GetMenuItemRect(owner, menu, static_cast<UINT>(GetMenuItemCount(menu) - 1), &last) ||
+        !GetWindowRect(owner, &window)) {
+        return;
+    }
+    // One line more below, where the system draws a light one.
+    RECT rest = {last.right, bar.rcBar.top, bar.rcBar.right, bar.rcBar.bottom + 1};
+    OffsetRect(&rest, -window.left, -window.top);
+    RECT below = {bar.rcBar.left - window.left, last.bottom - window.top, rest.right, rest.bottom};
+    HDC context = GetWindowDC(owner);
+    FillRect(context, &rest, ground_);
+    FillRect(context, &below, ground_);
+    ReleaseDC(owner, context);
 }
 
 LRESULT MainMenu::letter(wchar_t letter, HMENU menu) const {
@@ -207,12 +239,16 @@ void MainMenu::append(HMENU menu, UINT_PTR id, UINT flags, Item item,
     AppendMenuW(menu, MF_OWNERDRAW | flags, id, reinterpret_cast<const wchar_t*>(items.back().get()));
 }
 
+void MainMenu::appendLine(HMENU menu, std::vector<std::unique_ptr<Item>>& items) {
+    append(menu, 0, MF_SEPARATOR, {}, items);
+}
+
 HMENU MainMenu::group(const Command* commands, size_t count, const Settings& settings,
                       std::vector<std::unique_ptr<Item>>& items) {
     HMENU menu = CreatePopupMenu();
     for (size_t i = 0; i < count; ++i) {
         if (commands[i] == line) {
-            AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+            appendLine(menu, items);
             continue;
         }
         const CommandInfo& info = commandInfo(commands[i]);

@@ -34,6 +34,8 @@ public:
     /// For the owner's messages of these names; false when it is not a menu's.
     bool measure(MEASUREITEMSTRUCT& item, HWND owner, Fonts& fonts) const;
     bool draw(const DRAWITEMSTRUCT& item, Fonts& fonts) const; ///< see there
+    /// Paints the part of the bar that no item covers, behind the owner's WM_NCPAINT and WM_NCACTIVATE.
+    void paintRest(HWND owner) const;
     /// The answer to WM_MENUCHAR: the item that a letter means.
     LRESULT letter(wchar_t letter, HMENU menu) const;
 
@@ -43,12 +45,13 @@ public:
 
 private:
     struct Item {
-        std::wstring words;
+        std::wstring words; ///< empty: a line between two groups
         std::wstring key;
         bool title = false; ///< of the bar
     };
 
     void append(HMENU menu, UINT_PTR id, UINT flags, Item item, std::vector<std::unique_ptr<Item>>& items);
+    void appendLine(HMENU menu, std::vector<std::unique_ptr<Item>>& items);
     HMENU group(const Command* commands, size_t count, const Settings& settings,
                 std::vector<std::unique_ptr<Item>>& items);
 

@@ -4,8 +4,8 @@ namespace app {
 
 void MessageBar::update(const View& view, Language language) {
     Shown now;
-    now.question = view.question.value_or(L"");
-    now.alarm = view.alarms.empty() ? L"" : view.alarms.front().text;
+    now.question = view.question.value_or(std::wstring());
+    now.alarm = view.alarms.empty() ? std::wstring() : view.alarms.front().text;
     now.message = view.message.text;
     now.refused = view.message.refused;
     yes_ = text(Text::windowYes, language);

@@ -19,12 +19,12 @@ struct Monitors {
 };
 
 /// The area of the monitor that is wanted, and whether it is free of the operator's window.
-struct Place {
+struct MonitorPlace {
     Area area;
     bool whole = false;
 };
 
-Place placeFor(HWND owner, int wanted) {
+MonitorPlace placeFor(HWND owner, int wanted) {
     const Monitors monitors;
     const HMONITOR operators = MonitorFromWindow(owner, MONITOR_DEFAULTTOPRIMARY);
     HMONITOR chosen = nullptr;
@@ -54,9 +54,9 @@ bool OutputWindow::open(HWND owner, int monitor) {
     close();
     owner_ = owner;
     monitor_ = monitor;
-    const Place place = placeFor(owner, monitor);
-    const DWORD style = place.whole ? WS_POPUP : WS_OVERLAPPEDWINDOW;
-    if (!create(L"Marvo", style, WS_EX_NOACTIVATE, nullptr, place.area)) {
+    const MonitorPlace at = placeFor(owner, monitor);
+    const DWORD style = at.whole ? WS_POPUP : WS_OVERLAPPEDWINDOW;
+    if (!create(L"Marvo", style, WS_EX_NOACTIVATE, nullptr, at.area)) {
         return false;
     }
     target_ = handle();
@@ -84,7 +84,7 @@ void OutputWindow::follow(const FrameAddress& address, Field field) {
     if (field_.exchange(field) != field) {
         invalidate();
     }
-    show(address, false);
+    FrameFollower::follow(address, false);
 }
 
 LRESULT OutputWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {

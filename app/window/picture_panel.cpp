@@ -50,12 +50,12 @@ void PicturePanel::setStill(const PixelView& picture, Field field) {
 
 void PicturePanel::setTag(const std::wstring& words, COLORREF colour) {
     tag_.set(words, {}, colour, Writing::large);
-    placeBadges();
+    placeBadges(false);
 }
 
 void PicturePanel::setAlarm(const std::wstring& first, const std::wstring& second, COLORREF colour) {
     alarm_.set(first, second, colour, Writing::huge);
-    placeBadges();
+    placeBadges(false);
 }
 
 void PicturePanel::zoom(int steps, POINT around) {
@@ -72,17 +72,11 @@ void PicturePanel::zoom(int steps, POINT around) {
     centreX_ = x - (around.x - panel.width() / 2.0) / (whole.width() * zoom_);
     centreY_ = y - (around.y - panel.height() / 2.0) / (whole.height() * zoom_);
     layOut();
-    if (onZoom) {
-        onZoom();
-    }
 }
 
 void PicturePanel::resetZoom() {
     zoom_ = 1.0;
     layOut();
-    if (onZoom) {
-        onZoom();
-    }
 }
 
 void PicturePanel::layOut() {
@@ -90,7 +84,7 @@ void PicturePanel::layOut() {
     const Area area = enlarged();
     video_.place(area);
     SetWindowPos(still_.handle(), HWND_TOP, area.left, area.top, area.width(), area.height(), SWP_NOACTIVATE);
-    placeBadges();
+    placeBadges(true);
     if (videoSize_.cx != area.width() || videoSize_.cy != area.height()) {
         videoSize_ = {area.width(), area.height()};
         if (onVideoSize) {
@@ -189,15 +183,15 @@ void PicturePanel::keepInside() {
     keep(centreY_, whole.height(), panel.height());
 }
 
-void PicturePanel::placeBadges() {
+void PicturePanel::placeBadges(bool raise) {
     const Area panel = client();
-    const auto put = [](Badge& badge, int x, int y, const SIZE& size) {
+    const auto put = [raise](Badge& badge, int x, int y, const SIZE& size) {
         RECT now = {};
         GetWindowRect(badge.handle(), &now);
         MapWindowPoints(nullptr, GetParent(badge.handle()), reinterpret_cast<POINT*>(&now), 2);
         const bool same = badge.visible() && now.left == x && now.top == y &&
                           now.right - now.left == size.cx && now.bottom - now.top == size.cy;
-        if (!same) {
+        if (!same || raise) {
             SetWindowPos(badge.handle(), HWND_TOP, x, y, size.cx, size.cy, SWP_NOACTIVATE | SWP_SHOWWINDOW);
         }
     };

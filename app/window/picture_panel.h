@@ -38,8 +38,6 @@ public:
 
     /// The video's window has this size now; the engine must be told.
     std::function<void(int width, int height)> onVideoSize;
-    /// The zoom has changed.
-    std::function<void()> onZoom;
     /// A double click.
     std::function<void()> onDoubleClick;
     /// The right button: a menu is wanted at this place of the screen.
@@ -64,7 +62,7 @@ private:
     Area fitted() const;
     Area enlarged() const;
     void keepInside();
-    void placeBadges();
+    void placeBadges(bool raise);
 
     Video video_;
     StillView still_;

@@ -10,7 +10,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cmath>
 
 namespace app {
 
@@ -104,7 +104,11 @@ bool ReplayWindow::open(const std::vector<std::wstring>& files, bool fullScreen)
     ShowWindow(handle(), SW_SHOW);
     SetForegroundWindow(handle());
     SetFocus(handle());
-    lookForCamera();
+    looking_ = true;
+    showLooking();
+    session_->start(now());
+    looking_ = false;
+    findCameraWords();
     for (const std::wstring& finding : findings_) {
         session_->tell(finding, true);
     }
@@ -161,6 +165,12 @@ LRESULT ReplayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) 
             }
         }
         return 0;
+    case WM_NCPAINT:
+    case WM_NCACTIVATE: {
+        const LRESULT result = Window::handleMessage(message, wParam, lParam);
+        menu_.paintRest(handle());
+        return result;
+    }
     case WM_INITMENUPOPUP:
         menu_.mark(reinterpret_cast<HMENU>(wParam), session_->view());
         return 0;
@@ -301,26 +311,22 @@ Settings ReplayWindow::forSession() const {
     return settings;
 }
 
-void ReplayWindow::lookForCamera() {
-    looking_ = true;
+void ReplayWindow::showLooking() {
     picture_.setEmpty(words(Text::windowLooking));
     UpdateWindow(handle());
     UpdateWindow(picture_.handle());
-    engine_->set({cameraNumber(settings_.camera), static_cast<unsigned long>(settings_.ring_frames),
-                  settings_.delay_ms, settings_.deinterlace});
-    session_->start(now());
-    looking_ = false;
-    const std::vector<std::wstring> names = cameraNames();
+}
+
+/// What is told in place of a picture when there is none.
+void ReplayWindow::findCameraWords() {
     std::wstring list;
-    for (const std::wstring& name : names) {
-        list += (list.empty() ? L"" : L", ") + name;
+    for (const std::wstring& name : cameraNames()) {
+        list += list.empty() ? name : L", " + name;
     }
     const std::wstring again = firstKey(settings_.keys, Command::lookForCamera);
-    noCameraWords_ = names.empty() ? text(Text::windowNoDevice, settings_.language,
-                                          {again, firstKey(settings_.keys, Command::open)})
-                                   : text(Text::windowDevices, settings_.language,
-                                          {list, again, firstKey(settings_.keys, Command::settings)});
-    refresh();
+    const std::wstring other = firstKey(settings_.keys, list.empty() ? Command::open : Command::settings);
+    noCameraWords_ = list.empty() ? text(Text::windowNoDevice, settings_.language, {again, other})
+                                  : text(Text::windowDevices, settings_.language, {list, again, other});
 }
 
 void ReplayWindow::openFile(const std::wstring& file) {
@@ -355,12 +361,16 @@ bool ReplayWindow::takeKey(const MSG& message) {
 }
 
 void ReplayWindow::perform(Command command, const std::wstring& argument) {
-    if (command == Command::lookForCamera) {
-        picture_.setEmpty(words(Text::windowLooking));
-        UpdateWindow(picture_.handle());
+    looking_ = command == Command::lookForCamera && !session_->view().cameraBuilt;
+    if (looking_) {
+        showLooking();
     }
     if (session_->perform(command, argument) == Outcome::window) {
         performHere(command, argument);
+    }
+    if (looking_) {
+        looking_ = false;
+        findCameraWords();
     }
     refresh();
 }
@@ -385,9 +395,6 @@ void ReplayWindow::performHere(Command command, const std::wstring& argument) {
         break;
     case Command::renameClip:
         clips_.beginRename();
-        break;
-    case Command::lookForCamera:
-        lookForCamera();
         break;
     case Command::fullScreen:
         setFullScreen(!fullScreen_);
@@ -527,13 +534,18 @@ void ReplayWindow::showSettings() {
     settings_ = changed;
     keepSettings();
     useSettings(true);
+    findCameraWords();
     layOut();
 }
 
 void ReplayWindow::listen() {
     if (remote_ == nullptr) {
         remote_ = std::make_unique<RemotePort>([this] {
-            const auto connection = std::make_shared<ProtocolConnection>(*session_, settings_.token);
+            const auto connection =
+                std::make_shared<ProtocolConnection>(*session_, settings_.token, [this](Command command) {
+                    // Not in the midst of the port's business: a dialog would hold it up.
+                    return PostMessageW(handle(), WM_COMMAND, static_cast<WPARAM>(command), 0) != FALSE;
+                });
             return [this, connection](std::string_view bytes, bool& closed) {
                 const std::string answer = connection->receive(bytes);
                 closed = connection->closed();
@@ -591,13 +603,19 @@ void ReplayWindow::refreshPicture() {
     }
     const ModeSign sign = modeSign(view, settings_.language);
     const bool signal = view.mode != View::Mode::noSignal;
-    std::wstring tag = view.mode == View::Mode::noCamera ? std::wstring() : view.source;
+    std::wstring tag = view.mode == View::Mode::noCamera       ? std::wstring()
+                       : view.mode == View::Mode::oldRecording ? view.source
+                                                               : sign.words;
     if (!tag.empty() && view.showTime && !view.timeOfDay.empty()) {
         tag += L"   " + (view.held ? view.timeOfDay : view.timeOfDay.substr(0, 8));
     }
     if (view.held && view.field != Field::both) {
         tag +=
             L"   " + text(Text::windowField, settings_.language, {view.field == Field::first ? L"1" : L"2"});
+    }
+    if (!tag.empty() && picture_.zoomFactor() > 1.0) {
+        const double factor = std::round(picture_.zoomFactor() * 10.0) / 10.0;
+        tag += L"   " + text(Text::windowZoom, settings_.language, {numberText(factor, settings_.language)});
     }
     picture_.setTag(tag, signal ? sign.colour : colour::raised);
     picture_.setAlarm(signal ? std::wstring() : sign.words, signal ? std::wstring() : view.noSignalText,
@@ -617,7 +635,7 @@ void ReplayWindow::followPicture() {
         return;
     }
     const FrameAddress address = {view.file, view.frame};
-    sound_.show(address, !view.held && view.speed == 1.0);
+    sound_.follow(address, !view.held && view.speed == 1.0);
     if (output_.opened()) {
         output_.follow(address, view.held ? view.field : Field::both);
     }
@@ -752,6 +770,7 @@ void ReplayWindow::toggleOutput() {
     } else if (!output_.open(handle(), settings_.outputMonitor)) {
         session_->tell(words(Text::windowOutputFailed), true);
     }
+    SetForegroundWindow(handle());
     SetFocus(handle());
 }
 

@@ -49,7 +49,8 @@ private:
     void keepSettings();
     void useSettings(bool menus);
     Settings forSession() const;
-    void lookForCamera();
+    void showLooking();
+    void findCameraWords();
     void openFile(const std::wstring& file);
 
     bool takeKey(const MSG& message);
@@ -61,7 +62,6 @@ private:
     bool addExport(const Clip& clip, const std::wstring& target);
     void showSettings();
     void listen();
-    std::string answer(std::string_view bytes);
 
     void tick();
     void refresh();
@@ -105,7 +105,6 @@ private:
     dvPicture stillPicture_;
     bool stillThere_ = false;
     Field stillField_ = Field::both;
-    std::wstring recentShown_;
     int wheelRest_ = 0;
 };
 

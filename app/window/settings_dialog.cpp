@@ -174,8 +174,7 @@ void SettingsDialog::onCommand(int id, int notification) {
     case defaultKey: {
         const LRESULT row = SendMessageW(list_, LB_GETCURSEL, 0, 0);
         if (row >= 0) {
-            const wchar_t* usual = commands()[static_cast<size_t>(row)].keys;
-            setKeys(usual != nullptr ? usual : L"");
+            setKeys(commands()[static_cast<size_t>(row)].keys);
         }
         break;
     }

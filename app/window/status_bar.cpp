@@ -1,5 +1,7 @@
 #include "app/window/status_bar.h"
 
+#include "app/disk.h"
+
 namespace app {
 
 ModeSign modeSign(const View& view, Language language) {
@@ -23,17 +25,19 @@ ModeSign modeSign(const View& view, Language language) {
 
 void StatusBar::update(const View& view, Language language) {
     const ModeSign sign = modeSign(view, language);
+    const bool old = view.mode == View::Mode::oldRecording;
     Cells now;
-    now.mode = {sign.words, view.source, sign.colour};
-    now.time = {view.timeOfDay.empty() ? view.position : view.timeOfDay,
-                view.timeOfDay.empty() ? std::wstring() : view.position};
+    now.mode = {sign.words, old ? view.source : nameOf(view.file), sign.colour};
+    const std::wstring time = view.held ? view.timeOfDay : view.timeOfDay.substr(0, 8);
+    now.time = {time.empty() ? view.position : time, time.empty() ? std::wstring() : view.position};
     now.speed = {view.speedText, view.playModeText};
     const bool failing = view.recording == View::Recording::failing;
     const bool on = view.recording == View::Recording::recording;
-    const size_t slash = view.recordingFile.find_last_of(L"\\/");
-    const std::wstring name =
-        slash == std::wstring::npos ? view.recordingFile : view.recordingFile.substr(slash + 1);
-    now.recording = {(on ? L"\x25CF " : L"") + view.recordingText, name,
+    // The name stands below.
+    const std::wstring name = nameOf(view.recordingFile);
+    const size_t named = on && !name.empty() ? view.recordingText.find(name) : std::wstring::npos;
+    now.recording = {(on ? std::wstring(L"\x25CF ") : std::wstring()) + view.recordingText.substr(0, named),
+                     on || failing ? name : std::wstring(),
                      failing ? colour::alarm
                      : on    ? RGB(110, 24, 24)
                              : colour::panel,
@@ -53,13 +57,13 @@ void StatusBar::paint(Canvas& canvas, const Area& area) {
     Area rest = area;
     const int width = area.width();
     const int gap = canvas.scaled(2);
-    paintCell(canvas, rest.takeLeft(width * 23 / 100), cells_.mode);
+    paintCell(canvas, rest.takeLeft(width * 22 / 100), cells_.mode);
     rest.takeLeft(gap);
-    paintCell(canvas, rest.takeLeft(width * 20 / 100), cells_.time);
+    paintCell(canvas, rest.takeLeft(width * 19 / 100), cells_.time);
     rest.takeLeft(gap);
     paintCell(canvas, rest.takeLeft(width * 11 / 100), cells_.speed);
     rest.takeLeft(gap);
-    paintCell(canvas, rest.takeRight(width * 19 / 100), cells_.drive);
+    paintCell(canvas, rest.takeRight(width * 17 / 100), cells_.drive);
     rest.takeRight(gap);
     paintCell(canvas, rest, cells_.recording);
 }
@@ -77,7 +81,7 @@ void StatusBar::paintCell(Canvas& canvas, const Area& area, const Cell& cell) {
         writing = Writing::large;
     }
     if (canvas.widthOf(cell.large, writing) > rest.width()) {
-        canvas.paragraph(rest, cell.large, Writing::strong, cell.ink);
+        canvas.paragraph(rest, cell.large, cell.small.empty() ? Writing::large : Writing::strong, cell.ink);
         return;
     }
     canvas.text(rest, cell.large, writing, cell.ink);

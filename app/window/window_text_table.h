@@ -78,8 +78,6 @@ MARVO_TEXT(windowPortTaken, L"Port {0} cannot be used for remote hands: {1}.",
            L"Der Port {0} ist für die Fernbedienung nicht zu haben: {1}.")
 MARVO_TEXT(windowSettingsNotKept, L"The settings could not be written to {0}: {1}.",
            L"Die Einstellungen konnten nicht nach {0} geschrieben werden: {1}.")
-MARVO_TEXT(windowFieldNeedsHold, L"Single fields are shown of a held picture; hold it first.",
-           L"Einzelne Halbbilder zeigt nur ein stehendes Bild; bitte erst anhalten.")
 
 // The settings dialog.
 MARVO_TEXT(windowSettings, L"Settings", L"Einstellungen")
