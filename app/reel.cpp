@@ -17,6 +17,9 @@ void Reel::add(Segment segment) {
 }
 
 void Reel::grow(std::uint64_t frames) {
+    if (segments_.empty()) {
+        return;
+    }
     Segment& last = segments_.back();
     if (last.growing && frames > last.frames) {
         last.frames = frames;

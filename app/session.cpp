@@ -1034,7 +1034,8 @@ void Session::roll() {
     const Segment& file = evening_.last();
     const auto recorded_ms = static_cast<std::int64_t>(file.frames) * file.frameDuration_100ns / 10000;
     const bool watched = player_.show() != Player::Show::live;
-    if (RollingFile::due(recorded_ms, settings_.rolling_min * 60000ll, watched)) {
+    // A second more than was asked for, since the last frames of a file cannot be replayed.
+    if (RollingFile::due(recorded_ms - 1000, settings_.rolling_min * 60000ll, watched)) {
         recorder_.startRolling(now_);
         rollingTried_ms_ = now_.steady_ms;
         restoreShown();
