@@ -308,6 +308,10 @@ Settings ReplayWindow::forSession() const {
     if (settings.folder.empty()) {
         settings.folder = joined(folderOf(settingsFile_), L"recordings");
     }
+    // The setting is for the start.
+    if (session_ != nullptr) {
+        settings.mute = session_->settings().mute;
+    }
     return settings;
 }
 
@@ -331,11 +335,6 @@ void ReplayWindow::findCameraWords() {
 
 void ReplayWindow::openFile(const std::wstring& file) {
     session_->open(fullPath(file));
-    if (settings_.recent != session_->settings().recent) {
-        settings_.recent = session_->settings().recent;
-        keepSettings();
-        useSettings(true);
-    }
     refresh();
 }
 
@@ -583,6 +582,11 @@ void ReplayWindow::tick() {
 
 void ReplayWindow::refresh() {
     const View& view = session_->view();
+    if (settings_.recent != session_->settings().recent) {
+        settings_.recent = session_->settings().recent;
+        keepSettings();
+        useSettings(true);
+    }
     status_.update(view, settings_.language);
     timeline_.update();
     clips_.update();

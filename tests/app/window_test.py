@@ -102,8 +102,10 @@ class Window(unittest.TestCase):
         replay = self.start()
         live = replay.until(lambda now: now["mode"] == "live" and (now["newest"] or 0) > 30)
         self.assertEqual(live["recording"], "rolling")
-        # Keys come by the real way; those with modifiers mean nothing.
-        replay.hand("mousemove", 400, 300, "click", 1, "key", "ctrl+r", "key", "alt+r", "key", "r")
+        # Keys come by the real way; those with modifiers mean something else, or nothing.
+        replay.hand("mousemove", 400, 300, "click", 1, "key", "ctrl+r", "key", "m")
+        self.assertEqual(replay.until(lambda now: not now["mute"])["recording"], "rolling")
+        replay.hand("key", "r")
         replay.until(lambda now: now["recording"] == "recording")
         name = replay.status()["recordingFile"]
         replay.hand("key", "r")
@@ -127,28 +129,38 @@ class Window(unittest.TestCase):
         # Nothing ends the recording at once.
         self.assertIn("error", replay.say("stop"))
         self.assertTrue(replay.status()["question"])
-        replay.hand("key", "Escape")
+        self.assertTrue(replay.say("dismiss")["ok"])
         self.assertEqual(replay.until(lambda now: not now["question"])["recording"], "recording")
         replay.hand("key", "s", "key", "s")
         replay.until(lambda now: now["recording"] == "rolling")
         replay.say("quit")
-        replay.hand("key", "y")
+        replay.say("confirm")
         self.assertEqual(replay.process.wait(30), 0)
-        self.assertEqual((self.folder / "output.txt").read_bytes(), b"")
         recordings = sorted(path.name for path in (self.folder / "recordings").iterdir() if path.is_file())
         base = name.rpartition("\\")[2]
         self.assertEqual(recordings, [base, base + ".clips"])
         info = json.loads(scripted_tests.run("dvrec", "info", "--json", base, cwd=self.folder / "recordings").stdout)
         self.assertGreater(info["frames"], clip["last"])
 
-    def test_remote_hands_need_the_token(self):
-        replay = self.start()
+    def test_trouble_is_told(self):
+        # The camera is gone for a while; a setting makes no sense; a stranger comes to the port.
+        replay = self.start(camera="stream = pal.dv\nlose = 100:2500", delay="soon")
+        self.assertIn("soon", replay.until(lambda now: now["message"])["message"])
         with socket.create_connection(("127.0.0.1", replay.port)) as stranger:
             stranger.sendall(b"wrong\nrecord\n")
             self.assertEqual(stranger.makefile().read().count("\n"), 1)
-        self.assertEqual(replay.status()["recording"], "rolling")
-        replay.say("full-screen")
-        replay.hand("mousemove", 600, 500, "key", "Escape")
+        lost = replay.until(lambda now: now["mode"] == "no-signal")
+        self.assertEqual(lost["recording"], "rolling")
+        self.assertGreater(lost["noSignal_ms"], 0)
+        back = replay.until(lambda now: now["mode"] == "live")
+        self.assertEqual(back["recordingFile"], lost["recordingFile"])
+        # An old recording says whose it is, and the window takes what is dropped or given by name.
+        old = self.folder / "old match.dv"
+        shutil.copy(scripted_tests.STREAMS / "pal.dv", old)
+        self.assertTrue(replay.say("open old match.dv")["ok"])
+        shown = replay.until(lambda now: now["mode"] == "old-recording")
+        self.assertIn("old match.dv", shown["source"])
+        self.assertIn("error", replay.say("open nothing.avi"))
 
 
 if __name__ == "__main__":
