@@ -265,3 +265,5 @@ MARVO_TEXT(argumentClip, L"a clip's number, or nothing for the chosen one",
            L"die Nummer eines Clips, oder nichts für den gewählten")
 MARVO_TEXT(argumentName, L"a name", L"einen Namen")
 MARVO_TEXT(argumentFile, L"a file", L"eine Datei")
+
+#include "app/window/window_text_table.h"

@@ -13,6 +13,8 @@ packages=(
     clang
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
     ffmpeg imagemagick python3 doxygen
+    # Keys and mouse for the tests of the window.
+    xdotool
     # The second compiler: marvo.h must suit it, too.
     clang
     # For the checks of form.
