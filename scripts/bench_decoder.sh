@@ -10,8 +10,8 @@ rounds=$1 result=$2
 # decode STREAM FRAME_BYTES
 decode() {
     local log file=$root/build/streams/$1
-    log=$(ffmpeg -nostdin -hide_banner -nostats -benchmark -threads 1 -f dv -i "$file" -map 0:v -f null - 2>&1) ||
-        die "ffmpeg could not decode the stream: $log"
+    log=$(ffmpeg -nostdin -hide_banner -nostats -benchmark -threads 1 -f dv -i "$file" -map 0:v \
+        -f null - 2>&1) || die "ffmpeg could not decode the stream: $log"
     [[ $log =~ utime=([0-9.]+)s\ stime=([0-9.]+)s ]] || die "ffmpeg told no time."
     printf '%s %s ' "$1" $(($(stat -c %s "$file") / $2))
     awk "BEGIN { print ${BASH_REMATCH[1]} + ${BASH_REMATCH[2]} }"
