@@ -1,6 +1,6 @@
 #!/bin/bash
-# Takes the pictures of docs/replay.md, docs/screenshots/replay-*.png: runs marvo-replay on the simulated camera
-# and the invisible display, and works with it by keys and mouse.
+# Takes the pictures of docs/replay.md, docs/screenshots/replay-*.png: runs marvo-replay on the simulated
+# camera and the invisible display, and works with it by keys and mouse.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
