@@ -48,15 +48,11 @@ struct EngineState {
         std::wstring error; ///< what failed first, without a full stop; empty: nothing
     };
 
-    bool built = false;     ///< a camera's graph is built
-    bool canReplay = false; ///< there is a play graph
+    bool built = false; ///< a camera's graph is built
     Camera camera = Camera::none;
-    unsigned long cameraSince_ms = 0; ///< for how long the camera has been so
-    std::uint64_t captured = 0;       ///< one past the newest captured frame
-    std::uint64_t shown = noFrame;    ///< number of the picture that is shown
-    bool replaying = false;           ///< a replay is on, held or not
-    bool paused = false;
-    double speed = 1.0;                   ///< frames per tick
+    unsigned long cameraSince_ms = 0;     ///< for how long the camera has been so
+    std::uint64_t captured = 0;           ///< one past the newest captured frame
+    std::uint64_t shown = noFrame;        ///< number of the picture that is shown
     unsigned long frameBytes = 0;         ///< of the camera's frames; 0: not known
     std::int64_t frameDuration_100ns = 0; ///< the same
     unsigned long ringFrames = 0;         ///< how many of the newest frames are in memory

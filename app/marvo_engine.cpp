@@ -186,14 +186,10 @@ EngineState MarvoEngine::state() {
     now.camera = cameraOf(camera.state);
     now.cameraSince_ms = camera.since_ms;
     now.built = built_;
-    now.canReplay = ready();
     if (!ready()) {
         return now;
     }
     now.shown = dvFE.playedFrame();
-    now.replaying = dvFE.playing();
-    now.paused = dvFE.paused();
-    now.speed = dvFE.speed();
     now.frameDuration_100ns = dvFE.playFilter().period();
     now.pictureDisturbed = dvFE.playFaults() != 0;
     const play_error error = dvFE.playError();

@@ -30,6 +30,7 @@ void Player::showOld(const Reel* old, FrameSpan range) {
     reel_ = old ? old : &evening_;
     range_.reset();
     alone_ = false;
+    show_ = Show::nothing;
     if (old) {
         show_ = Show::replay;
         held_ = true;

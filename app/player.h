@@ -49,7 +49,7 @@ public:
     Player& operator=(const Player&) = delete;
 
     /// Shows another reel from now on, whose first picture is already held in the engine's replay of its
-    /// first file with that range; null: the evening's again.
+    /// first file with that range. Null: the evening's again, of which nothing is shown yet.
     void showOld(const Reel* old, FrameSpan range);
     /// The engine was built anew, or taken apart: live, or nothing.
     void reset(bool live);

@@ -160,6 +160,9 @@ Outcome Session::open(const std::wstring& file) {
             if (segment.there() && samePath(segment.file, file)) {
                 closeOld();
                 const Outcome outcome = showNearest(segment.start);
+                if (player_.show() == Player::Show::nothing) {
+                    player_.goLive();
+                }
                 return outcome == Outcome::done ? done(Text::toldOfThisEvening, {nameOf(file)}) : outcome;
             }
         }

@@ -135,7 +135,6 @@ MARVO_TEXT(toldAtStart, L"This is the first frame that is there.", L"Das ist das
 MARVO_TEXT(toldAtEnd, L"This is the newest frame that is there.", L"Das ist das neueste vorhandene Bild.")
 MARVO_TEXT(toldEndOfRange, L"The end: held at {0}.", L"Das Ende: angehalten bei {0}.")
 MARVO_TEXT(toldEndToLive, L"The end: back to live.", L"Das Ende: zurück zu Live.")
-MARVO_TEXT(toldNotOnDisk, L"{0} is not on disk: {1}.", L"{0} ist nicht auf der Platte: {1}.")
 MARVO_TEXT(toldFrameNotOnDisk, L"That frame is not on disk, and not in memory any more.",
            L"Dieses Bild ist nicht auf der Platte und nicht mehr im Speicher.")
 MARVO_TEXT(toldAgain, L"The last {0}, from {1}.", L"Die letzten {0}, ab {1}.")
@@ -144,7 +143,6 @@ MARVO_TEXT(toldMode, L"Played: {0}.", L"Gespielt wird: {0}.")
 MARVO_TEXT(toldModeAlready, L"It is played so already: {0}.", L"So wird schon gespielt: {0}.")
 MARVO_TEXT(toldNeedsArgument, L"\"{0}\" needs {1}.", L"\"{0}\" braucht {1}.")
 MARVO_TEXT(toldNoQuestion, L"Nothing is asked.", L"Es ist nichts gefragt.")
-MARVO_TEXT(toldNothingToDismiss, L"There is no message to take away.", L"Es gibt keine Meldung.")
 MARVO_TEXT(toldQuestionOff, L"Nothing was done.", L"Es ist nichts geschehen.")
 MARVO_TEXT(toldFieldHeld, L"One field is shown of a held picture only.",
            L"Ein einzelnes Halbbild gibt es nur vom stehenden Bild.")
@@ -164,8 +162,6 @@ MARVO_TEXT(toldRecording, L"Recording into {0}.", L"Aufnahme in {0}.")
 MARVO_TEXT(toldRecordingAlready, L"{0} is being recorded since {1}; nothing was changed.",
            L"{0} wird seit {1} aufgenommen; nichts wurde geändert.")
 MARVO_TEXT(toldRecordFailed, L"{0} cannot be recorded: {1}.", L"{0} kann nicht aufgenommen werden: {1}.")
-MARVO_TEXT(toldFolder, L"The folder {0} cannot be made: {1}.",
-           L"Der Ordner {0} lässt sich nicht anlegen: {1}.")
 MARVO_TEXT(toldNotRecording, L"No recording runs; the rolling file goes on.",
            L"Es läuft keine Aufnahme; die laufende Datei geht weiter.")
 MARVO_TEXT(toldStopped, L"{0} is complete: {1}.", L"{0} ist fertig: {1}.")
@@ -257,7 +253,6 @@ MARVO_TEXT(settingsKey, L"marvo-replay.ini, line {0}: {1}", L"marvo-replay.ini, 
 MARVO_TEXT(settingsTwice, L"marvo-replay.ini, line {0}: {1} is set twice; this one counts.",
            L"marvo-replay.ini, Zeile {0}: {1} ist doppelt gesetzt; diese Zeile gilt.")
 MARVO_TEXT(rangeOf, L"a whole number from {0} to {1}", L"eine ganze Zahl von {0} bis {1}")
-MARVO_TEXT(yesOrNo, L"yes or no", L"yes oder no")
 MARVO_TEXT(oneOf, L"one of {0}", L"eines von {0}")
 MARVO_TEXT(keyUnknown, L"there is no key \"{0}\".", L"Es gibt keine Taste \"{0}\".")
 MARVO_TEXT(keyTaken, L"the key {0} belongs to \"{1}\".", L"Die Taste {0} gehört zu \"{1}\".")

@@ -89,7 +89,7 @@ public:
             return fail(L"");
         }
         now = {};
-        now.built = now.canReplay = true;
+        now.built = playing_ = true;
         now.camera = app::EngineState::Camera::live;
         now.frameBytes = 144000;
         now.frameDuration_100ns = 400000;
@@ -100,7 +100,10 @@ public:
         paused_ = false;
         return true;
     }
-    void stop() override { now = {}; }
+    void stop() override {
+        now = {};
+        playing_ = false;
+    }
     bool live() override {
         ++calls;
         live_ = true;
@@ -125,7 +128,7 @@ public:
         live_ = false;
         paused_ = true;
         speed_ = 1;
-        now.canReplay = true;
+        playing_ = true;
         position_ = static_cast<double>(std::clamp(at, range_.first, range_.last));
         return range_;
     }
@@ -202,7 +205,7 @@ private:
         }
     }
     void show() {
-        if (!now.canReplay) {
+        if (!playing_) {
             return;
         }
         if (live_ && !paused_ && static_cast<double>(now.captured) > position_ + 4) {
@@ -228,6 +231,7 @@ private:
     app::FrameSpan range_;
     std::vector<int> captured_;
     int nextPicture_ = 0;
+    bool playing_ = false;
     bool live_ = true;
     bool paused_ = false;
     double speed_ = 1;

@@ -56,6 +56,14 @@ TEST(Session, HoldsThePictureHoweverFarLiveGoesOn) {
                 evening.saw(Text::toldAtStart));
     EXPECT_EQ(evening.act(Command::live), Outcome::done);
     EXPECT_TRUE(evening.view().mode == Mode::live && evening.act(Command::live) == Outcome::told);
+    evening.engine.diskStands = true; // what the file does not have cannot be shown, but stays in view
+    evening.run(60);
+    evening.act(Command::hold);
+    const int last = evening.engine.picture;
+    evening.run(200);
+    EXPECT_TRUE(evening.act(Command::stepBack) == Outcome::told && evening.saw(Text::toldFrameNotOnDisk));
+    EXPECT_EQ(evening.engine.picture, last);
+    evening.act(Command::live);
     for (const Command command : {Command::speed3, Command::speed9, Command::reverse, Command::playForward}) {
         EXPECT_EQ(evening.act(command), Outcome::told); // visibly nothing
         EXPECT_TRUE(evening.view().message.refused && evening.view().mode == Mode::live);

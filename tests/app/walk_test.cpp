@@ -1,3 +1,4 @@
+#include "app/protocol.h"
 #include "tests/app/fakes.h"
 
 #include <random>
@@ -23,7 +24,7 @@ public:
         case 2:
             return check("shuttle", evening_.session->shuttle(static_cast<int>(below(9)) - 4));
         case 3:
-            return check("open", evening_.session->open(below(2) ? L"C:\\old.avi" : L"C:\\none.avi"));
+            return check("open", evening_.session->open(anyFile()));
         case 4:
             using Camera = app::EngineState::Camera;
             if (evening_.engine.now.built) {
@@ -40,7 +41,7 @@ public:
         case 6:
         case 7:
         case 8:
-            evening_.run(static_cast<int>(below(below(10) == 0 ? 2000 : 60)));
+            evening_.run(static_cast<int>(below(below(10) == 0 ? 600 : 30)));
             return;
         default:
             break;
@@ -53,19 +54,34 @@ public:
     }
 
 private:
+    std::wstring anyFile() {
+        const std::vector<app::Segment>& segments = evening_.session->reel().segments();
+        const unsigned which = below(4);
+        return which == 0                        ? evening_.engine.recordFile()
+               : which == 1 && !segments.empty() ? segments[0].file
+               : which == 2                      ? L"C:\\none.avi"
+                                                 : L"C:\\old.avi";
+    }
+
     void perform(const app::CommandInfo& info, const std::wstring& argument) {
         app::Session& session = *evening_.session;
         FakeEngine& engine = evening_.engine;
         evening_.run(1);
         const app::View before = session.view();
-        const bool answers =
-            before.question && (info.command == Command::stop || info.command == Command::confirm);
+        const bool answers = before.question && before.question->find(L"Stop recording") == 0 &&
+                             (info.command == Command::stop || info.command == Command::confirm);
         engine.stopsAllowed = answers ? 1 : 0;
         const int steps = info.command == Command::stepForward  ? 1
                           : info.command == Command::stepBack   ? -1
                           : info.command == Command::stepBack10 ? -10
                                                                 : 0;
-        check(info.name, session.perform(info.command, argument));
+        const int calls = engine.calls;
+        const Outcome outcome = session.perform(info.command, argument);
+        EXPECT_TRUE(outcome != Outcome::done || engine.calls > calls ||
+                    session.view().message.serial != before.message.serial ||
+                    app::statusJson(session.view()) != app::statusJson(before))
+            << info.name << " did nothing, silently";
+        check(info.name, outcome);
         if (steps != 0 && before.line.position && before.held) {
             const std::uint64_t wanted = session.reel().moved(*before.line.position, steps);
             const bool told = session.view().message.serial != before.message.serial;
@@ -73,9 +89,6 @@ private:
             EXPECT_TRUE(!told || wanted == *before.line.position || engine.diskStands ||
                         !engine.now.recording.on)
                 << app::utf8(evening_.message());
-        }
-        if (before.question && info.command == Command::quit) {
-            EXPECT_TRUE(session.view().quit);
         }
     }
 
@@ -111,10 +124,10 @@ private:
 } // namespace
 
 TEST(Walk, NoKeyLosesAMatch) {
-    for (unsigned seed = 1; seed <= 60; ++seed) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE(seed);
         Walk walk(seed);
-        for (int i = 0; i < 400 && !HasFailure(); ++i) {
+        for (int i = 0; i < 300 && !HasFailure(); ++i) {
             walk.step();
         }
         if (HasFailure()) {
