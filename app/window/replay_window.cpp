@@ -534,10 +534,15 @@ void ReplayWindow::showSettings() {
     if (!dialog.run(handle(), changed)) {
         return;
     }
+    const bool later = changed.camera != settings_.camera || changed.ring_frames != settings_.ring_frames ||
+                       changed.deinterlace != settings_.deinterlace;
     settings_ = changed;
     keepSettings();
     useSettings(true);
     findCameraWords();
+    if (later && session_->view().cameraBuilt) {
+        session_->tell(words(Text::windowSettingsLater), false);
+    }
     layOut();
 }
 
@@ -626,6 +631,9 @@ void ReplayWindow::refreshPicture() {
         tag += L"   " + text(Text::windowZoom, settings_.language, {numberText(factor, settings_.language)});
     }
     picture_.setTag(tag, signal ? sign.colour : colour::raised);
+    // In full screen there is no status bar.
+    const bool records = fullScreen_ && view.recording >= View::Recording::recording;
+    picture_.setCorner(records ? recordingWords(view) : std::wstring(), recordingColour(view));
     // What the sign says already stands above.
     std::wstring since = view.noSignalText;
     if (since.starts_with(sign.words + L" ")) {
