@@ -15,7 +15,7 @@ constexpr double mostZoom = 8.0;
 bool PicturePanel::createPicture(HWND parent, Fonts& fonts) {
     return createPanel(parent, fonts) && video_.createVideo(handle()) &&
            still_.createStill(handle(), fonts) && tag_.createBadge(handle(), fonts) &&
-           alarm_.createBadge(handle(), fonts);
+           corner_.createBadge(handle(), fonts) && alarm_.createBadge(handle(), fonts);
 }
 
 void PicturePanel::setAspect(int width, int height) {
@@ -50,6 +50,11 @@ void PicturePanel::setStill(const PixelView& picture, Field field) {
 
 void PicturePanel::setTag(const std::wstring& words, COLORREF colour) {
     tag_.set(words, {}, colour, Writing::large);
+    placeBadges(false);
+}
+
+void PicturePanel::setCorner(const std::wstring& words, COLORREF colour) {
+    corner_.set(words, {}, colour, Writing::large);
     placeBadges(false);
 }
 
@@ -199,6 +204,12 @@ void PicturePanel::placeBadges(bool raise) {
         tag_.show(false);
     } else {
         put(tag_, scaled(12), scaled(12), tag_.wanted());
+    }
+    if (corner_.empty()) {
+        corner_.show(false);
+    } else {
+        const SIZE size = corner_.wanted();
+        put(corner_, panel.width() - scaled(12) - size.cx, scaled(12), size);
     }
     if (alarm_.empty()) {
         alarm_.show(false);

@@ -27,6 +27,8 @@ public:
     void setStill(const PixelView& picture, Field field);
     /// The sign at the upper left edge: what is shown. Empty: none.
     void setTag(const std::wstring& words, COLORREF colour);
+    /// The sign at the upper right edge: what is recorded, where nothing else says so. Empty: none.
+    void setCorner(const std::wstring& words, COLORREF colour);
     /// The alarm in the middle, in two lines. Empty: none.
     void setAlarm(const std::wstring& first, const std::wstring& second, COLORREF colour);
 
@@ -67,6 +69,7 @@ private:
     Video video_;
     StillView still_;
     Badge tag_;
+    Badge corner_;
     Badge alarm_;
     std::wstring emptyWords_;
     int aspectWidth_ = 4;

@@ -109,8 +109,12 @@ bool ReplayWindow::open(const std::vector<std::wstring>& files, bool fullScreen)
     session_->start(now());
     looking_ = false;
     findCameraWords();
+    std::wstring told;
     for (const std::wstring& finding : findings_) {
-        session_->tell(finding, true);
+        told += told.empty() ? finding : L" " + finding;
+    }
+    if (!told.empty()) {
+        session_->tell(told, true);
     }
     if (!files.empty()) {
         openFile(files.front());
@@ -530,10 +534,15 @@ void ReplayWindow::showSettings() {
     if (!dialog.run(handle(), changed)) {
         return;
     }
+    const bool later = changed.camera != settings_.camera || changed.ring_frames != settings_.ring_frames ||
+                       changed.deinterlace != settings_.deinterlace;
     settings_ = changed;
     keepSettings();
     useSettings(true);
     findCameraWords();
+    if (later && session_->view().cameraBuilt) {
+        session_->tell(words(Text::windowSettingsLater), false);
+    }
     layOut();
 }
 
@@ -622,8 +631,15 @@ void ReplayWindow::refreshPicture() {
         tag += L"   " + text(Text::windowZoom, settings_.language, {numberText(factor, settings_.language)});
     }
     picture_.setTag(tag, signal ? sign.colour : colour::raised);
-    picture_.setAlarm(signal ? std::wstring() : sign.words, signal ? std::wstring() : view.noSignalText,
-                      colour::alarm);
+    // In full screen there is no status bar.
+    const bool records = fullScreen_ && view.recording >= View::Recording::recording;
+    picture_.setCorner(records ? recordingWords(view) : std::wstring(), recordingColour(view));
+    // What the sign says already stands above.
+    std::wstring since = view.noSignalText;
+    if (since.starts_with(sign.words + L" ")) {
+        since.erase(0, sign.words.size() + 1);
+    }
+    picture_.setAlarm(signal ? std::wstring() : sign.words, signal ? std::wstring() : since, colour::alarm);
     const dvAspect aspect = sound_.aspect();
     picture_.setAspect(static_cast<int>(aspect.width), static_cast<int>(aspect.height));
 }

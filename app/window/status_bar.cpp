@@ -23,6 +23,26 @@ ModeSign modeSign(const View& view, Language language) {
     }
 }
 
+std::wstring recordingWords(const View& view) {
+    if (view.recording != View::Recording::recording) {
+        return view.recordingText;
+    }
+    const std::wstring name = nameOf(view.recordingFile);
+    const size_t named = name.empty() ? std::wstring::npos : view.recordingText.find(name);
+    return std::wstring(L"\x25CF ") + view.recordingText.substr(0, named);
+}
+
+COLORREF recordingColour(const View& view) {
+    switch (view.recording) {
+    case View::Recording::failing:
+        return colour::alarm;
+    case View::Recording::recording:
+        return colour::recordingGround;
+    default:
+        return colour::panel;
+    }
+}
+
 void StatusBar::update(const View& view, Language language) {
     const ModeSign sign = modeSign(view, language);
     const bool old = view.mode == View::Mode::oldRecording;
@@ -31,17 +51,10 @@ void StatusBar::update(const View& view, Language language) {
     const std::wstring time = view.held ? view.timeOfDay : view.timeOfDay.substr(0, 8);
     now.time = {time.empty() ? view.position : time, time.empty() ? std::wstring() : view.position};
     now.speed = {view.speedText, view.playModeText};
-    const bool failing = view.recording == View::Recording::failing;
-    const bool on = view.recording == View::Recording::recording;
-    // The name stands below.
-    const std::wstring name = nameOf(view.recordingFile);
-    const size_t named = on && !name.empty() ? view.recordingText.find(name) : std::wstring::npos;
-    now.recording = {(on ? std::wstring(L"\x25CF ") : std::wstring()) + view.recordingText.substr(0, named),
-                     on || failing ? name : std::wstring(),
-                     failing ? colour::alarm
-                     : on    ? RGB(110, 24, 24)
-                             : colour::panel,
-                     on || failing ? colour::text : colour::faint};
+    const bool on =
+        view.recording == View::Recording::recording || view.recording == View::Recording::failing;
+    now.recording = {recordingWords(view), on ? nameOf(view.recordingFile) : std::wstring(),
+                     recordingColour(view), on ? colour::text : colour::faint};
     now.drive = {view.driveText,
                  {},
                  view.driveLow ? colour::alarm : colour::panel,

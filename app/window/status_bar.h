@@ -17,6 +17,11 @@ struct ModeSign {
 /// The sign of the view's mode.
 ModeSign modeSign(const View& view, Language language);
 
+/// How the recording is, without its file's name: "REC 0:12:34".
+std::wstring recordingWords(const View& view);
+/// The colour of a recording that runs or fails.
+COLORREF recordingColour(const View& view);
+
 /// Mode, time, speed, recording, and the room on the drive.
 class StatusBar : public Panel {
 public:

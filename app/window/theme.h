@@ -26,6 +26,7 @@ inline constexpr COLORREF old = RGB(132, 76, 180);
 inline constexpr COLORREF alarm = RGB(200, 36, 36);
 inline constexpr COLORREF warning = RGB(226, 158, 20);
 inline constexpr COLORREF recording = RGB(232, 62, 62);
+inline constexpr COLORREF recordingGround = RGB(110, 24, 24);
 inline constexpr COLORREF cursor = RGB(255, 255, 255);
 inline constexpr COLORREF ring = RGB(52, 140, 186);
 inline constexpr COLORREF disk = RGB(62, 84, 106);

@@ -115,7 +115,9 @@ void TransportBar::update(const View& view) {
         case Command::speed8: {
             const double speed =
                 speeds[static_cast<int>(rows[i].command) - static_cast<int>(Command::speed1)];
-            on = view.mode != View::Mode::live && view.mode != View::Mode::noCamera && view.speed == speed;
+            const bool plays = view.mode == View::Mode::replay || view.mode == View::Mode::playlist ||
+                               view.mode == View::Mode::oldRecording;
+            on = plays && view.speed == speed;
             break;
         }
         case Command::playBackward:

@@ -76,6 +76,8 @@ MARVO_TEXT(windowOutputFailed, L"The output window could not be opened.",
            L"Das Ausgabefenster konnte nicht geöffnet werden.")
 MARVO_TEXT(windowPortTaken, L"Port {0} cannot be used for remote hands: {1}.",
            L"Der Port {0} ist für die Fernbedienung nicht zu haben: {1}.")
+MARVO_TEXT(windowSettingsLater, L"Camera, frames in memory and deinterlacing count from the next start.",
+           L"Kamera, Bilder im Speicher und Zeilenentflechtung gelten ab dem nächsten Start.")
 MARVO_TEXT(windowSettingsNotKept, L"The settings could not be written to {0}: {1}.",
            L"Die Einstellungen konnten nicht nach {0} geschrieben werden: {1}.")
 

@@ -29,7 +29,8 @@ class Replay:
             "[marvo-replay]\n" + "".join(f"{key} = {value}\n" for key, value in values.items()))
         (folder / "camera.txt").write_text(camera.replace("pal.dv", "R:\\build\\streams\\pal.dv") + "\n")
         inside = str(folder.relative_to(ROOT)).replace("/", "\\")
-        environment = scripted_tests.environment(MARVO_CAMERA=f"R:\\{inside}\\camera.txt", MARVO_TIMEOUT="120")
+        environment = scripted_tests.environment(MARVO_CAMERA=f"R:\\{inside}\\camera.txt",
+                                                 MARVO_TIMEOUT="120")
         self.output = open(folder / "output.txt", "wb")
         self.process = subprocess.Popen(scripted_tests.command("marvo-replay", *arguments), cwd=folder,
                                         env=environment, stdin=subprocess.DEVNULL, stdout=self.output,
@@ -139,8 +140,8 @@ class Window(unittest.TestCase):
         recordings = sorted(path.name for path in (self.folder / "recordings").iterdir() if path.is_file())
         base = name.rpartition("\\")[2]
         self.assertEqual(recordings, [base, base + ".clips"])
-        info = json.loads(scripted_tests.run("dvrec", "info", "--json", base, cwd=self.folder / "recordings").stdout)
-        self.assertGreater(info["frames"], clip["last"])
+        told = scripted_tests.run("dvrec", "info", "--json", base, cwd=self.folder / "recordings").stdout
+        self.assertGreater(json.loads(told)["frames"], clip["last"])
 
     def test_trouble_is_told(self):
         # The camera is gone for a while; a setting makes no sense; a stranger comes to the port.
