@@ -1,7 +1,7 @@
 #!/bin/bash
-# Sets up what is missing, builds the 32-bit product, and plays one instant-replay session on a simulated DV
-# camera: live, record, pause, replay, slow motion, backwards, seek, live, stop. Leaves everything in
-# out/demo/ and checks it against the camera's stream.
+# Sets up what is missing, builds the 32-bit product, and plays an evening of instant replay on a simulated DV
+# camera: first the engine by a script, every frame of it checked; then the application by keys and mouse.
+# Leaves everything in out/demo/ and checks it against the camera's stream.
 set -euo pipefail
 cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh
@@ -12,11 +12,16 @@ usage() {
     cat <<'END'
 demo.sh [--window]
 
-  --window  plays in a window on your display instead of an invisible one
+  --window  plays in a window on your display instead of an invisible one; the application is then driven by
+            its own keys and your mouse pointer, so let go of them for two minutes
 
-Leaves in out/demo/: source.dv (the camera's stream), recording.raw and recording.avi (two recordings as the
-engine wrote them; any video player opens the second), PNG screenshots, report.json (every step with time,
-result and frame numbers), session.log and marvo.log.
+Leaves in out/demo/:
+  engine/   a scripted session of marvo-host: source.dv (the camera's stream), recording.raw and recording.avi
+            (two recordings as the engine wrote them; any video player opens the second), PNG screenshots,
+            report.json (every step with time, result and frame numbers), session.log and marvo.log
+  evening/  an evening at marvo-replay: its recordings and clips, export.avi (a clip with its sound, for any
+            video player), PNG screenshots, session.json (every step and what was seen)
+  full/     the same on a disk that takes no more after a while
 END
 }
 
@@ -37,31 +42,60 @@ read_options() {
     esac
 }
 
-prepare_output() {
-    rm -rf "$out"
-    mkdir -p "$out"
-    cp build/streams/pal.dv "$out/source.dv"
-    printf 'stream = source.dv\nlog = camera.log\n' >"$out/camera.txt"
+# prepare NAME CAMERA_LINES: the folder of a part of the demo, with its camera.
+prepare() {
+    rm -rf "${out:?}/$1"
+    mkdir -p "$out/$1"
+    cp build/streams/pal.dv "$out/$1/source.dv"
+    printf 'stream = source.dv\nlog = camera.log\n%s' "$2" >"$out/$1/camera.txt"
 }
 
-play() {
+play_engine() {
     local status=0
-    MARVO_WINDOW=$window MARVO_CAMERA='R:\out\demo\camera.txt' MARVO_CWD=$out MARVO_TIMEOUT=180 \
+    prepare engine ''
+    MARVO_WINDOW=$window MARVO_CAMERA='R:\out\demo\engine\camera.txt' MARVO_CWD=$out/engine MARVO_TIMEOUT=180 \
         scripts/run.sh win32 marvo-host --script 'R:\host\demo.script' --report report.json --size 720x576 \
-        >"$out/session.log" 2>&1 || status=$?
-    if [[ ! -s $out/report.json ]]; then
-        tail -n 20 "$out/session.log" >&2
-        die "the replay application left no report (exit status $status); its last words are above."
+        >"$out/engine/session.log" 2>&1 || status=$?
+    if [[ ! -s $out/engine/report.json ]]; then
+        tail -n 20 "$out/engine/session.log" >&2
+        die "the engine's session left no report (exit status $status); its last words are above."
     fi
-    grep FAIL "$out/session.log" >&2 || true
-}
-
-make_pictures() {
+    grep FAIL "$out/engine/session.log" >&2 || true
     local shot
-    for shot in "$out"/*.bmp; do
+    for shot in "$out"/engine/*.bmp; do
         convert "$shot" "${shot%.bmp}.png"
         rm "$shot"
     done
+}
+
+# play_evening NAME CAMERA_LINES LIMIT...: an evening at marvo-replay, started with LIMIT in front.
+play_evening() {
+    local name=$1 application
+    local port=$((47000 + RANDOM % 1000))
+    prepare "$name" "$2"
+    printf '[marvo-replay]\ndeinterlace = no\nring = 250\nrolling = 1\nport = %s\ntoken = demo\n' "$port" \
+        >"$out/$name/marvo-replay.ini"
+    shift 2
+    MARVO_WINDOW=$window MARVO_CAMERA="R:\\out\\demo\\$name\\camera.txt" MARVO_CWD=$out/$name MARVO_TIMEOUT=240 \
+        "$@" scripts/run.sh win32 marvo-replay >"$out/$name/output.txt" 2>&1 &
+    application=$!
+    python3 scripts/demo_session.py "$name" "$out/$name" "$display" || failed=1
+    wait "$application" || {
+        say "marvo-replay ended with status $?:"
+        tail -n 20 "$out/$name/output.txt" >&2
+        failed=1
+    }
+}
+
+# Sets $display to where the windows open.
+choose_display() {
+    display=${DISPLAY:-}
+    if [[ -z $window ]]; then
+        display_runs || scripts/display.sh
+        display_runs || die "the invisible display ended at once; $wine_dir/display.log tells why."
+        # shellcheck disable=SC2154 # display_runs sets it
+        display=:$display_number
+    fi
 }
 
 read_options "$@"
@@ -70,17 +104,22 @@ step "set up"
 scripts/setup.sh
 scripts/make_streams.sh build/streams
 step "build"
-build_preset win32 marvo-host marvo-devices
-prepare_output
-step "play a session (about 30 s)"
-play
-make_pictures
-step "check what it left in $out/"
-status=0
-python3 scripts/check_demo.py "$out" || status=$?
-if ((status == 0)); then
-    step "all held; look at $out/*.png"
+build_preset win32 marvo-host marvo-replay marvo-devices
+choose_display
+failed=0
+step "the engine: a scripted session (about 30 s)"
+play_engine
+python3 scripts/check_demo.py engine "$out/engine" || failed=1
+step "the application: an evening by keys and mouse (about 2 minutes)"
+play_evening evening $'lose = 1750:4000\n' env
+python3 scripts/check_demo.py evening "$out/evening" || failed=1
+step "the application: a disk that becomes full"
+# Files of at most 40 MB; what is beyond fails as on a full disk. The signal for it is ignored.
+trap '' XFSZ
+play_evening full '' prlimit --fsize=40000000
+if ((failed == 0)); then
+    step "all held; look at $out/*/*.png"
 else
-    step "something did not hold; $out/session.log and $out/marvo.log tell more"
+    step "something did not hold; the folders in $out/ have logs"
 fi
-exit "$status"
+exit "$failed"

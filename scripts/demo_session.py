@@ -2,7 +2,7 @@
 """Plays an evening on marvo-replay by keys and mouse, as its operator does, and prints what held.
 
 demo_session.py EVENING DIR DISPLAY: the application runs on that display with DIR as its current directory and
-listens on the port of DIR/marvo-replay.ini. EVENING is "match", or "full", where the disk takes no more after a
+listens on the port of DIR/marvo-replay.ini. EVENING is "evening", or "full", where the disk takes no more after a
 while. Screenshots and session.json, which says what was seen at each step, are left in DIR. Exit status 0 only
 if every step had its effect.
 """
@@ -244,10 +244,10 @@ def match(session):
 
 
 def main():
-    evening, folder, display = sys.argv[1], Path(sys.argv[2]), sys.argv[3]
+    evening, folder, display = sys.argv[1], Path(sys.argv[2]).resolve(), sys.argv[3]
     session = Session(folder, display)
     first_click(session)
-    result = match(session) if evening == "match" else fill_the_disk(session) or {}
+    result = match(session) if evening == "evening" else fill_the_disk(session) or {}
     result |= {"steps": session.steps, "screenshots": session.shots}
     (folder / "session.json").write_text(json.dumps(result, indent=1) + "\n")
     return 0 if all(step["held"] for step in session.steps) else 1

@@ -3,11 +3,11 @@
 #include "tools/json_writer.h"
 #include "tools/progress.h"
 #include "tools/recording.h"
-#include "tools/sound_notes.h"
 #include "tools/text.h"
 #include "tools/time_code_gaps.h"
 
 #include "marvo/dv/frame_notes.h"
+#include "marvo/dv/sound.h"
 #include "marvo/dv/recorded_at.h"
 
 #include <cstdio>
@@ -26,8 +26,16 @@ struct CameraNotes {
     std::string codec; ///< these by the first frame
     dvAspect aspect;
     dvFields fields;
-    SoundNotes sound;
+    std::unique_ptr<dvSound> sound = std::make_unique<dvSound>();
 };
+
+/// The sound of a frame in words.
+std::string soundText(const dvSound& sound) {
+    return sound.rate() == 0
+               ? "none"
+               : format("%lu Hz, %s of %u bits%s", sound.rate(), counted(sound.channels(), "channel").c_str(),
+                        sound.bits(), sound.locked() ? "" : ", not locked to the picture");
+}
 
 /// The codec in words: the family that the frame's header says, its rate and how it samples colour.
 std::string codecOf(vdv::FrameBytes frame) {
@@ -81,7 +89,7 @@ CameraNotes readNotes(const recording::Reader& from, Progress& progress) {
     notes.codec = codecOf(first);
     notes.aspect = dvFrameNotes::aspect(first.data(), first.size());
     notes.fields = dvFrameNotes::fields(first.data(), first.size());
-    notes.sound = SoundNotes::read(first);
+    notes.sound->decode(first.data(), static_cast<unsigned long>(first.size()));
     return notes;
 }
 
@@ -130,10 +138,10 @@ void reportJson(const recording::Reader& from, const CameraNotes& notes, const A
     json.add("aspect", notes.aspect.known ? aspectText(notes.aspect) : "");
     json.add("fields", fieldsName(notes.fields));
     json.beginObject("sound");
-    json.add("rate", static_cast<unsigned long>(notes.sound.rate));
-    json.add("channels", static_cast<unsigned long>(notes.sound.channels));
-    json.add("bits", static_cast<unsigned long>(notes.sound.bits));
-    json.add("locked", notes.sound.locked);
+    json.add("rate", notes.sound->rate());
+    json.add("channels", static_cast<unsigned long>(notes.sound->channels()));
+    json.add("bits", static_cast<unsigned long>(notes.sound->bits()));
+    json.add("locked", notes.sound->locked());
     json.end();
     json.add("size", from.fileBytes());
     json.add("state", stateName(end.state));
@@ -192,7 +200,7 @@ void reportText(const recording::Reader& from, const CameraNotes& notes, const A
     printLine("codec", notes.codec.empty() ? "unknown" : notes.codec);
     printLine("picture", aspectText(notes.aspect) + (notes.aspect.known ? "" : " (not in the frames)") +
                              ", fields: " + fieldsName(notes.fields));
-    printLine("sound", notes.sound.text());
+    printLine("sound", soundText(*notes.sound));
     printRange("recorded", notes.firstRecorded, notes.lastRecorded);
     printGaps(notes.timeCode);
     printLine("file size", counted(from.fileBytes(), "byte"));

@@ -26,27 +26,8 @@ std::wstring quoted(const std::wstring& name) {
     return L"'" + name + L"'";
 }
 
-std::wstring cannotRead(const wchar_t* name, const std::wstring& reason) {
-    return quoted(name) + L" cannot be read: " + reason + L".";
-}
-
 std::wstring cannotWrite(const wchar_t* name, const std::wstring& reason) {
     return quoted(name) + L" cannot be written: " + reason + L".";
-}
-
-/// Opens a recording as what its first bytes say; null, with the reason in `error`.
-std::unique_ptr<Reader> openAny(const wchar_t* name, std::wstring& error) {
-    InputFile file;
-    if (!file.open(name)) {
-        error = vcore::systemMessage(GetLastError());
-        return nullptr;
-    }
-    const KindRow* const row = rowOfContent(file);
-    if (!row) {
-        error = L"it does not begin as a recording does";
-        return nullptr;
-    }
-    return row->open(name, {true, 0}, error);
 }
 
 std::wstring textOf(PartFile::Refusal refusal) {
@@ -114,10 +95,10 @@ bool dvExport::work(const wchar_t* from, unsigned long long first, unsigned long
         said = cannotWrite(to, L"its name ends with neither .avi nor .dv");
         return false;
     }
-    std::wstring error;
-    const std::unique_ptr<Reader> reader = openAny(from, error);
+    std::wstring predicate = L"holds no whole frame";
+    const std::unique_ptr<Reader> reader = openByContent(from, predicate);
     if (!reader || reader->frames() == 0) {
-        said = cannotRead(from, reader ? L"there is no whole frame in it" : error);
+        said = quoted(from) + L" " + predicate + L".";
         return false;
     }
     last = last == toTheEnd ? reader->frames() - 1 : last;

@@ -112,4 +112,27 @@ std::unique_ptr<Writer> createWriter(const wchar_t* name, unsigned long frameSiz
     return writer;
 }
 
+std::unique_ptr<Reader> openByContent(const wchar_t* name, std::wstring& predicate) {
+    InputFile file;
+    if (!file.open(name)) {
+        predicate = L"cannot be opened: " + vcore::systemMessage(GetLastError());
+        return nullptr;
+    }
+    std::wstring reason;
+    std::unique_ptr<Reader> reader;
+    const KindRow* const row = rowOfContent(file);
+    if (file.size() == 0) {
+        reader = openReader(name, &reason);
+    } else if (row) {
+        reader = row->open(name, {true, 0}, reason);
+    } else {
+        predicate = L"is no recording: it begins as no AVI file, raw recording or DV stream does";
+        return nullptr;
+    }
+    if (!reader) {
+        predicate = L"cannot be read: " + reason;
+    }
+    return reader;
+}
+
 } // namespace recording

@@ -74,4 +74,9 @@ const KindRow* rowOfContent(const InputFile& file);
 /// The row whose extension a name ends with; null when there is none.
 const KindRow* rowOfExtension(const wchar_t* name);
 
+/// Opens a recording as what its first bytes say, on whatever volume it was made; an empty file, which may be
+/// about to grow, as what its name means. Null when that is impossible; `predicate` then says why ("cannot be
+/// opened: ...").
+std::unique_ptr<Reader> openByContent(const wchar_t* name, std::wstring& predicate);
+
 } // namespace recording

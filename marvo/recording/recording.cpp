@@ -21,29 +21,6 @@ std::wstring sentence(const std::wstring& name, const std::wstring& predicate) {
     return L"'" + name + L"' " + predicate + L".";
 }
 
-std::unique_ptr<Reader> openByContent(const wchar_t* name, std::wstring& predicate) {
-    recording::InputFile file;
-    if (!file.open(name)) {
-        predicate = L"cannot be opened: " + vcore::systemMessage(GetLastError());
-        return nullptr;
-    }
-    std::wstring reason;
-    std::unique_ptr<Reader> reader;
-    const recording::KindRow* const row = rowOfContent(file);
-    if (file.size() == 0) {
-        reader = recording::openReader(name, &reason);
-    } else if (row) {
-        reader = row->open(name, {true, 0}, reason);
-    } else {
-        predicate = L"is no recording: it begins as no AVI file, raw recording or DV stream does";
-        return nullptr;
-    }
-    if (!reader) {
-        predicate = L"cannot be read: " + reason;
-    }
-    return reader;
-}
-
 } // namespace
 
 struct dvRecording::Work {
@@ -58,7 +35,8 @@ struct dvRecording::Work {
 
     bool open(const std::wstring& name) {
         std::wstring predicate = L"is the name of no file";
-        std::unique_ptr<Reader> opened = name.empty() ? nullptr : openByContent(name.c_str(), predicate);
+        std::unique_ptr<Reader> opened =
+            name.empty() ? nullptr : recording::openByContent(name.c_str(), predicate);
         reader = std::move(opened);
         explanation = reader ? std::wstring() : sentence(name, predicate);
         return reader != nullptr;
@@ -73,7 +51,7 @@ struct dvRecording::Work {
         // Only the first frame tells what an empty file has become.
         const std::wstring name = reader->name();
         std::wstring predicate;
-        std::unique_ptr<Reader> opened = openByContent(name.c_str(), predicate);
+        std::unique_ptr<Reader> opened = recording::openByContent(name.c_str(), predicate);
         if (!opened) {
             return fail(predicate);
         }

@@ -87,8 +87,8 @@ TEST_F(Export, SaysInWordsWhyItMadeNothing) {
           {source, L"EXPORT_TEST.source.AVI", 0, 9, L"it is the recording that is read."},
           {source, L"export_test.avi", 9, 30, L"the last frame is 29."},
           {source, L"export_test.avi", 9, 8, L"no frames from 9 to 8"},
-          {L"export_test.dv", L"export_test.avi", 0, 0, L"'export_test.dv' cannot be read: "},
-          {L"nothing.avi", L"export_test.avi", 0, 0, L"'nothing.avi' cannot be read: "},
+          {L"export_test.dv", L"export_test.avi", 0, 0, L"'export_test.dv' is no recording: "},
+          {L"nothing.avi", L"export_test.avi", 0, 0, L"'nothing.avi' cannot be opened: "},
           {nullptr, nullptr, 0, 0, L"cannot be written"}}) {
         EXPECT_FALSE(work.run(c.from, c.first, c.last, c.to, {}));
         EXPECT_NE(std::wcsstr(work.explanation(), c.reason), nullptr) << c.reason;
