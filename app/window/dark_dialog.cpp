@@ -32,7 +32,13 @@ bool DarkDialog::runModal() {
     ShowWindow(handle(), SW_SHOW);
     SetFocus(GetNextDlgTabItem(handle(), nullptr, FALSE));
     MSG message;
-    while (running_ && GetMessageW(&message, nullptr, 0, 0) > 0) {
+    while (running_) {
+        if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+            // The program ends: the loop outside must hear of it, too.
+            PostQuitMessage(0);
+            answer_ = false;
+            break;
+        }
         const bool key = message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN;
         const bool own = message.hwnd == handle() || IsChild(handle(), message.hwnd);
         if (!(key && own && onKey(message)) && !IsDialogMessageW(handle(), &message)) {

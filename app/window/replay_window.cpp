@@ -397,6 +397,7 @@ void ReplayWindow::performHere(Command command, const std::wstring& argument) {
         exportAll(argument);
         break;
     case Command::renameClip:
+        setFullScreen(false);
         clips_.beginRename();
         break;
     case Command::fullScreen:
@@ -590,6 +591,9 @@ void ReplayWindow::tick() {
 }
 
 void ReplayWindow::refresh() {
+    if (handle() == nullptr) {
+        return;
+    }
     const View& view = session_->view();
     if (settings_.recent != session_->settings().recent) {
         settings_.recent = session_->settings().recent;
@@ -761,6 +765,7 @@ void ReplayWindow::setFullScreen(bool on) {
         return;
     }
     fullScreen_ = on;
+    hover_.show(false);
     const LONG style = GetWindowLongW(handle(), GWL_STYLE);
     if (on) {
         beforeFullScreen_.length = sizeof beforeFullScreen_;

@@ -45,7 +45,6 @@ void SoundFollower::take(const std::vector<unsigned char>& bytes) {
     }
     if (muted_) {
         output_.close();
-        complained_ = false;
         return;
     }
     if (!output_.play(sound_.data(), count, sound_.rate(), sound_.channels()) && !complained_) {

@@ -36,6 +36,8 @@ class Replay:
                                         env=environment, stdin=subprocess.DEVNULL, stdout=self.output,
                                         stderr=subprocess.STDOUT)
         self.connection = self.await_(self._connect, "the remote port")
+        # The port is open before the camera is; until that is found, nobody answers.
+        self.connection.settimeout(60)
         self.answers = self.connection.makefile("r", encoding="utf-8")
         assert self.say(TOKEN)["ok"]
 
@@ -112,7 +114,8 @@ class Window(unittest.TestCase):
         replay.hand("key", "r")
         self.assertEqual(replay.until(lambda now: now["message"])["recordingFile"], name)
         replay.hand("key", "i")
-        replay.until(lambda now: now["recorded_ms"] > 2500)
+        # Frame 12 is out of the ring by then.
+        replay.until(lambda now: now["recorded_ms"] > 2500 and now["frame"] > 60)
         replay.hand("key", "o")
         clip = replay.until(lambda now: now["clips"])["clips"][0]
         # Far behind the ring a step is a step, and the picture says which one it is.
@@ -162,6 +165,12 @@ class Window(unittest.TestCase):
         shown = replay.until(lambda now: now["mode"] == "old-recording")
         self.assertIn("old match.dv", shown["source"])
         self.assertIn("error", replay.say("open nothing.avi"))
+        self.assertIn("old match.dv", (self.folder / "marvo-replay.ini").read_text())
+        # A dialog that is open does not keep the program from ending.
+        self.assertTrue(replay.say("settings")["ok"])
+        replay.say("quit")
+        replay.say("confirm")
+        self.assertEqual(replay.process.wait(30), 0)
 
 
 if __name__ == "__main__":
