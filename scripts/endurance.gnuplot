@@ -4,7 +4,7 @@ set terminal svg size 900, 760 font 'DejaVu Sans, 13' background 'white'
 set output 'docs/endurance.svg'
 set multiplot layout 3, 1 title 'Days of PAL video through the whole engine' offset 0, 0
 set grid
-set key center right opaque
+set key below horizontal
 set xlabel 'hours of video'
 set yrange [0:*]
 targets = "win32 win64"
