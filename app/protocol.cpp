@@ -158,7 +158,7 @@ std::string ProtocolConnection::answer(const std::string& line) {
     if (outcome == Outcome::told) {
         return refusal(message);
     }
-    if (outcome == Outcome::window && (!forWindow_ || !forWindow_(*command))) {
+    if (outcome == Outcome::window && (!forWindow_ || !forWindow_(*command, wide(argument)))) {
         return refusal(word + " needs the window");
     }
     return jsonText({{"ok", true}, {"message", message}});

@@ -17,7 +17,7 @@ namespace app {
 class ProtocolConnection {
 public:
     /// Does a command that is the window's; whether it did.
-    using ForWindow = std::function<bool(Command)>;
+    using ForWindow = std::function<bool(Command, const std::wstring& argument)>;
 
     /// Without a token the connection is closed from the start.
     ProtocolConnection(Session& session, const std::wstring& token, ForWindow forWindow = {});

@@ -265,5 +265,6 @@ MARVO_TEXT(argumentClip, L"a clip's number, or nothing for the chosen one",
            L"die Nummer eines Clips, oder nichts für den gewählten")
 MARVO_TEXT(argumentName, L"a name", L"einen Namen")
 MARVO_TEXT(argumentFile, L"a file", L"eine Datei")
+MARVO_TEXT(argumentFolder, L"a folder", L"ein Ordner")
 
 #include "app/window/window_text_table.h"

@@ -159,10 +159,15 @@ def check_screenshots(table, folder, steps, pictures, first):
 
 
 def durations(path):
-    """Seconds of each stream of a file, by its kind."""
-    told = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_type,duration", "-of",
-                           "json", str(path)], check=True, capture_output=True)
-    return {stream["codec_type"]: float(stream["duration"]) for stream in json.loads(told.stdout)["streams"]}
+    """Seconds of each stream of a file, by its kind; of sound by what it decodes to."""
+    if not path.exists():
+        return {}
+    told = subprocess.run(["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries",
+                           "stream=duration", "-of", "json", str(path)], check=True, capture_output=True)
+    samples = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:a", "-ac",
+                              "1", "-ar", "48000", "-f", "s16le", "-"], check=True, capture_output=True).stdout
+    return {"video": float(json.loads(told.stdout)["streams"][0]["duration"]),
+            "audio": len(samples) / 2 / 48000}
 
 
 def check_picture(table, path):

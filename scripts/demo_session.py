@@ -18,6 +18,8 @@ PATIENCE_S = 30
 # From the window's lower edge to the middle of the timeline, and from its sides to the timeline's ends.
 TIMELINE_ABOVE_BOTTOM, TIMELINE_INSET = 250, 12
 TITLE = "Marvo replay"
+# As the export dialog takes it.
+EXPORT = r"R:\out\demo\evening\export.avi"
 
 
 class Session:
@@ -62,10 +64,13 @@ class Session:
         return subprocess.run([str(argument) for argument in arguments], check=True, env=self.environment,
                               capture_output=True, text=True).stdout
 
+    def find(self, title):
+        """The window of that title, as soon as it is there."""
+        return self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{title}").split()[0]
+
     def window(self):
         """Left, top, width and height of the main window."""
-        shown = self.run("xdotool", "search", "--onlyvisible", "--name", f"^{TITLE}").split()
-        rows = self.run("xdotool", "getwindowgeometry", "--shell", shown[0]).split()
+        rows = self.run("xdotool", "getwindowgeometry", "--shell", self.find(TITLE)).split()
         values = dict(row.split("=") for row in rows)
         return [int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")]
 
@@ -177,6 +182,7 @@ def clips(session):
 
 
 def full_screen(session):
+    first_click(session)
     session.keys("F11", "F12")
     time.sleep(1.5)
     session.shoot("full-screen")
@@ -188,8 +194,11 @@ def full_screen(session):
 def export_while_recording(session):
     status = session.status()
     clip = next(row for row in status["clips"] if row["chosen"])
-    session.send("export-clip export.avi")
     target = session.folder / "export.avi"
+    session.keys("ctrl+e")
+    dialog = session.find("Export clip")
+    session.run("xdotool", "windowfocus", dialog, "type", "--delay", 40, EXPORT)
+    session.keys("Return")
     deadline = time.monotonic() + PATIENCE_S
     while not target.exists() and time.monotonic() < deadline:
         time.sleep(0.1)

@@ -18,6 +18,7 @@ namespace {
 
 constexpr UINT playMessage = WM_APP + 10;
 constexpr UINT pictureMessage = WM_APP + 11;
+constexpr UINT wishMessage = WM_APP + 12;
 constexpr UINT dpiChanged = 0x02E0; // WM_DPICHANGED, which older headers do not name
 constexpr UINT_PTR tickTimer = 1;
 constexpr UINT tick_ms = 40;
@@ -167,6 +168,14 @@ LRESULT ReplayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) 
             if (*recent < settings_.recent.size()) {
                 openFile(std::wstring(settings_.recent[*recent]));
             }
+        }
+        return 0;
+    case wishMessage:
+        // A dialog that one of them opens dispatches messages, too.
+        while (!wishes_.empty()) {
+            const auto [command, argument] = wishes_.front();
+            wishes_.pop_front();
+            perform(command, argument);
         }
         return 0;
     case WM_NCPAINT:
@@ -550,10 +559,11 @@ void ReplayWindow::showSettings() {
 void ReplayWindow::listen() {
     if (remote_ == nullptr) {
         remote_ = std::make_unique<RemotePort>([this] {
-            const auto connection =
-                std::make_shared<ProtocolConnection>(*session_, settings_.token, [this](Command command) {
+            const auto connection = std::make_shared<ProtocolConnection>(
+                *session_, settings_.token, [this](Command command, const std::wstring& argument) {
                     // Not in the midst of the port's business: a dialog would hold it up.
-                    return PostMessageW(handle(), WM_COMMAND, static_cast<WPARAM>(command), 0) != FALSE;
+                    wishes_.emplace_back(command, argument);
+                    return PostMessageW(handle(), wishMessage, 0, 0) != FALSE;
                 });
             return [this, connection](std::string_view bytes, bool& closed) {
                 const std::string answer = connection->receive(bytes);

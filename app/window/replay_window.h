@@ -19,8 +19,10 @@
 #include "app/window/timeline_panel.h"
 #include "app/window/transport_bar.h"
 
+#include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace app {
@@ -97,6 +99,7 @@ private:
     OutputWindow output_;
     SoundFollower sound_;
     std::unique_ptr<RemotePort> remote_;
+    std::deque<std::pair<Command, std::wstring>> wishes_; ///< of remote hands, for the window
     bool looking_ = false;
     std::wstring noCameraWords_;
     bool fullScreen_ = false;

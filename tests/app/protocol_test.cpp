@@ -8,11 +8,12 @@ using app::Command;
 TEST(Protocol, ServesThoseWhoKnowTheToken) {
     Evening evening;
     evening.run(100);
-    std::vector<Command> forWindow;
-    app::ProtocolConnection hand(*evening.session, L"gehe\xefm", [&](Command command) {
-        forWindow.push_back(command);
-        return command == Command::help;
-    });
+    std::vector<std::pair<Command, std::wstring>> forWindow;
+    app::ProtocolConnection hand(*evening.session, L"gehe\xefm",
+                                 [&](Command command, const std::wstring& argument) {
+                                     forWindow.push_back({command, argument});
+                                     return command == Command::help;
+                                 });
     const auto ask = [&hand](const std::string& line) {
         return nlohmann::json::parse(hand.receive(line + "\r\n"));
     };
@@ -25,7 +26,9 @@ TEST(Protocol, ServesThoseWhoKnowTheToken) {
     EXPECT_EQ(ask("hold")["error"], "The picture is held already.");
     EXPECT_EQ(ask("again 2")["ok"], true);
     EXPECT_EQ(ask("call XI01 5")["message"], "Marker XI01 5.");
-    EXPECT_TRUE(ask("help")["ok"] == true && ask("settings")["ok"] == false && forWindow.size() == 2);
+    EXPECT_TRUE(ask("help")["ok"] == true && ask("settings")["ok"] == false &&
+                ask("export-clip a b.avi")["ok"] == false && forWindow.size() == 3 &&
+                forWindow[2].second == L"a b.avi");
     EXPECT_GT(ask("commands")["commands"].size(), 50u);
     for (const char* bad : {"", " ", "fly", "999", "-1", "hold 3", "again", "again x", "call", "go-to 1e99",
                             "open C:\\none.avi", "rename-clip \xff", "status\x01", "{\"command\":1}"}) {
