@@ -164,8 +164,9 @@ def durations(path):
         return {}
     told = subprocess.run(["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries",
                            "stream=duration", "-of", "json", str(path)], check=True, capture_output=True)
-    samples = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:a", "-ac",
-                              "1", "-ar", "48000", "-f", "s16le", "-"], check=True, capture_output=True).stdout
+    samples = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(path), "-map", "0:a",
+                              "-ac", "1", "-ar", "48000", "-f", "s16le", "-"],
+                             check=True, capture_output=True).stdout
     return {"video": float(json.loads(told.stdout)["streams"][0]["duration"]),
             "audio": len(samples) / 2 / 48000}
 

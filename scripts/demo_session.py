@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Plays an evening on marvo-replay by keys and mouse, as its operator does, and prints what held.
 
-demo_session.py EVENING DIR DISPLAY: the application runs on that display with DIR as its current directory and
-listens on the port of DIR/marvo-replay.ini. EVENING is "evening", or "full", where the disk takes no more after a
-while. Screenshots and session.json, which says what was seen at each step, are left in DIR. Exit status 0 only
-if every step had its effect.
+demo_session.py EVENING DIR DISPLAY: the application runs on that display with DIR as its current directory
+and listens on the port of DIR/marvo-replay.ini. EVENING is "evening", or "full", where the disk takes no more
+after a while. Screenshots and session.json, which says what was seen at each step, are left in DIR. Exit
+status 0 only if every step had its effect.
 """
 import json
 import socket

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Makes the pictures of the documents, docs/screenshots/replay-*.png, of what the last ./demo.sh saw: the window at
-# two thirds of its size and with few colours.
+# Makes the pictures of the documents, docs/screenshots/replay-*.png, of what the last ./demo.sh saw: the
+# window at two thirds of its size and with few colours.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
