@@ -53,8 +53,9 @@ prepare() {
 play_engine() {
     local status=0
     prepare engine ''
-    MARVO_WINDOW=$window MARVO_CAMERA='R:\out\demo\engine\camera.txt' MARVO_CWD=$out/engine MARVO_TIMEOUT=180 \
-        scripts/run.sh win32 marvo-host --script 'R:\host\demo.script' --report report.json --size 720x576 \
+    MARVO_WINDOW=$window MARVO_CAMERA='R:\out\demo\engine\camera.txt' MARVO_CWD=$out/engine \
+        MARVO_TIMEOUT=180 scripts/run.sh win32 marvo-host \
+        --script 'R:\host\demo.script' --report report.json --size 720x576 \
         >"$out/engine/session.log" 2>&1 || status=$?
     if [[ ! -s $out/engine/report.json ]]; then
         tail -n 20 "$out/engine/session.log" >&2
@@ -76,8 +77,8 @@ play_evening() {
     printf '[marvo-replay]\ndeinterlace = no\nring = 250\nrolling = 1\nport = %s\ntoken = demo\n' "$port" \
         >"$out/$name/marvo-replay.ini"
     shift 2
-    MARVO_WINDOW=$window MARVO_CAMERA="R:\\out\\demo\\$name\\camera.txt" MARVO_CWD=$out/$name MARVO_TIMEOUT=240 \
-        "$@" scripts/run.sh win32 marvo-replay >"$out/$name/output.txt" 2>&1 &
+    MARVO_WINDOW=$window MARVO_CAMERA="R:\\out\\demo\\$name\\camera.txt" MARVO_CWD=$out/$name \
+        MARVO_TIMEOUT=240 "$@" scripts/run.sh win32 marvo-replay >"$out/$name/output.txt" 2>&1 &
     application=$!
     python3 scripts/demo_session.py "$name" "$out/$name" "$display" || failed=1
     wait "$application" || {
