@@ -7,17 +7,17 @@ cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh
 
 trap '"$root/scripts/stop.sh"' EXIT
-scripts/setup.sh
+scripts/setup.sh python3-xlib
 if [[ -x scripts/make_streams.sh ]]; then
     scripts/make_streams.sh build/streams >&2
 fi
-build_preset win32 marvo-bench marvo-devices
+build_preset win32 marvo-bench marvo-replay marvo-devices
 [[ -f build/win32/bin/marvo-bench.exe ]] ||
     die "there is no build/win32/bin/marvo-bench.exe after the build. The folder bench/ must hold its" \
         "CMakeLists.txt."
 compared=()
-rounds=11
-[[ " $* " != *" --quick "* ]] || rounds=5
+rounds=11 moves=300
+[[ " $* " != *" --quick "* ]] || { rounds=5; moves=60; }
 
 # wanted GROUP: whether the arguments ask for a group.
 wanted() {
@@ -32,6 +32,10 @@ fi
 if wanted decoder; then
     scripts/bench_decoder.sh "$rounds" build/win32/scratch/bench/ffmpeg_decoding.txt
     compared+=(--ffmpeg-decoding 'R:\build\win32\scratch\bench\ffmpeg_decoding.txt')
+fi
+if wanted scrub; then
+    scripts/bench_scrub.sh "$moves" build/win32/scratch/bench/scrub.txt
+    compared+=(--scrub 'R:\build\win32\scratch\bench\scrub.txt')
 fi
 export MARVO_CWD=build/win32/scratch/bench
 scripts/run.sh win32 marvo-bench --out 'R:\out\bench.json' "${compared[@]}" "$@"

@@ -29,4 +29,5 @@ void measureAllocations(Bench& bench);
 void measureStart(Bench& bench);
 void measureStrings(Bench& bench);
 void measureDecoder(Bench& bench);
+void measureScrub(Bench& bench);
 void measureInfo(Bench& bench);

@@ -32,6 +32,7 @@ const Group groups[] = {
     {"start", "how long dvrec takes to start, against an empty program", measureStart},
     {"strings", "strings against the standard library's, lookups of settings", measureStrings},
     {"decoder", "the simulated decoder, against ffmpeg's", measureDecoder},
+    {"scrub", "from the mouse on the application's timeline to the picture", measureScrub},
     {"info", "other figures, without targets", measureInfo},
 };
 
@@ -64,6 +65,8 @@ void declare(Options& options, CLI::App& parser) {
     parser
         .add_option("--ffmpeg-decoding", options.ffmpegDecoding,
                     "lines of stream, frames and seconds to report, of ffmpeg")
+        ->type_name("FILE");
+    parser.add_option("--scrub", options.scrub, "lines of milliseconds to report, and of frames lost")
         ->type_name("FILE");
 }
 

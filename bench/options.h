@@ -11,6 +11,7 @@ struct Options {
     std::vector<std::string> copy; ///< a stream and the AVI file to copy it into; empty: measure
     std::string ffmpeg;            ///< file of copying times, the engine's and ffmpeg's; empty: none
     std::string ffmpegDecoding;    ///< file of ffmpeg's decoding times; empty: none
+    std::string scrub;             ///< file of scrubbing times; empty: none
     std::string only;              ///< the one group to run; empty: all
     std::string out = "out\\bench.json";
 };

@@ -1,8 +1,8 @@
 #!/bin/bash
 # bench_ffmpeg.sh ROUNDS FILE: copies a DV stream of 80 seconds into an AVI file with marvo-bench --copy and
 # with ffmpeg -c copy in turn, after one round that does not count. FILE gets a line "SECONDS OF MARVO,
-# SECONDS OF FFMPEG" per round. Both times begin when the files are open and end when all is written; marvo's
-# has closing the file in it, which ffmpeg's has not.
+# SECONDS OF FFMPEG" per round. ffmpeg's times begin when the files are open and end when all is written;
+# marvo's have opening and closing them in it.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 

@@ -20,7 +20,6 @@ SEEN_BY = {
     "dv": ["video", "avi", *_ABOVE_READERS, "replay", "system"],
     "video": ["video", "replay", "replay.guard", "recording", "frontend", "system"],
     "picture": ["picture", "dvrec"],
-    "picture": ["picture", "dvrec"],
     "avi": ["avi", "avi.guard", *_ABOVE_READERS, "replay", "interop.own", "interop.foreign", "system"],
     "recording": [*_ABOVE_READERS, "replay", "interop.own", "interop.faults", "frontend", "system"],
     "replay": ["replay", "replay.guard", "frontend", "system"],
