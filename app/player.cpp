@@ -108,8 +108,9 @@ bool Player::holdAt(std::uint64_t place) {
 }
 
 Player::Result Player::showInRing(std::uint64_t frame) {
-    const bool fromReplay = show_ == Show::replay;
-    if ((fromReplay && !engine_.live()) || !engine_.pause() || !engine_.seek(frame)) {
+    // Where nothing is shown any more, the engine may still replay what was shown.
+    const bool isLive = show_ == Show::live || show_ == Show::liveHeld;
+    if ((!isLive && !engine_.live()) || !engine_.pause() || !engine_.seek(frame)) {
         return Result::refused;
     }
     show_ = Show::liveHeld;

@@ -26,9 +26,7 @@ TEST(Protocol, ServesThoseWhoKnowTheToken) {
     EXPECT_EQ(ask("hold")["error"], "The picture is held already.");
     EXPECT_EQ(ask("again 2")["ok"], true);
     EXPECT_EQ(ask("call XI01 5")["message"], "Marker XI01 5.");
-    EXPECT_TRUE(ask("help")["ok"] == true && ask("settings")["ok"] == false &&
-                ask("export-clip a b.avi")["ok"] == false && forWindow.size() == 3 &&
-                forWindow[2].second == L"a b.avi");
+    EXPECT_TRUE(ask("help")["ok"] == true && ask("settings")["ok"] == false && forWindow.size() == 2);
     EXPECT_GT(ask("commands")["commands"].size(), 50u);
     for (const char* bad : {"", " ", "fly", "999", "-1", "hold 3", "again", "again x", "call", "go-to 1e99",
                             "open C:\\none.avi", "rename-clip \xff", "status\x01", "{\"command\":1}"}) {
@@ -37,6 +35,8 @@ TEST(Protocol, ServesThoseWhoKnowTheToken) {
     }
     EXPECT_EQ(hand.receive("clip-last-10\nstatus\n").find("{\"ok\":true"), 0u);
     EXPECT_EQ(ask("status")["clips"][0]["name"], "Clip 1");
+    ask("export-clip a b.avi");
+    EXPECT_TRUE(forWindow.back().first == Command::exportClip && forWindow.back().second == L"a b.avi");
     EXPECT_FALSE(hand.closed());
     const nlohmann::json tooLong = nlohmann::json::parse(hand.receive(std::string(5000, 'x')));
     EXPECT_TRUE(tooLong["ok"] == false && hand.closed() && hand.receive("status\n").empty());
