@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Measures how soon the picture follows the mouse on the timeline of marvo-replay, while it records.
 
-bench_scrub.py MOVES DIR DISPLAY FILE: the application runs as for demo_session.py. FILE gets a line "MILLISECONDS"
-per move of the mouse, from the move to other pixels in the picture, and at last "lost FRAMES" of the recording.
-Debian's Python, since Xlib is a package of Debian's.
+bench_scrub.py MOVES DIR DISPLAY FILE: the application runs as for demo_session.py. FILE gets a line
+"MILLISECONDS" per move of the mouse, from the move to other pixels in the picture, and at last "lost FRAMES"
+of the recording. Debian's Python, since Xlib is a package of Debian's.
 """
 import random
 import sys
@@ -79,7 +79,8 @@ def frames_lost(folder, recording):
 
 
 def main():
-    moves, folder, name, result = int(sys.argv[1]), Path(sys.argv[2]).resolve(), sys.argv[3], Path(sys.argv[4])
+    moves, folder = int(sys.argv[1]), Path(sys.argv[2]).resolve()
+    name, result = sys.argv[3], Path(sys.argv[4])
     session = demo_session.Session(folder, name)
     demo_session.first_click(session)
     session.wait("live", lambda s: s["mode"] == "live" and s["newest"] is not None)
@@ -87,7 +88,8 @@ def main():
     begun = session.wait("recording", lambda s: s["recording"] == "recording")
     time.sleep(20)
     left, top, width, height = session.window()
-    eye = Eye(name, left + int(width * LEFT), top + int(height * TOP), int(width * WIDTH), int(height * HEIGHT))
+    eye = Eye(name, left + int(width * LEFT), top + int(height * TOP), int(width * WIDTH),
+              int(height * HEIGHT))
     times_ms = scrub(session, eye, moves)
     session.keys("BackSpace", "s", "y")
     session.wait("stopped", lambda s: s["recording"] == "rolling")

@@ -1,6 +1,6 @@
 #!/bin/bash
-# bench_scrub.sh MOVES FILE: drags over the timeline of marvo-replay while it records, by real moves of the mouse
-# on the invisible display. FILE is written as bench_scrub.py says.
+# bench_scrub.sh MOVES FILE: drags over the timeline of marvo-replay while it records, by real moves of the
+# mouse on the invisible display. FILE is written as bench_scrub.py says.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
 
@@ -14,7 +14,8 @@ rm -rf "$folder"
 mkdir -p "$folder" "$(dirname "$result")"
 cp "$root/build/streams/pal.dv" "$folder/source.dv"
 printf 'stream = source.dv\n' >"$folder/camera.txt"
-printf '[marvo-replay]\ndeinterlace = no\nring = 250\nport = %s\ntoken = bench\n' "$port" >"$folder/marvo-replay.ini"
+printf '[marvo-replay]\ndeinterlace = no\nring = 250\nport = %s\ntoken = bench\n' "$port" \
+    >"$folder/marvo-replay.ini"
 display_runs || "$root/scripts/display.sh"
 display_runs || die "the invisible display ended at once; $wine_dir/display.log tells why."
 MARVO_CAMERA='R:\build\win32\scratch\bench_scrub\camera.txt' MARVO_CWD=$folder MARVO_TIMEOUT=600 \

@@ -11,6 +11,7 @@
 #include "marvo/dv/recorded_at.h"
 
 #include <cstdio>
+#include <memory>
 
 namespace dvrec {
 
@@ -26,7 +27,7 @@ struct CameraNotes {
     std::string codec; ///< these by the first frame
     dvAspect aspect;
     dvFields fields;
-    std::unique_ptr<dvSound> sound = std::make_unique<dvSound>();
+    std::unique_ptr<dvSound> sound;
 };
 
 /// The sound of a frame in words.
@@ -70,7 +71,8 @@ const vdv::System& systemOf(const recording::Reader& from) {
 }
 
 CameraNotes readNotes(const recording::Reader& from, Progress& progress) {
-    CameraNotes notes{TimeCodeGaps(systemOf(from).countedRate, mostGaps), {}, {}, {}, {}, {}, {}};
+    CameraNotes notes{
+        TimeCodeGaps(systemOf(from).countedRate, mostGaps), {}, {}, {}, {}, {}, std::make_unique<dvSound>()};
     const unsigned long long frames = from.frames();
     if (frames == 0) {
         return notes;

@@ -80,7 +80,7 @@ class Info(Case):
         self.assertEqual(told("b.dv", ntsc), ("DV 25 Mbit/s, 4:1:1", *usual))
         self.assertEqual(told("c.dv", recordings.stream50(1)[0])[0], "DV 50 Mbit/s, 4:2:2")
         # 16:9, not interlaced; four channels of 12 bits at 32 kHz.
-        other = recordings.patched(pal, {0x61: (None, 0xFA, 0xEF, None), 0x50: (0x7F, None, None, 0xD1)})
+        other = recordings.patched(pal, {0x61: (None, 0xFA, 0xEF, None), 0x50: (0x50, 0x20, None, 0xD1)})
         self.assertEqual(told("d.dv", other)[1:], ("16:9", "progressive", (32000, 4, 12)))
         mute = recordings.patched(pal, {0x61: (None, None, 0x3F, None), 0x50: (None, 0xFF, None, None)})
         self.assertEqual(told("e.dv", mute)[2:], ("top first", (0, 0, 0)))
