@@ -38,6 +38,18 @@ class Eye:
         self.display.sync()
 
 
+def settled(eye):
+    """The picture once it stands: what is still on its way must not count for the next move."""
+    seen, since = eye.look(), time.monotonic()
+    began = since
+    while time.monotonic() - since < REST_S and time.monotonic() - began < PATIENCE_S:
+        time.sleep(0.01)
+        now = eye.look()
+        if now != seen:
+            seen, since = now, time.monotonic()
+    return seen
+
+
 def wait_for_change(eye, before):
     """Milliseconds until the picture is another one."""
     began = time.monotonic()
@@ -55,10 +67,11 @@ def scrub(session, eye, moves):
     session.run("xdotool", "mousemove", left + span // 2, y, "mousedown", 1)
     times_ms = []
     for move in range(moves + 3):
-        time.sleep(REST_S + draw.random() * 0.04)
+        before = settled(eye)
+        # At any moment of a tick.
+        time.sleep(draw.random() * 0.04)
         # Far enough for another frame, also when an hour is on the line.
         share = (share + 0.1 + draw.random() * 0.7 - 0.05) % 0.9 + 0.05
-        before = eye.look()
         eye.move_mouse(left + demo_session.TIMELINE_INSET + int(span * share), y)
         took_ms = wait_for_change(eye, before)
         # The first ones open the file.
