@@ -610,7 +610,11 @@ Outcome Session::clipCommand(Command command, const std::wstring& argument) {
 }
 
 Outcome Session::markIn() {
-    const std::optional<std::uint64_t> place = player_.place();
+    std::optional<std::uint64_t> place = player_.place();
+    // A recording that has just begun has no frame yet: its first is meant, not the last of the file before.
+    if (player_.show() == Player::Show::live && !evening_.segments().empty() && evening_.last().growing) {
+        place = std::max(place.value_or(0), evening_.last().start);
+    }
     if (!place) {
         return report(Player::Result::nothing);
     }

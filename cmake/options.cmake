@@ -13,9 +13,18 @@ else()
     # Not for the resource compiler, which knows none of them.
     target_compile_options(marvo_options INTERFACE "$<$<COMPILE_LANGUAGE:C,CXX>:-Wall;-Wextra>"
         "$<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<BOOL:${MARVO_WERROR}>>:-Werror>"
-        # Addresses resolve to lines with Wine's debugger only from DWARF 4 and with frame pointers.
-        "$<$<COMPILE_LANGUAGE:C,CXX>:-gdwarf-4;-fno-omit-frame-pointer>"
+        # Addresses resolve to lines with Wine's debugger only from DWARF 4 and with frame pointers. Who wants
+        # variables as well takes a debug build: to write them down takes a third of the compiler's time.
+        "$<$<COMPILE_LANGUAGE:C,CXX>:-gdwarf-4;-g$<IF:$<CONFIG:Debug>,2,1>;-fno-omit-frame-pointer>"
         # Many members answer on a null object; without this the compiler drops the test.
         "$<$<COMPILE_LANGUAGE:C,CXX>:-fno-delete-null-pointer-checks>")
     target_link_options(marvo_options INTERFACE -static)
+endif()
+
+# For programs whose work is done by the library, by the system or by a person: optimising their own code and
+# the templates of command lines and JSON takes long and gains nothing.
+add_library(marvo_program_options INTERFACE)
+if(NOT MSVC)
+    target_compile_options(marvo_program_options INTERFACE
+        "$<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<NOT:$<CONFIG:Debug>>>:-O1>")
 endif()

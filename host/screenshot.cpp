@@ -53,8 +53,9 @@ bool saveScreenshot(HWND window, const std::wstring& file) {
     fileHeader.bfType = 0x4D42;
     fileHeader.bfOffBits = sizeof fileHeader + sizeof header;
     fileHeader.bfSize = fileHeader.bfOffBits + header.biSizeImage;
-    return writeFile(file, std::string(reinterpret_cast<const char*>(&fileHeader), sizeof fileHeader) +
-                               std::string(reinterpret_cast<const char*>(&header), sizeof header) + pixels);
+    std::string content(reinterpret_cast<const char*>(&fileHeader), sizeof fileHeader);
+    content.append(reinterpret_cast<const char*>(&header), sizeof header);
+    return writeFile(file, content + pixels);
 }
 
 } // namespace host

@@ -372,6 +372,19 @@ TEST(Session, KeepsClipsOnDisk) {
                 !evening.disk.exists(rolling + L".clips"));
 }
 
+TEST(Session, MarksTheFirstFrameOfARecordingThatHasNoneYet) {
+    Evening evening;
+    evening.run(100);
+    evening.session->perform(Command::record);
+    evening.session->tick(evening.now);
+    EXPECT_EQ(evening.session->perform(Command::markIn), Outcome::done);
+    evening.run(20);
+    EXPECT_EQ(evening.act(Command::markOut), Outcome::done);
+    const std::vector<View::ClipRow> clips = evening.view().clips;
+    ASSERT_EQ(clips.size(), 1u);
+    EXPECT_TRUE(clips[0].clip.file == evening.engine.recordFile() && clips[0].clip.frames.first == 0);
+}
+
 TEST(Session, PlaysAllClips) {
     Evening evening;
     evening.run(300);

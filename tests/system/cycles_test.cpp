@@ -50,6 +50,8 @@ TEST_F(Cycles, ManyOnABusyMachineLeaveNothingBehind) {
     constexpr int cycles = 34;
     const samples::Com com;
     const int systems = systemsHandlesPerCycle(2) * (cycles - warmUp);
+    // One of ours in every cycle would be so many. On a busy machine the system itself keeps a few more.
+    constexpr int leak = cycles - warmUp;
     useCamera("pal.dv", "speed = 4\n");
     dvFE.setPlayDelay(10);
     Footprint settled;
@@ -67,13 +69,13 @@ TEST_F(Cycles, ManyOnABusyMachineLeaveNothingBehind) {
     Footprint end;
     pumpUntil([&] {
         end = footprint();
-        return end.threads <= settled.threads && end.handles <= settled.handles + systems + 4;
+        return end.threads <= settled.threads && end.handles < settled.handles + systems + leak;
     });
     std::printf("after %d and %d cycles: %d and %d handles (%d of them the system's), %lu and %lu threads, "
                 "%zu and %zu KiB\n",
                 warmUp, cycles, settled.handles, end.handles, systems, settled.threads, end.threads,
                 settled.bytes / 1024, end.bytes / 1024);
-    EXPECT_LE(end.handles, settled.handles + systems + 4);
+    EXPECT_LT(end.handles, settled.handles + systems + leak);
     EXPECT_LE(end.threads, settled.threads);
     // 26 cycles that lost a single frame each would be 3.7 MB; the ring alone is 7 MB.
     EXPECT_LT(end.bytes, settled.bytes + 2'500'000);
