@@ -193,21 +193,25 @@ TEST(FrameLoader, AnswersBadFilesAndRanges) {
 TEST(FrameLoader, PlaysAnAviFileThatGrows) {
     constexpr wchar_t avi[] = L"frame_loader_test.avi";
     const avi::File built({.frames = 40, .frameSize = samples::palSize, .index = avi::Index::Standard});
-    const auto grow = [&](size_t frames) {
-        avi::File::write(avi, built.bytes.substr(0, built.frameOffsets[frames] + 1000));
+    const auto sizeWith = [&](size_t frames) { return built.frameOffsets[frames] + 1000; };
+    const auto begin = [&](size_t frames) { avi::File::write(avi, built.bytes.substr(0, sizeWith(frames))); };
+    // Appended, as a writer does: a reader that saw a file made anew might have seen it while it was empty.
+    const auto grow = [&](size_t from, size_t to) {
+        std::ofstream(std::filesystem::path(avi), std::ios::binary | std::ios::app)
+            << built.bytes.substr(sizeWith(from), sizeWith(to) - sizeWith(from));
     };
     vvideo::dvMediaType type;
     dvFrameLoad loader;
-    grow(1);
+    begin(1);
     EXPECT_FALSE(dvFrameLoad::playable(avi)) << "one frame leaves no range";
-    grow(0);
+    begin(0);
     EXPECT_TRUE(dvFrameLoad::playable(avi));
     ASSERT_TRUE(loader.init(avi, 0, 9, 8)) << "nothing yet is not an error";
     ASSERT_TRUE(loader.getType(type));
     EXPECT_EQ(type.frameSize(), samples::palSize);
-    grow(8);
+    grow(0, 8);
     EXPECT_TRUE(arrives(loader, 7)) << "written after the file was opened";
-    grow(39);
+    grow(8, 39);
     ASSERT_TRUE(loader.init(avi, 30, 100, 8));
     EXPECT_EQ(loader.outPoint(), 37u);
     EXPECT_TRUE(arrives(loader, 37));
