@@ -335,18 +335,17 @@ typedef struct marvo_status_info {
     marvo_u32 ring_frames;       /**< frames that the ring has room for; 0 without a ring */
     marvo_u64 next_frame;        /**< the number that the next captured frame gets: one past the newest */
     marvo_u64 oldest_frame;      /**< the oldest frame in the ring; as next_frame when it is empty */
-    marvo_u64
-        arrived; /**< frames that came from the camera or feed since the library was loaded, modulo 2^32 */
-    marvo_i32 recording;       /**< a recording is on */
-    marvo_i32 failing;         /**< its newest write failed */
-    marvo_i32 behind;          /**< its writer is so far behind that frames are lost */
-    marvo_i32 complete;        /**< it has ended, and its file is whole */
-    marvo_u64 taken;           /**< frames captured while it was on */
-    marvo_u64 written;         /**< of them, those in the file: safe */
-    marvo_u64 waiting;         /**< those that the writer has still to come to */
-    marvo_u64 lost;            /**< those that the ring went over, or that were given up */
-    marvo_u64 failed;          /**< those that could not be written */
-    marvo_u64 beyond_limit;    /**< those that the setting "dv.maxfilesize" keeps out */
+    marvo_u64 arrived;           /**< frames that came from camera or feed since the loading, modulo 2^32 */
+    marvo_i32 recording;         /**< a recording is on */
+    marvo_i32 failing;           /**< its newest write failed */
+    marvo_i32 behind;            /**< its writer is so far behind that frames are lost */
+    marvo_i32 complete;          /**< it has ended, and its file is whole */
+    marvo_u64 taken;             /**< frames captured while it was on */
+    marvo_u64 written;           /**< of them, those in the file: safe */
+    marvo_u64 waiting;           /**< those that the writer has still to come to */
+    marvo_u64 lost;              /**< those that the ring went over, or that were given up */
+    marvo_u64 failed;            /**< those that could not be written */
+    marvo_u64 beyond_limit;      /**< those that the setting "dv.maxfilesize" keeps out */
     marvo_u64 drive_frames;    /**< frames that the drive has room for; MARVO_UNKNOWN when it does not tell */
     marvo_u32 first_error;     /**< the system's number of what failed first; 0: nothing */
     marvo_u32 picture_faults;  /**< ::marvo_fault bits */
@@ -485,12 +484,11 @@ typedef struct marvo_frame_info {
     marvo_u32 time_code_seconds; /**< 0 to 59 */
     marvo_u32 time_code_frames;  /**< 0 to 24 or 29 */
     marvo_i32 drop_frame;        /**< numbers 0 and 1 are left out in every minute but each tenth */
-    marvo_i32
-        date_known;  /**< whether the camera noted the date of recording; the next three are 0 otherwise */
-    marvo_u32 year;  /**< four digits */
-    marvo_u32 month; /**< 1 to 12 */
-    marvo_u32 day;   /**< 1 to 31 */
-    marvo_i32 time_known;    /**< whether it noted the time of recording; the next three are 0 otherwise */
+    marvo_i32 date_known;    /**< whether the date of recording is known; the next three are 0 otherwise */
+    marvo_u32 year;          /**< four digits */
+    marvo_u32 month;         /**< 1 to 12 */
+    marvo_u32 day;           /**< 1 to 31 */
+    marvo_i32 time_known;    /**< whether the time of recording is known; the next three are 0 otherwise */
     marvo_u32 hour;          /**< 0 to 23 */
     marvo_u32 minute;        /**< 0 to 59 */
     marvo_u32 second;        /**< 0 to 59 */
@@ -667,10 +665,9 @@ int MARVO_CALL marvo_verify(const char* file, marvo_finding_fn finding, marvo_wo
 
 /** How to copy. */
 typedef struct marvo_copy_options {
-    marvo_u32 size;  /**< bytes of this structure, set by the caller */
-    marvo_u32 flags; /**< ::marvo_flags */
-    marvo_i32
-        kind; /**< ::marvo_kind of the new file; by its name a DV stream for ".dv", an AVI file for ".avi" */
+    marvo_u32 size;     /**< bytes of this structure, set by the caller */
+    marvo_u32 flags;    /**< ::marvo_flags */
+    marvo_i32 kind;     /**< ::marvo_kind of the new file; by name ".dv" is a DV stream, ".avi" an AVI file */
     marvo_u32 reserved; /**< 0 */
     marvo_u64 first;    /**< first frame */
     marvo_u64 last;     /**< last frame, included; MARVO_TO_THE_END for all from `first` on */
