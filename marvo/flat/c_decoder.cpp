@@ -56,23 +56,22 @@ int MARVO_CALL marvo_decoder_decode(marvo_decoder* decoder, const void* frame, m
         if (!object->decoder.decode(all.data(), all.size(), object->picture)) {
             fail(MARVO_E_SYSTEM, utf8(object->decoder.explanation()));
         }
-        const dvPicture& picture = object->picture;
-        to->width = picture.width;
-        to->height = picture.height;
-        to->stride = picture.width * bytesPerPixel;
-        to->bytes = static_cast<marvo_u32>(picture.pixels.size());
-        to->aspect_width = picture.aspectNumerator;
-        to->aspect_height = picture.aspectDenominator;
+        to->width = object->picture.width;
+        to->height = object->picture.height;
+        to->stride = object->picture.width * bytesPerPixel;
+        to->bytes = static_cast<marvo_u32>(object->picture.pixels.size());
+        to->aspect_width = object->picture.aspectNumerator;
+        to->aspect_height = object->picture.aspectDenominator;
         to.give();
         if (!pixels && capacity == 0) {
             return;
         }
-        if (!pixels || capacity < picture.pixels.size()) {
+        if (!pixels || capacity < object->picture.pixels.size()) {
             fail(MARVO_E_BUFFER,
                  vcore::format("The buffer has %u bytes; the picture has %u.", pixels ? capacity : 0,
-                               static_cast<unsigned>(picture.pixels.size())));
+                               static_cast<unsigned>(object->picture.pixels.size())));
         }
-        copyPixels(picture.pixels, static_cast<unsigned char*>(pixels));
+        copyPixels(object->picture.pixels, static_cast<unsigned char*>(pixels));
     });
 }
 

@@ -18,16 +18,16 @@ constexpr std::size_t mostLines = 2048;
 Callbacks::Callbacks() : events_(mostEvents) {}
 
 template <class Function>
-void Callbacks::set(Target<Function>& target, Kind kind, Function function, void* user) {
+void Callbacks::set(Target<Function> Callbacks::*target, Kind kind, Function function, void* user) {
     const LockGuard guard(lock_);
-    target = {function, user};
+    this->*target = {function, user};
     drop(kind);
     wantsTicks_ = tick_.function != nullptr;
     if (function && !running_) {
         start();
     }
     if (function && !running_) {
-        target = {};
+        this->*target = {};
         fail(MARVO_E_MEMORY, "There is no thread to be had for callbacks.");
     }
     changed_.wakeAll();
@@ -37,15 +37,15 @@ void Callbacks::set(Target<Function>& target, Kind kind, Function function, void
 }
 
 void Callbacks::setEvent(marvo_event_fn callback, void* user) {
-    set(event_, eventKind, callback, user);
+    set(&Callbacks::event_, eventKind, callback, user);
 }
 
 void Callbacks::setLine(marvo_log_fn callback, void* user) {
-    set(line_, lineKind, callback, user);
+    set(&Callbacks::line_, lineKind, callback, user);
 }
 
 void Callbacks::setTick(marvo_play_fn callback, void* user) {
-    set(tick_, tickKind, callback, user);
+    set(&Callbacks::tick_, tickKind, callback, user);
 }
 
 /// What waits was meant for the one before.

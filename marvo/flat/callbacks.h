@@ -53,7 +53,7 @@ private:
     };
 
     template <class Function>
-    void set(Target<Function>& target, Kind kind, Function function, void* user);
+    void set(Target<Function> Callbacks::*target, Kind kind, Function function, void* user);
     static DWORD WINAPI threadProc(void* self);
     void start() MARVO_REQUIRES(lock_);
     void run();
