@@ -26,7 +26,8 @@ IN_CODE = {
     f"longer than {LONGEST} columns": re.compile(rf"^(?!\s*/// *\|).{{{LONGEST + 1}}}"),
     "an include that does not begin at the root": re.compile(r'#\s*include\s*"\.\./'),
 }
-HEADER_START = re.compile(r"/// @file\n/// \S")
+# In C89 there are no line comments.
+HEADER_START = re.compile(r"/// @file\n/// \S|/\*\* @file\n \* \S")
 
 
 def findings(path):
