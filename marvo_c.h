@@ -201,8 +201,8 @@ int MARVO_CALL marvo_record_flush(void);
 int MARVO_CALL marvo_live(void);
 
 /** Plays frames `from` to `to` (both included, in either order) at speed 1, again and again, from `file`, or
- * (null or empty) from the setting "engine.playfile". The replay goes on until marvo_live() or another one.
- */
+ * (null or empty) from the setting "engine.playfile". A range that reaches beyond the recording is cut to it.
+ * The replay goes on until marvo_live() or another one. */
 int MARVO_CALL marvo_replay(marvo_u64 from, marvo_u64 to, const char* file);
 
 /** Holds the shown frame. */

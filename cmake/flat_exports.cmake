@@ -1,6 +1,6 @@
-# The functions of marvo_c.h are exported beside the classes, by their plain names. marvo/flat/exports.txt has each with
-# the bytes of its arguments on 32-bit Windows, where a stdcall function is `name@bytes` to compilers: the DLL's def file
-# names it as it is to be called, that of the import library as compilers do.
+# The functions of marvo_c.h are exported beside the classes, by their plain names. marvo/flat/exports.txt has
+# each with the bytes of its arguments on 32-bit Windows, where a stdcall function is `name@bytes` to
+# compilers: the DLL's def file names it as it is to be called, that of the import library as compilers do.
 set(flat_exports ${CMAKE_SOURCE_DIR}/marvo/flat/exports.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${flat_exports})
 file(STRINGS ${flat_exports} flat_lines REGEX "^marvo_")
@@ -18,7 +18,8 @@ foreach(line IN LISTS flat_lines)
     endif()
 endforeach()
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/marvo_c.def CONTENT "EXPORTS\n${flat_names}")
-file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/marvo_c_import.def CONTENT "LIBRARY marvo.dll\nEXPORTS\n${flat_decorated}")
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/marvo_c_import.def
+    CONTENT "LIBRARY marvo.dll\nEXPORTS\n${flat_decorated}")
 
 # Gives a DLL of the library's objects the flat functions.
 function(marvo_export_flat target)
@@ -34,8 +35,8 @@ if(MINGW)
     set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/libmarvo_c.a)
     add_custom_command(OUTPUT ${library} DEPENDS ${CMAKE_BINARY_DIR}/marvo_c_import.def
         COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}
-        COMMAND ${CMAKE_DLLTOOL} --kill-at --input-def ${CMAKE_BINARY_DIR}/marvo_c_import.def --output-lib ${library}
-        VERBATIM)
+        COMMAND ${CMAKE_DLLTOOL} --kill-at --input-def ${CMAKE_BINARY_DIR}/marvo_c_import.def
+            --output-lib ${library} VERBATIM)
     add_custom_target(marvo_c_library ALL DEPENDS ${library})
     add_library(marvo_c INTERFACE)
     target_link_libraries(marvo_c INTERFACE ${library})

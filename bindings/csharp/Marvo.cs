@@ -866,8 +866,8 @@ namespace Marvo
 
         /// <summary>
         /// Plays frames `from` to `to` (both included, in either order) at speed 1, again and again, from
-        /// `file`, or (null or empty) from the setting "engine.playfile". The replay goes on until
-        /// marvo_live() or another one.
+        /// `file`, or (null or empty) from the setting "engine.playfile". A range that reaches beyond the
+        /// recording is cut to it. The replay goes on until marvo_live() or another one.
         /// </summary>
         [DllImport(Dll, CallingConvention = CallingConvention.StdCall)]
         public static extern int marvo_replay(ulong @from, ulong to, [MarshalAs(UnmanagedType.LPUTF8Str)]

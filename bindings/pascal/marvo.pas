@@ -437,7 +437,8 @@ function marvo_record_flush: Integer; stdcall; external MARVO_DLL name 'marvo_re
 function marvo_live: Integer; stdcall; external MARVO_DLL name 'marvo_live';
 
 // Plays frames `from` to `to` (both included, in either order) at speed 1, again and again, from `file`, or
-// (null or empty) from the setting "engine.playfile". The replay goes on until marvo_live() or another one.
+// (null or empty) from the setting "engine.playfile". A range that reaches beyond the recording is cut to
+// it. The replay goes on until marvo_live() or another one.
 function marvo_replay(from: UInt64; to_: UInt64; file_: PAnsiChar): Integer; stdcall; external MARVO_DLL
     name 'marvo_replay';
 

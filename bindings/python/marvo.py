@@ -634,8 +634,8 @@ def marvo_live():
 
 def marvo_replay(from_, to, file):
     """Plays frames `from` to `to` (both included, in either order) at speed 1, again and again, from
-        `file`, or (null or empty) from the setting "engine.playfile". The replay goes on until marvo_live()
-        or another one.     """
+        `file`, or (null or empty) from the setting "engine.playfile". A range that reaches beyond the
+        recording is cut to it. The replay goes on until marvo_live() or another one.     """
     _check(library.marvo_replay(from_, to, file))
 
 

@@ -45,10 +45,12 @@ struct File {
 /// Waits until `condition` holds.
 template <class Condition>
 bool await(Condition condition) {
-    for (const ULONGLONG end = GetTickCount64() + 20000; !condition() && GetTickCount64() < end;) {
-        Sleep(2);
+    for (const ULONGLONG end = GetTickCount64() + 20000; GetTickCount64() < end; Sleep(2)) {
+        if (condition()) {
+            return true;
+        }
     }
-    return condition();
+    return false;
 }
 
 void makeRecording(const char* name, int kind, const std::vector<unsigned char>& frames) {
@@ -325,7 +327,6 @@ TEST(Engine, TellsByCallbackAndQueueWhatIsFed) {
     EXPECT_TRUE(heard.events == 1 && heard.inCallback == MARVO_OK && heard.thread != GetCurrentThreadId());
     EXPECT_EQ(marvo_set_log_callback(nullptr, nullptr), MARVO_OK);
 
-    EXPECT_EQ(marvo_replay(7, 9, recorded), MARVO_E_RANGE) << marvo_last_error();
     EXPECT_EQ(marvo_replay(0, 2, "no such.dv"), MARVO_E_FILE) << marvo_last_error();
     EXPECT_EQ(marvo_element_play(5), MARVO_E_STATE);
     EXPECT_EQ(marvo_done(), MARVO_OK);

@@ -1,5 +1,5 @@
-"""What programs of other compilers rely on: the exported names, the layout of the structures, and a whole session
-of a host in C, whose frames are compared with those of the camera."""
+"""What programs of other compilers rely on: the exported names, the layout of the structures, and a whole
+session of a host in C, whose frames are compared with those of the camera."""
 import re
 import subprocess
 import unittest
@@ -43,8 +43,8 @@ class Session(unittest.TestCase):
         camera = folder / "camera.txt"
         camera.write_text("stream = R:\\build\\streams\\pal.dv\n")
         path = "R:\\" + str(camera.relative_to(ROOT)).replace("/", "\\")
-        done = scripted_tests.complete(scripted_tests.command("marvo-c-host", *arguments), cwd=folder, timeout=200,
-                                       env=scripted_tests.environment(MARVO_CAMERA=path))
+        done = scripted_tests.complete(scripted_tests.command("marvo-c-host", *arguments), cwd=folder,
+                                       timeout=200, env=scripted_tests.environment(MARVO_CAMERA=path))
         said = (done.stdout + done.stderr).decode()
         self.assertEqual(done.returncode, 0, said)
         sent = (scripted_tests.STREAMS / "pal.dv").read_bytes()
