@@ -1,6 +1,6 @@
 # lib/marvo.lib: what Microsoft's linker takes for programs that use marvo_c.h. 32-bit programs ask for
-# _name@bytes there, as in the list that MinGW's library is made of; with --kill-at it says that the DLL's name
-# for it is name.
+# _name@bytes there, as in the list that MinGW's library is made of; with --kill-at the library tells the
+# linker that the DLL calls it name.
 find_program(MARVO_DLLTOOL NAMES llvm-dlltool llvm-dlltool-16 llvm-dlltool-15 llvm-dlltool-14)
 mark_as_advanced(MARVO_DLLTOOL)
 if(NOT MARVO_DLLTOOL)
