@@ -120,11 +120,11 @@ int Caller::call() {
     case 3:
         return marvo_result_name(choice()) == nullptr;
     case 4:
-        return below(8) == 0 ? marvo_init(window()) : marvo_live();
+        return below(4) == 0 ? marvo_init(window()) : marvo_live();
     case 5:
         return below(4) == 0 ? marvo_play_init(window(), number(), number(), text()) : marvo_pause();
     case 6:
-        return marvo_done();
+        return below(16) == 0 ? marvo_done() : 0;
     case 7:
         return below(8) == 0 ? marvo_show(window()) : marvo_resume();
     case 8:
