@@ -86,8 +86,10 @@ class Python:
         return name + "_" if keyword.iskeyword(name) else name
 
     def type(self, kind):
-        if kind.base == "void":
-            return "ctypes.c_void_p" if kind.stars else "None"
+        if kind.base == "void" and not kind.stars:
+            return "None"
+        if kind.base in ("void", "short"):
+            return "ctypes.c_void_p"
         if kind.base == "char" and kind.stars:
             return "_Text" if kind.const else "ctypes.POINTER(ctypes.c_char)"
         base = f"ctypes.{self.NUMBERS[kind.base]}" if kind.base in self.NUMBERS else kind.base

@@ -500,7 +500,7 @@ _FUNCTIONS = {
     ctypes.POINTER(marvo_frame_info)]),
     "marvo_frame_describe": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_uint32,
     ctypes.POINTER(marvo_frame_info)]),
-    "marvo_frame_sound": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_uint32, ctypes.POINTER(ctypes.c_int16),
+    "marvo_frame_sound": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_uint32, ctypes.c_void_p,
     ctypes.c_uint32, ctypes.POINTER(marvo_sound_info)]),
     "marvo_decoder_open": (ctypes.c_int32, [ctypes.POINTER(marvo_decoder)]),
     "marvo_decoder_decode": (ctypes.c_int32, [marvo_decoder, ctypes.c_void_p, ctypes.c_uint32,

@@ -1,6 +1,7 @@
 """The interface in other languages: what each declares against what the target's compiler says, and the
 examples, run against the DLL where this machine can. A language is skipped, by name, when its compiler is not
 installed; ./test.sh installs them all."""
+import array
 import os
 import pathlib
 import shutil
@@ -9,6 +10,7 @@ import unittest
 
 import c_header
 import facts
+import make_bindings
 import scripted_tests
 from scripted_tests import PRESET, ROOT, TARGET
 
@@ -122,9 +124,9 @@ class StandIn(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         text = (HERE / "stand_in.c").read_text(encoding="utf-8")
-        lacks = [name for name in HEADER.names("function") if f"{name}(" not in text]
+        cls.lacks = [name for name in HEADER.names("function") if f"{name}(" not in text]
         output("clang", "-shared", "-fPIC", "-Wall", "-Werror", f"-I{ROOT}", HERE / "stand_in.c", "-o",
-               "libmarvo.so", *(f"-Wl,--defsym,{name}=missing" for name in lacks))
+               "libmarvo.so", *(f"-Wl,--defsym,{name}=missing" for name in cls.lacks))
         cls.environment = {**os.environ, "MARVO_DLL": str(FOLDER / "libmarvo.so"), "LC_ALL": "C.UTF-8"}
 
     def check(self, *command):
@@ -136,6 +138,29 @@ class StandIn(unittest.TestCase):
         start = ("import runpy, sys; sys.path.insert(0, sys.argv[1]); import marvo; marvo.load(); "
                  "sys.argv = sys.argv[2:]; runpy.run_path(sys.argv[0], run_name='__main__')")
         self.check(sys.executable, "-Bc", start, PYTHON.parent, ROOT / "examples/python/report.py")
+
+    def test_python_takes_what_every_function_takes(self):
+        module = {"__name__": "marvo", "__file__": str(PYTHON)}
+        exec(PYTHON.read_text(encoding="utf-8"), module)  # pylint: disable=exec-used
+        module["load"](self.environment["MARVO_DLL"])
+
+        def value(role, part):
+            kind = part.detail
+            if role in ("filled", "bytes"):
+                return array.array("h", [0] * 8) if kind.base == "short" else bytearray(8)
+            if role == "callback":
+                return lambda *words: None
+            if kind.base in HEADER.names("handle"):
+                return module[kind.base]()
+            return "ä" if kind.base == "char" else None if kind.stars else 1
+        for entry in HEADER.of("function"):
+            if entry.name in self.lacks and entry.result.base == "int":
+                words = [value(role, part) for role, part, *_ in make_bindings.roles(entry)
+                         if role in ("filled", "bytes", "callback", "takes")]
+                with self.subTest(function=entry.name):
+                    with self.assertRaises(module["Error"]) as raised:
+                        module[entry.name](*words)
+                    self.assertEqual(3, raised.exception.code)
 
     @WITH_CSHARP
     def test_csharp(self):
