@@ -94,6 +94,7 @@
 #include "marvo/recording/export.h"
 #include "marvo/avi/file_io_avi.h"
 #include "marvo/replay/delivery_watch.h"
+#include "marvo/replay/feed_filter.h"
 #include "marvo/replay/frame_loader.h"
 #include "marvo/replay/frame_store.h"
 #include "marvo/frontend/front_end.h"

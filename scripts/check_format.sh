@@ -7,7 +7,7 @@ formatter=clang-format-16
 cd "$root"
 command -v "$formatter" >/dev/null ||
     die "$formatter is missing: run scripts/setup.sh, or install the package $formatter."
-mapfile -t files < <(git ls-files '*.h' '*.cpp')
+mapfile -t files < <(git ls-files '*.h' '*.hpp' '*.cpp')
 ((${#files[@]} > 0)) || die "git names no C++ sources here."
 if [[ ${1:-} == --mend ]]; then
     "$formatter" -i "${files[@]}"

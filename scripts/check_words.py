@@ -12,7 +12,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 LONGEST = 110
-CODE = {".h", ".cpp", ".py", ".sh", ".cmake"}
+CODE = {".h", ".hpp", ".cpp", ".py", ".sh", ".cmake", ".cs", ".pas"}
 TEXT = CODE | {".md", ".txt", ".json", ".script", ""}
 
 # What a line must not hold, by what is said of it.
@@ -26,14 +26,15 @@ IN_CODE = {
     f"longer than {LONGEST} columns": re.compile(rf"^(?!\s*/// *\|).{{{LONGEST + 1}}}"),
     "an include that does not begin at the root": re.compile(r'#\s*include\s*"\.\./'),
 }
-HEADER_START = re.compile(r"/// @file\n/// \S")
+# In C89 there are no line comments.
+HEADER_START = re.compile(r"/// @file\n/// \S|/\*\* @file\n \* \S")
 
 
 def findings(path):
     """Yields (line number, what is wrong)."""
     text = (ROOT / path).read_text(encoding="utf-8")
     rules = {**EVERYWHERE, **(IN_CODE if path.suffix in CODE else {})}
-    if path.suffix == ".h" and not HEADER_START.match(text):
+    if path.suffix in (".h", ".hpp") and not HEADER_START.match(text):
         yield 1, "a header begins with /// @file and a line that says what it is for"
     for number, line in enumerate(text.split("\n"), 1):
         for what, pattern in rules.items():

@@ -15,8 +15,9 @@ packages=(
     ffmpeg imagemagick python3 doxygen
     # Keys and mouse for the tests of the window.
     xdotool
-    # The second compiler: marvo.h must suit it, too.
-    clang
+    # The second compiler: marvo.h must suit it, too. llvm makes the library for Microsoft's linker, and lld
+    # stands for that one.
+    clang llvm lld
     # For the checks of form.
     git clang-format-16 shellcheck
     # Other software that reads and writes AVI files, for the tests.

@@ -8,8 +8,8 @@ GoogleTest's form). When failed parts were run again, FOLDER/first/ holds the sa
 these parts the second run counts.
 
 Prints "PASSED FAILED SKIPPED", then a line for each test that failed at first and passed at its second try.
-What failed is named on standard error. A part that left no whole results, ran no test, or failed although
-none of its tests did (a crash at the end, a time-out), counts as one failed test.
+What failed or was skipped is named on standard error. A part that left no whole results, ran no test, or
+failed although none of its tests did (a crash at the end, a time-out), counts as one failed test.
 """
 import json
 import pathlib
@@ -59,6 +59,8 @@ def main():
     for part in parts.values():
         for name in part.failed:
             print("failed:", name, file=sys.stderr)
+        for name in part.skipped:
+            print("skipped:", name, file=sys.stderr)
     states = ("passed", "failed", "skipped")
     print(*(sum(len(getattr(part, state)) for part in parts.values()) for state in states))
     for name in rescued:

@@ -5,7 +5,7 @@
 #include "tools/recording.h"
 #include "tools/text.h"
 
-#include "marvo/dv/inspection.h"
+#include "marvo/recording/verification.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -45,38 +45,6 @@ private:
     unsigned long long count_ = 0;
 };
 
-/// What the reader of the kind knows to be wrong: the structure, and how the file ends.
-void checkStructure(const recording::Reader& from, Faults& faults, Progress& progress) {
-    const auto add = [&](unsigned long long offset, const std::string& text) { faults.add(offset, text); };
-    const auto show = [&](unsigned long long done, unsigned long long all) {
-        progress.show(done, all);
-        return !wasInterrupted();
-    };
-    faults.addUnkept(from.check(add, show, Faults::mostKept));
-    checkInterruption();
-}
-
-void checkFrames(recording::Reader& from, Faults& faults, Progress& progress) {
-    recording::RecordBuffer buffer;
-    allocate(buffer, from.bufferBytes());
-    const unsigned long long bytes = from.fileBytes();
-    for (unsigned long long frame = 0; frame < from.frames(); ++frame) {
-        recording::Reader::Place place;
-        from.place(frame, place);
-        std::string fault;
-        if (readFrame(from, frame, buffer, fault)) {
-            fault = vdv::faultOf({buffer.frame(), buffer.frameBytes()});
-        }
-        if (!fault.empty()) {
-            faults.add(place.offset, format("frame %llu %s", frame, fault.c_str()));
-        }
-        progress.update(place.offset + place.size, bytes);
-    }
-    if (from.frames() == 0) {
-        faults.add(0, "there is no whole frame in the file");
-    }
-}
-
 void report(const recording::Reader& from, const Faults& faults, const Arguments& arguments) {
     if (arguments.json) {
         JsonWriter json(arguments.lines);
@@ -115,8 +83,16 @@ ExitStatus verify(const Arguments& arguments) {
     Faults faults;
     {
         Progress progress("reading " + quoted(arguments.files[0]), arguments.progress);
-        checkStructure(*from, faults, progress);
-        checkFrames(*from, faults, progress);
+        const auto add = [&](unsigned long long offset, const std::string& text) {
+            faults.add(offset, text);
+        };
+        const auto show = [&](unsigned long long done, unsigned long long all) {
+            progress.show(done, all);
+            return !wasInterrupted();
+        };
+        const unsigned long long all = recording::verify(*from, Faults::mostKept, add, show);
+        checkInterruption();
+        faults.addUnkept(all - faults.count());
     }
     faults.sortByOffset();
     report(*from, faults, arguments);

@@ -22,7 +22,7 @@ BuildStep CaptureGraph::build(int input, unsigned long frames) {
     }
     built_ = true;
     graph_.registerFG();
-    if (!splitter_.createS(splitterClass)) {
+    if (!given_ && !splitter_.createS(splitterClass)) {
         return BuildStep::createSplitter;
     }
     if (!addSource(input)) {
@@ -37,18 +37,23 @@ BuildStep CaptureGraph::build(int input, unsigned long frames) {
     }
     format_ = connectedFormat();
     graph_.run(0.0);
-    awaitFirstFrames();
+    if (!given_) {
+        awaitFirstFrames();
+    }
     return BuildStep::none;
 }
 
 bool CaptureGraph::addSource(int input) {
+    if (given_) {
+        return source_.ref(given_.ptr()) && graph_.add(source_.filter(), L"dvSource");
+    }
     const vcore::str device = vcore::str(L"input") + vcore::str::toStr(input).oleStr();
     return graph_.addSource(device.oleStr(), source_, L"dvSource");
 }
 
 /// Adds what follows the source, and connects it.
 BuildStep CaptureGraph::addFilters() {
-    if (!graph_.add(splitter_.filter(), L"dvSplitter")) {
+    if (splitter_ && !graph_.add(splitter_.filter(), L"dvSplitter")) {
         return BuildStep::addSplitter;
     }
     if (!graph_.add(&filter_, L"dvRecFilter")) {
@@ -114,8 +119,8 @@ CaptureGraph::Reopening CaptureGraph::runAgain(int input, const std::function<bo
         return Reopening::absent;
     }
     graph_.registerFG();
-    if (!goOn() || !splitter_.createS(splitterClass) || addFilters() != BuildStep::none ||
-        !recordFilterConnected()) {
+    const auto split = [this] { return given_ || splitter_.createS(splitterClass); };
+    if (!goOn() || !split() || addFilters() != BuildStep::none || !recordFilterConnected()) {
         return Reopening::failed;
     }
     found_ = connectedFormat();

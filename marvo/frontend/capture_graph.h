@@ -40,8 +40,12 @@ public:
     /// An unbuilt graph; `log` outlives it.
     explicit CaptureGraph(Log& log) : log_(log) {}
 
+    /// The filter to take frames from instead of a device, from the next `build` on; null for the device. A
+    /// reference is held. Its pin "Output" offers DV video, which needs no splitter.
+    void setSource(IBaseFilter* source) { given_ = vwin::com_<IBaseFilter>(source); }
+
     /// Builds and runs the graph on capture device `input` with a ring of `frames` frames, and waits up to 5
-    /// s for the first captured frames; none is no failure. The result is the step that failed, or `none`;
+    /// s for the device's first frames; none is no failure. The result is the step that failed, or `none`;
     /// what was built then is for the caller to release.
     BuildStep build(int input, unsigned long frames);
     /// Whether the graph was built and not released since; also while the device is gone.
@@ -97,6 +101,7 @@ private:
     vwin::com_fg graph_;
     vwin::com_filter source_;
     vwin::com_filter splitter_;
+    vwin::com_<IBaseFilter> given_;
     dvRecFilter filter_;
     Format format_;
     Format found_;

@@ -17,6 +17,15 @@ void Elements::set(const vcore::str& marker) {
     points[static_cast<size_t>(element)] = vcore::str(marker.mid(4)).toLong();
 }
 
+void Elements::set(int element, long long in, long long out) {
+    in_[static_cast<size_t>(element)] = in;
+    out_[static_cast<size_t>(element)] = out;
+}
+
+std::pair<long long, long long> Elements::points(int element) const {
+    return {in_[static_cast<size_t>(element)], out_[static_cast<size_t>(element)]};
+}
+
 std::optional<std::pair<unsigned long long, unsigned long long>> Elements::range(int element) const {
     if (element < 1 || element >= count) {
         return std::nullopt;

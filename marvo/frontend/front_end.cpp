@@ -58,7 +58,29 @@ bool dvFrontEnd::init(HWND window, bool) {
 }
 
 bool dvFrontEnd::playinit(HWND window, int from, int to, const char* name) {
+    return settle(whole([&] {
+        vcore::str file;
+        file = name;
+        const bool noFrame = from < 0 || to < 0;
+        return buildPlayOnly(window, static_cast<unsigned>(from), static_cast<unsigned>(to),
+                             noFrame ? nullptr : file.oleStr());
+    }));
+}
+
+bool dvFrontEnd::playinitWide(HWND window, unsigned long long from, unsigned long long to,
+                              const wchar_t* name) {
     return settle(whole([&] { return buildPlayOnly(window, from, to, name); }));
+}
+
+void dvFrontEnd::setSource(IBaseFilter* source) {
+    capture_.setSource(source);
+}
+
+dvFrontEnd::Built dvFrontEnd::built() const {
+    if (capture_.built()) {
+        return Built::all;
+    }
+    return play_.built() ? Built::playAlone : Built::nothing;
 }
 
 bool dvFrontEnd::reinit(HWND window) {
@@ -102,12 +124,14 @@ bool dvFrontEnd::build(HWND window) {
         takeApart();
     }
     hold_.take();
+    failedStep_ = frontend::BuildStep::captureGraph;
     if (!cameraWatch_.end()) {
         return refuse(L"no video - init - 1");
     }
     setWindow(window);
     initRecord();
     frontend::BuildStep failed = capture_.build(settings_.input, settings_.maxRecFrames);
+    failedStep_ = failed;
     if (failed == frontend::BuildStep::captureDevice) {
         log("init result: no video source!", false);
         takeApart();
@@ -116,6 +140,7 @@ bool dvFrontEnd::build(HWND window) {
     if (failed == frontend::BuildStep::none) {
         failed = play_.build(recFilter());
     }
+    failedStep_ = failed;
     if (failed != frontend::BuildStep::none) {
         return giveUp(failed);
     }
@@ -134,7 +159,8 @@ bool dvFrontEnd::giveUp(frontend::BuildStep failed) {
     return refuse(text.oleStr());
 }
 
-bool dvFrontEnd::buildPlayOnly(HWND window, int from, int to, const char* name) {
+bool dvFrontEnd::buildPlayOnly(HWND window, unsigned long long from, unsigned long long to,
+                               const wchar_t* name) {
     log("playinit", true);
     const frontend::Log::Scope scope(log_);
     if (capture_.built() || play_.built()) {
@@ -142,7 +168,8 @@ bool dvFrontEnd::buildPlayOnly(HWND window, int from, int to, const char* name) 
     }
     hold_.take();
     setWindow(window);
-    if (!play_.buildAlone(from, to, name)) {
+    failedStep_ = play_.buildAlone(from, to, name);
+    if (failedStep_ != frontend::BuildStep::none) {
         play_.release(true);
         hide(true);
         return refuse(L"no video - playinit");
@@ -178,7 +205,7 @@ bool dvFrontEnd::rebuildPlay() {
     };
     release();
     videoSeen_ = false;
-    const frontend::BuildStep failed = play_.build(recFilter());
+    const frontend::BuildStep failed = failedStep_ = play_.build(recFilter());
     if (failed != frontend::BuildStep::none) {
         release();
         log((vcore::str(L"no video - show - ") + vcore::str::toStr(static_cast<int>(failed)).oleStr())
@@ -454,6 +481,32 @@ bool dvFrontEnd::call(const char* text) {
 bool dvFrontEnd::playElement(int element) {
     const auto range = elements_.range(element);
     return range && replay(range->first, range->second, nullptr);
+}
+
+bool dvFrontEnd::setElement(int element, long long in, long long out) {
+    const bool there = element >= 0 && element < frontend::Elements::count;
+    if (there) {
+        elements_.set(element, in, out);
+    }
+    return there;
+}
+
+std::pair<long long, long long> dvFrontEnd::element(int element) const {
+    const bool there = element >= 0 && element < frontend::Elements::count;
+    return there ? elements_.points(element) : std::pair<long long, long long>{-1, -1};
+}
+
+void dvFrontEnd::setControl(bool on) {
+    settings_.control = on;
+}
+
+void dvFrontEnd::setLogging(bool on) {
+    settings_.logging = on;
+    log_.writeSuppressible(on);
+}
+
+void dvFrontEnd::setVideoFilter(int filter) {
+    settings_.videoFilter = filter;
 }
 
 void dvFrontEnd::setInput(int input) {

@@ -18,6 +18,8 @@
 #include "marvo/replay/play_info.h"
 #include "marvo/replay/record_status.h"
 
+#include <utility>
+
 /// The one object that a host drives: the exported global `dvFE`. It owns the capture graph (capture device,
 /// DV splitter, record filter with the frame store), the play graph (play filter, DV decoder, renderer), the
 /// window that the video is drawn into, the settings, and the log file "marvo.log" in the current directory.
@@ -76,6 +78,8 @@ public:
     /// what was built before is taken apart. False when a step fails, after `onError` with "no video -
     /// playinit".
     bool playinit(HWND window, int from, int to, const char* name);
+    /// The same with 64-bit frame numbers and a wide name.
+    bool playinitWide(HWND window, unsigned long long from, unsigned long long to, const wchar_t* name);
 
     /// As `showWindow`.
     bool reinit(HWND window);
@@ -93,6 +97,21 @@ public:
     /// until it does, and so long `init` fails. When the host has given up the library before, it is unloaded
     /// as soon as this call has returned; the object must then not be touched any more.
     void done();
+
+    /// The filter that the next `init` captures from instead of a device, such as a `dvFeedFilter`; null: the
+    /// device. Its pin "Output" offers DV video. A reference is held; `init` does not wait for its frames.
+    void setSource(IBaseFilter* source);
+
+    /// What is built.
+    enum class Built {
+        nothing,  ///< neither graph
+        all,      ///< capture and play
+        playAlone ///< the play graph of `playinit`
+    };
+    /// What is built now.
+    Built built() const;
+    /// The step at which the last `init`, `playinit` or `showWindow` failed that built the engine.
+    frontend::BuildStep failedStep() const { return failedStep_; }
 
     /// Logs "error" and takes everything apart. Always false.
     bool onError(const wchar_t* text);
@@ -184,10 +203,23 @@ public:
     /// Replays an element from the play file. False unless 1 <= element < 128 (element 0 can be set but not
     /// played: deliberate) and both points are set.
     bool playElement(int element);
+    /// Sets both points of an element, each as it is: negative for unset. False unless 0 <= element < 128.
+    bool setElement(int element, long long in, long long out);
+    /// Both points of an element, negative for unset, also for one that there is not.
+    std::pair<long long, long long> element(int element) const;
 
     /// @}
     /// @name Settings
     /// @{
+
+    /// What files and setters have chosen, but the limit of what is written, which the frame store has.
+    const frontend::Settings& settings() const { return settings_; }
+    /// Whether `call` interprets markers.
+    void setControl(bool on);
+    /// Whether suppressible log lines are written.
+    void setLogging(bool on);
+    /// 1: the next `init` switches deinterlacing off for every stream of the renderer.
+    void setVideoFilter(int filter);
 
     /// The capture device's number, for the next `init`.
     void setInput(int input);
@@ -281,6 +313,8 @@ public:
     /// Suppressible lines are left out when "dv.logging" is off. From any thread; lines of several threads
     /// stand one behind the other.
     void log(const char* text, bool suppressible);
+    /// Has `drain` called with each line that the log gets, as `frontend::Log::setDrain`; null for none.
+    void setLogDrain(frontend::Log::Drain drain) { log_.setDrain(drain); }
     /// Raises the depth shown in log lines.
     void logBegin();
     /// Lowers it again.
@@ -323,7 +357,7 @@ public:
 
 private:
     bool build(HWND window);
-    bool buildPlayOnly(HWND window, int from, int to, const char* name);
+    bool buildPlayOnly(HWND window, unsigned long long from, unsigned long long to, const wchar_t* name);
     bool giveUp(frontend::BuildStep failed);
     bool refuse(const wchar_t* text);
     template <class Command>
@@ -341,6 +375,7 @@ private:
 
     frontend::LibraryHold hold_;
     bool initialised_ = false;
+    frontend::BuildStep failedStep_ = frontend::BuildStep::none;
     frontend::SettingsFiles settingsFiles_;
     frontend::Settings settings_;
     frontend::Log log_;

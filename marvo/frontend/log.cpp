@@ -36,15 +36,19 @@ bool Log::open() {
 }
 
 void Log::write(const char* text, bool suppressible) {
-    if (!file_.opened() || (suppressible && !suppressible_) || !text) {
+    if ((!file_.opened() && !drain_) || (suppressible && !suppressible_) || !text) {
         return;
     }
     vcore::guarded([&] {
         std::string line(text);
         std::erase_if(line, [](char c) { return c == '\r' || c == '\n' || c == '\t'; });
-        line = prefix(depth_) + line + "\r\n";
+        line = prefix(depth_) + line;
+        const std::string ended = line + "\r\n";
         const vcore::timed_guard guard(lock_, lockWait_ms);
-        file_.write(line.data(), static_cast<unsigned long>(line.size()), nullptr);
+        file_.write(ended.data(), static_cast<unsigned long>(ended.size()), nullptr);
+        if (const Drain drain = drain_) {
+            drain(line.c_str());
+        }
     });
 }
 

@@ -26,6 +26,13 @@ public:
     void write(const char* text, bool suppressible);
     /// Whether suppressible lines are written; on at first.
     void writeSuppressible(bool on) { suppressible_ = on; }
+
+    /// Takes a line; see `setDrain`.
+    using Drain = void (*)(const char* line);
+    /// Has `drain` called with each line as the file gets it, without its line end; null for none. It is
+    /// called on the thread that logs, with the lock held, so it only keeps the line, and throws nothing.
+    /// Also called for a log that has no file.
+    void setDrain(Drain drain) { drain_ = drain; }
     /// Raises the depth that lines show.
     void deeper() { ++depth_; }
     /// Lowers it again.
@@ -49,6 +56,7 @@ private:
     vcore::semaphore lock_;
     std::atomic<bool> suppressible_{true};
     std::atomic<int> depth_{0};
+    std::atomic<Drain> drain_{nullptr};
 };
 
 } // namespace frontend

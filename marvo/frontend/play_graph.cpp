@@ -53,18 +53,19 @@ BuildStep PlayGraph::build(dvRecFilter& source) {
     return connect();
 }
 
-bool PlayGraph::buildAlone(int from, int to, const char* name) {
-    vcore::str file;
-    file = name;
-    if (!graph_.init(true) || from < 0 || to < 0 ||
-        !filter_.playinit(static_cast<unsigned long long>(std::min(from, to)),
-                          static_cast<unsigned long long>(std::max(from, to)), file.oleStr(), 1.0,
-                          settings_.playDelay_ms, playOnlyFrames) ||
-        connect() != BuildStep::none) {
-        return false;
+BuildStep PlayGraph::buildAlone(unsigned long long from, unsigned long long to, const wchar_t* name) {
+    if (!graph_.init(true)) {
+        return BuildStep::playGraph;
     }
-    graph_.registerFG();
-    return true;
+    if (!filter_.playinit(std::min(from, to), std::max(from, to), name, 1.0, settings_.playDelay_ms,
+                          playOnlyFrames)) {
+        return BuildStep::playFilter;
+    }
+    const BuildStep failed = connect();
+    if (failed == BuildStep::none) {
+        graph_.registerFG();
+    }
+    return failed;
 }
 
 /// Decoder and renderer, and their connections with the play filter.

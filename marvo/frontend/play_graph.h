@@ -25,9 +25,9 @@ public:
     /// Builds the graph on the frame store of `source`. The result is the step that failed, or `none`; what
     /// was built then is for the caller to release.
     BuildStep build(dvRecFilter& source);
-    /// Builds the graph for frames `from` to `to` of the recording `name`, without a frame store. False when
-    /// a step fails.
-    bool buildAlone(int from, int to, const char* name);
+    /// Builds the graph for frames `from` to `to` (in either order) of the recording `name`, without a frame
+    /// store. The result is the step that failed, or `none`.
+    BuildStep buildAlone(unsigned long long from, unsigned long long to, const wchar_t* name);
     /// Runs what was built. False when the graph does not start.
     bool run();
     /// Takes the graph's next event, as `vwin::com_fg::takeEvent`; one that says that the graph cannot go on

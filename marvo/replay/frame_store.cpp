@@ -168,6 +168,15 @@ const wchar_t* dvFrameStore::fileName() const {
     return fileName_.c_str();
 }
 
+std::wstring dvFrameStore::numberedFile() const {
+    vcore::timed_guard lock(storeLock(), commandWait_ms);
+    return ringFile_;
+}
+
+unsigned long dvFrameStore::ringFrames() const {
+    return ring_.count();
+}
+
 void dvFrameStore::setMaxFilesize(long long limit) {
     maxFileSize_ = limit;
 }

@@ -117,6 +117,16 @@ public:
     /// until the next start.
     const wchar_t* fileName() const;
 
+    /// Full path of the recording whose numbers the ring's frames have; empty while they are no recording's:
+    /// before the first, and after `init`, `flush` and `done`.
+    std::wstring numberedFile() const;
+
+    /// Frames that the ring has room for; 0 without a ring.
+    unsigned long ringFrames() const;
+
+    /// The limit of `setMaxFilesize`; negative for none.
+    long long maxFilesize() const { return maxFileSize_; }
+
     /// Limits what is written: frames numbered `limit` and above are captured and can be replayed from
     /// memory, but do not reach the file; they count as neither lost nor failed. Despite the name it is
     /// compared with frame numbers, not bytes. Negative: no limit.

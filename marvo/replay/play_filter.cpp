@@ -218,6 +218,12 @@ HWND dvPlayFilter::setInfoDrain(HWND window, unsigned int message, play_info* in
     return std::exchange(infoWindow_, window);
 }
 
+play_state dvPlayFilter::state() const {
+    vcore::timed_guard lock(filterLock(), lockWait_ms);
+    const auto due = static_cast<std::uint64_t>(period_100ns_ != 0 ? position_100ns_ / period_100ns_ : 0);
+    return {{lastShown_, inPoint_, outPoint_, newestFrame(), replaying_, recording_}, paused_, speed_, due};
+}
+
 long long dvPlayFilter::period() const {
     vcore::timed_guard lock(filterLock(), lockWait_ms);
     return period_100ns_;

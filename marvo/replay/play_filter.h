@@ -97,6 +97,9 @@ public:
     /// null window ends it. Returns the window set before.
     HWND setInfoDrain(HWND window, unsigned int message, play_info* info);
 
+    /// Where play is, in one look under the filter lock. The shown frame is all ones before the first.
+    play_state state() const;
+
     /// Time per frame in 100 ns; 0 when not initialised.
     long long period() const;
 

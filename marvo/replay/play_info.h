@@ -23,3 +23,11 @@ struct play_info {
         : frame(shown), from(first), to(final), last(newest), replaying(isReplaying), recording(isRecording) {
     }
 };
+
+/// All of play at one moment.
+struct play_state {
+    play_info info;         ///< as the info drain tells it, but `frame`: the frame that is shown
+    bool paused = false;    ///< the shown frame is held
+    double speed = 1.0;     ///< frames per tick
+    std::uint64_t next = 0; ///< the frame that is due next
+};
