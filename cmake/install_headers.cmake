@@ -1,8 +1,8 @@
-# Installs the public headers: marvo.h, and those of ours that it reaches. What else lies in the rooms is the
-# library's own.
+# Installs the public headers: those beside the rooms (marvo.h, marvo_c.h, ...), and those of ours that they
+# reach. What else lies in the rooms is the library's own.
 cmake_minimum_required(VERSION 3.22)
 get_filename_component(root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
-set(wanted marvo.h)
+file(GLOB wanted RELATIVE ${root} ${root}/marvo*.h ${root}/marvo*.hpp)
 set(installed)
 while(wanted)
     list(POP_FRONT wanted header)

@@ -18,7 +18,12 @@ else()
         "$<$<COMPILE_LANGUAGE:C,CXX>:-gdwarf-4;-g$<IF:$<CONFIG:Debug>,2,1>;-fno-omit-frame-pointer>"
         # Many members answer on a null object; without this the compiler drops the test.
         "$<$<COMPILE_LANGUAGE:C,CXX>:-fno-delete-null-pointer-checks>")
-    target_link_options(marvo_options INTERFACE -static)
+    # The same sources give the same bytes, in whatever folder and at whatever time. (The folder of the build
+    # mostly lies in that of the sources; the last that fits counts.)
+    set(maps ${marvo_SOURCE_DIR}=. ${CMAKE_BINARY_DIR}=./build ${marvo_BINARY_DIR}=./build)
+    list(TRANSFORM maps PREPEND -ffile-prefix-map=)
+    target_compile_options(marvo_options INTERFACE "$<$<COMPILE_LANGUAGE:C,CXX>:${maps}>")
+    target_link_options(marvo_options INTERFACE -static -Wl,--no-insert-timestamp)
 endif()
 
 # For programs whose work is done by the library, by the system or by a person: optimising their own code and

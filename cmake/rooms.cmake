@@ -13,7 +13,7 @@ function(marvo_room name)
         message(FATAL_ERROR
             "marvo_room(${name}): '${arg_UNPARSED_ARGUMENTS}' is neither behind STANDS_ON nor SOURCES")
     endif()
-    set(view ${CMAKE_BINARY_DIR}/rooms/${name})
+    set(view ${marvo_BINARY_DIR}/rooms/${name})
     file(MAKE_DIRECTORY ${view}/marvo)
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/marvo/${name} COPY_ON_ERROR SYMBOLIC)
     add_library(marvo_${name}_view INTERFACE)

@@ -2,10 +2,10 @@
 
 #include "marvo/core/file.h"
 #include "marvo/core/handle.h"
+#include "marvo/core/number_text.h"
 #include "marvo/core/small_letter.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <exception>
@@ -170,16 +170,15 @@ str writtenValue(const var& value) {
     if (!value.isF() || !std::isfinite(number) || readBack.getF() == number) {
         return text;
     }
-    char digits[64];
-    char* end = digits + sizeof digits;
+    std::string digits;
     if (type != VT_R4) {
-        end = std::to_chars(digits, end, number).ptr;
+        digits = shortestText(number);
     } else if (static_cast<float>(readBack.getF()) != static_cast<float>(number)) {
-        end = std::to_chars(digits, end, static_cast<float>(number)).ptr;
+        digits = shortestText(static_cast<float>(number));
     } else {
         return text;
     }
-    return text.setStr(digits, static_cast<unsigned long>(end - digits));
+    return text.setStr(digits.data(), static_cast<unsigned long>(digits.size()));
 }
 
 /// Adds a line up to and including its first line feed, which may come from the value.

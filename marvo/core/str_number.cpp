@@ -1,6 +1,8 @@
 // Numbers and arithmetic: the members of str that turn text into values and back.
 #include "marvo/core/str.h"
 
+#include "marvo/core/number_text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -160,11 +162,9 @@ str str::toStr(int value) {
 
 str str::toStr(double value, int decimals) {
     constexpr int digits = 12;
-    char buffer[512];
-    const auto result =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, digits);
+    const std::string fixed = fixedText(value, digits);
     str text;
-    text.setStr(buffer, static_cast<unsigned long>(result.ptr - buffer));
+    text.setStr(fixed.data(), static_cast<unsigned long>(fixed.size()));
     if (!std::isfinite(value)) {
         return text;
     }

@@ -1,11 +1,11 @@
 """The library as a host meets it: what `cmake --install` puts down, in every order with other headers, under
-every compiler, with flags that are not the library's own, linked as the README says.
+every compiler, with flags that are not the library's own, found by CMake, linked as the README says.
 
-Compiled by each compiler in each standard: marvo.h alone, in front of all standard headers and behind them
-(`ORDERS`), with every switch of the Windows headers and with a host's own macros (`FLAGS`). By some of them:
-both orders reversed, behind headers of Windows that break others (`HARSH`), and the other sets of flags.
-The standard headers in groups in front of marvo.h, and each combination of the switches, are preprocessed
-only: when the library's declarations are then word for word those of marvo.h alone, they compile alike."""
+marvo.h alone is compiled by each compiler. Among the standard headers, behind headers of Windows that break
+others (`HARSH`), in both standards, and with a host's switches and macros it is compiled by one of them; the
+headers are the same for both targets, so one target is enough for that. The standard headers in groups in
+front of marvo.h, and each combination of the switches, are preprocessed only: when the library's declarations
+are then word for word those of marvo.h alone, they compile alike."""
 import concurrent.futures
 import itertools
 import os
@@ -48,14 +48,20 @@ COMPILERS = {
 _names = sorted({path.name for path in LIBRARY.iterdir() if path.is_file()} - {"stdatomic.h", "coroutine"})
 HEADERS = [*_names, *(name[1:] + ".h" for name in _names
                       if name[0] == "c" and pathlib.Path(f"/usr/{TRIPLET}/include/{name[1:]}.h").is_file())]
-GROUPS = 16
+GROUPS = 4
 HARSH = ("dshow.h", "windows.h", "winsock2.h", "objbase.h")
-ORDERS = MARVO, MARVO + HEADERS, HEADERS + MARVO
-REVERSED = MARVO + HEADERS[::-1], HEADERS[::-1] + MARVO
 SWITCHES = ["-DNOMINMAX", "-DNO_DSHOW_STRSAFE", "-DUNICODE"]
 COMBINED = [flags for count in (1, 2, 3) for flags in itertools.combinations(SWITCHES, count)]
 HOST_MACROS = ["-Dmin(a,b)=((a)<(b)?(a):(b))", "-Dmax(a,b)=((a)<(b)?(b):(a))", "-DWIN32_LEAN_AND_MEAN"]
-FLAGS = [SWITCHES, HOST_MACROS]
+# Compiler, standard, includes, options.
+ALONE = [(compiler, "c++17", MARVO, []) for compiler in COMPILERS]
+ONCE = [
+    ("clang++", "c++20", HEADERS + MARVO, []),
+    ("g++ posix", "c++20", HEADERS[::-2] + MARVO + HEADERS[-2::-2], []),
+    *(("clang++", STANDARDS[place % 2], [header, *MARVO], []) for place, header in enumerate(HARSH)),
+    ("clang++", "c++17", MARVO, ["-DMARVO_STATIC", *SWITCHES]),
+    ("clang++", "c++20", MARVO, ["-DMARVO_BUILD", *HOST_MACROS]),
+]
 
 
 def compile_text(compiler, standard, includes, options):
@@ -93,16 +99,7 @@ def in_parallel(function, jobs):
 
 class Header(unittest.TestCase):
     def test_compiles_in_every_order_and_with_all_flags(self):
-        jobs = []
-        for place, (standard, compiler) in enumerate(itertools.product(STANDARDS, COMPILERS)):
-            orders = [*ORDERS, [HARSH[place % len(HARSH)], *MARVO]]
-            if compiler == "clang++":
-                orders.append(REVERSED[STANDARDS.index(standard)])
-            jobs += [(compiler, standard, includes, []) for includes in orders]
-            jobs += [(compiler, standard, MARVO, flags) for flags in FLAGS]
-            if compiler != "g++ win32":
-                state = "-DMARVO_STATIC" if standard == "c++17" else "-DMARVO_BUILD"
-                jobs.append((compiler, standard, MARVO, [state]))
+        jobs = ALONE + (ONCE if TARGET == "win32" else [])
         results = in_parallel(lambda compiler, standard, includes, flags: compile_text(
             compiler, standard, includes, ["-fsyntax-only", *STRICT, *flags]), jobs)
         alone = own_words(compile_text("clang++", "c++17", MARVO, ["-E"]))
@@ -115,9 +112,9 @@ class Header(unittest.TestCase):
 
         failed = [str(result) for result in results if isinstance(result, AssertionError)]
         summary = (f"{PRESET}: marvo.h and {len(HEADERS)} standard headers, {' '.join(STRICT)}: compiled by "
-                   f"{', '.join(COMPILERS)} as {' and '.join(STANDARDS)}: {len(jobs) - len(failed)} of "
-                   f"{len(jobs)} ways; the same words behind {GROUPS} groups of standard headers and with "
-                   f"each set of switches: {singles.count(True)} of {len(singles)}\n")
+                   f"{', '.join(COMPILERS)}: {len(jobs) - len(failed)} of {len(jobs)} ways; the same words "
+                   f"behind {GROUPS} groups of standard headers and with each set of "
+                   f"switches: {singles.count(True)} of {len(singles)}\n")
         results_folder = ROOT / "build" / PRESET / "results"
         results_folder.mkdir(parents=True, exist_ok=True)
         (results_folder / "consumer.txt").write_text(summary, encoding="utf-8")
@@ -135,8 +132,7 @@ class Header(unittest.TestCase):
             lines = compile_text(compiler, "c++17", includes, ["-E", "-dM", *flags]).splitlines()
             # Reserved names are the compiler's and its library's, and differ with the order of their headers.
             return {line for line in lines if not re.match("#define _[_A-Z]", line)}
-        definitions = [], [*HOST_MACROS, "-Dsprintf=odd"]
-        for compiler, flags in itertools.product(("g++ posix", "clang++"), definitions):
+        for compiler, flags in ("g++ posix", [*HOST_MACROS, "-Dsprintf=odd"]), ("clang++", []):
             with self.subTest(compiler=compiler, flags=flags):
                 known = macros(compiler, system, [*flags, "-DNO_DSHOW_STRSAFE"])
                 left = macros(compiler, MARVO, flags)
@@ -159,10 +155,11 @@ class Program(unittest.TestCase):
 
     def test_a_host_of_its_own_works(self):
         source = pathlib.Path(__file__).parent / "project"
-        for compiler in f"{TRIPLET}-g++", POSIX:
+        for compiler, level in (f"{TRIPLET}-g++", "-O2"), (POSIX, "-O0"):
             build = FOLDER / compiler
-            output("cmake", "-G", "Ninja", "-S", source, "-B", build, f"-DMARVO_SDK={SDK}",
-                   "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_CXX_COMPILER={compiler}")
+            output("cmake", "-G", "Ninja", "-S", source, "-B", build, f"-Dmarvo_ROOT={SDK}",
+                   "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_CXX_COMPILER={compiler}",
+                   f"-DCMAKE_C_COMPILER={compiler.replace('g++', 'gcc')}", f"-DLEVEL={level}")
             output("cmake", "--build", build)
             # A program that is not linked with -static needs its compiler's own DLLs.
             for name in "libstdc++-6.dll", "libgcc_s_dw2-1.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll":
@@ -174,11 +171,11 @@ class Program(unittest.TestCase):
         output(*COMPILERS["clang++"], "-std=c++17", "-O2", f"-I{SDK}/include", "-c", source / "main.cpp",
                "-o", FOLDER / "clang.o")
         output(POSIX, FOLDER / "clang.o", f"-L{SDK}/lib", "-lmarvo", "-static", "-o", clang)
+        self.assertTrue((FOLDER / POSIX / "marvo.dll").is_file())
         programs = sorted(FOLDER.glob("*/consumer-*.exe"))
-        self.assertEqual(9, len(programs))
+        self.assertEqual(7, len(programs))
         for program in programs:
             with self.subTest(program=program.relative_to(FOLDER)):
-                shutil.copy(SDK / "bin/marvo.dll", program.parent)
                 done = scripted_tests.run(str(program))
                 self.assertEqual((0, self.version()), (done.returncode, done.stdout.decode().strip()))
 
@@ -203,7 +200,9 @@ class Program(unittest.TestCase):
 def setUpModule():
     shutil.rmtree(FOLDER, ignore_errors=True)
     FOLDER.mkdir(parents=True)
-    output("cmake", "--install", ROOT / "build" / PRESET, "--prefix", SDK)
+    # Into a folder that is moved then: nothing in it may hold on to where it was.
+    output("cmake", "--install", ROOT / "build" / PRESET, "--prefix", FOLDER / "installed")
+    (FOLDER / "installed").rename(SDK)
 
 
 scripted_tests.main()

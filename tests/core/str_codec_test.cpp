@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <clocale>
 #include <cmath>
 #include <cstdarg>
 #include <string>
@@ -148,6 +149,11 @@ TEST(StrNumber, WritesNumbers) {
                 str::toStr(-0.125, 1) == L"-0.125");
     EXPECT_TRUE(str::toStr(1.0 / 3, 2) == L"0.333333333333" && str::toStr(1, 20) == L"1.000000000000");
     EXPECT_EQ(str::toStr(-1.7e308, 0).len(), 310u);
+    EXPECT_TRUE(str::toStr(-HUGE_VAL, 1) == L"-inf" && str::toStr(1e22, 1) == L"10000000000000000000000.0");
+    // A host's locale with a decimal comma.
+    EXPECT_TRUE(std::setlocale(LC_NUMERIC, "German"));
+    EXPECT_TRUE(str::toStr(0.1, 1) == L"0.1");
+    std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(StrNumber, FormatsWideTextAndNumbersAlikeOnBothTargets) {
