@@ -24,12 +24,14 @@ ModeSign modeSign(const View& view, Language language) {
 }
 
 std::wstring recordingWords(const View& view) {
-    if (view.recording != View::Recording::recording) {
+    if (view.recording < View::Recording::recording) {
         return view.recordingText;
     }
+    // The name stands below in small letters.
     const std::wstring name = nameOf(view.recordingFile);
     const size_t named = name.empty() ? std::wstring::npos : view.recordingText.find(name);
-    return std::wstring(L"\x25CF ") + view.recordingText.substr(0, named);
+    const std::wstring words = view.recordingText.substr(0, named);
+    return view.recording == View::Recording::recording ? L"\x25CF " + words : words;
 }
 
 COLORREF recordingColour(const View& view) {
