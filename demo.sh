@@ -5,6 +5,7 @@
 set -euo pipefail
 cd -P "${BASH_SOURCE[0]%/*}"
 . scripts/common.sh
+. scripts/replay_session.sh
 
 out=out/demo
 
@@ -42,18 +43,10 @@ read_options() {
     esac
 }
 
-# prepare NAME CAMERA_LINES: the folder of a part of the demo, with its camera.
-prepare() {
-    rm -rf "${out:?}/$1"
-    mkdir -p "$out/$1"
-    cp build/streams/pal.dv "$out/$1/source.dv"
-    printf 'stream = source.dv\nlog = camera.log\n%s' "$2" >"$out/$1/camera.txt"
-}
-
 play_engine() {
     local status=0
-    prepare engine ''
-    MARVO_WINDOW=$window MARVO_CAMERA='R:\out\demo\engine\camera.txt' MARVO_CWD=$out/engine \
+    prepare_camera "$out/engine" ''
+    MARVO_CAMERA='R:\out\demo\engine\camera.txt' MARVO_CWD=$out/engine \
         MARVO_TIMEOUT=180 scripts/run.sh win32 marvo-host \
         --script 'R:\host\demo.script' --report report.json --size 720x576 \
         >"$out/engine/session.log" 2>&1 || status=$?
@@ -69,36 +62,6 @@ play_engine() {
     done
 }
 
-# play_evening NAME CAMERA_LINES LIMIT...: an evening at marvo-replay, started with LIMIT in front.
-play_evening() {
-    local name=$1 application
-    local port=$((47000 + RANDOM % 1000))
-    prepare "$name" "$2"
-    printf '[marvo-replay]\ndeinterlace = no\nring = 250\nrolling = 1\nport = %s\ntoken = demo\n' "$port" \
-        >"$out/$name/marvo-replay.ini"
-    shift 2
-    MARVO_WINDOW=$window MARVO_CAMERA="R:\\out\\demo\\$name\\camera.txt" MARVO_CWD=$out/$name \
-        MARVO_TIMEOUT=240 "$@" scripts/run.sh win32 marvo-replay >"$out/$name/output.txt" 2>&1 &
-    application=$!
-    python3 scripts/demo_session.py "$name" "$out/$name" "$display" || failed=1
-    wait "$application" || {
-        say "marvo-replay ended with status $?:"
-        tail -n 20 "$out/$name/output.txt" >&2
-        failed=1
-    }
-}
-
-# Sets $display to where the windows open.
-choose_display() {
-    display=${DISPLAY:-}
-    if [[ -z $window ]]; then
-        display_runs || scripts/display.sh
-        display_runs || die "the invisible display ended at once; $wine_dir/display.log tells why."
-        # shellcheck disable=SC2154 # display_runs sets it
-        display=:$display_number
-    fi
-}
-
 read_options "$@"
 trap '"$root/scripts/stop.sh"' EXIT
 step "set up"
@@ -106,18 +69,22 @@ scripts/setup.sh
 scripts/make_streams.sh build/streams
 step "build"
 build_preset win32 marvo-host marvo-replay marvo-devices
-choose_display
+display=${DISPLAY:-}
+[[ -n $window ]] || choose_invisible_display
+export MARVO_WINDOW=$window
 failed=0
 step "the engine: a scripted session (about 30 s)"
 play_engine
 python3 scripts/check_demo.py engine "$out/engine" || failed=1
 step "the application: an evening by keys and mouse (about 2 minutes)"
-play_evening evening $'lose = 1750:4000\n' env
+prepare_camera "$out/evening" $'lose = 1750:4000\n'
+play "$out/evening" evening 240 || failed=1
 python3 scripts/check_demo.py evening "$out/evening" || failed=1
 step "the application: a disk that becomes full"
 # Files of at most 40 MB; what is beyond fails as on a full disk. The signal for it is ignored.
 trap '' XFSZ
-play_evening full '' prlimit --fsize=40000000
+prepare_camera "$out/full" ''
+play "$out/full" full 240 prlimit --fsize=40000000 || failed=1
 if ((failed == 0)); then
     step "all held; look at $out/*/*.png"
 else

@@ -83,6 +83,7 @@
 #include "marvo/dv/sound.h"
 #include "marvo/picture/frame_decoder.h"
 #include "marvo/picture/picture.h"
+#include "marvo/picture/picture_file.h"
 #include "marvo/recording/recording.h"
 
 // The replay engine and its front end `dvFE`.

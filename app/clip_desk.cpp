@@ -9,8 +9,19 @@ std::vector<std::wstring> ClipDesk::load(const Segment& recording, Language lang
     ClipFileContent content = ClipFile::read(disk_, recording.file, language);
     for (Clip& clip : content.clips) {
         clip.frameDuration_100ns = recording.frameDuration_100ns;
+        // A recording's last frame is not played, but a clip may have it.
+        if (clip.frames.last > recording.frames) {
+            content.findings.push_back(
+                text(Text::clipFileBeyond, language,
+                     {clip.name, std::to_wstring(clip.frames.last), std::to_wstring(recording.frames)}));
+        }
     }
-    File file{recording.file, {}, std::move(content.kept), content.refused ? content.findings.front() : L""};
+    File file{recording.file, {}, std::move(content.kept), L""};
+    if (content.refused) {
+        // For the middle of a sentence.
+        file.refused = content.findings.front();
+        file.refused.resize(file.refused.find_last_not_of(L'.') + 1);
+    }
     file.written = content.clips.empty() && file.kept.empty()
                        ? ""
                        : ClipFile::format(recording.file, content.clips, file.kept);

@@ -2,6 +2,7 @@
 
 #include "app/moment.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -74,6 +75,19 @@ bool isBlank(std::string_view line) {
 }
 
 } // namespace
+
+std::wstring ClipFile::fileWord(const std::wstring& clipName) {
+    constexpr std::size_t mostLetters = 100;
+    std::wstring word = clipName.substr(0, mostLetters);
+    std::replace_if(
+        word.begin(), word.end(),
+        [](wchar_t letter) {
+            return letter < L' ' || std::wstring_view(L"<>:\"/\\|?*").find(letter) != std::wstring_view::npos;
+        },
+        L'_');
+    word.resize(word.find_last_not_of(L". ") + 1);
+    return word.empty() ? L"clip" : word;
+}
 
 ClipFileContent ClipFile::parse(const std::string& text, const std::wstring& recording, Language language) {
     ClipFileContent content;

@@ -26,6 +26,9 @@ public:
     /// The clip file of a recording.
     static std::wstring nameFor(const std::wstring& recording) { return recording + L".clips"; }
 
+    /// A clip's name as a part of a file's name: what the system does not take there becomes "_".
+    static std::wstring fileWord(const std::wstring& clipName);
+
     /// Reads the clips of `recording`; no file is no clips.
     static ClipFileContent read(Disk& disk, const std::wstring& recording, Language language);
     /// Replaces the clip file; without clips and kept lines it is deleted. False with the reason in `why`.

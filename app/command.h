@@ -79,6 +79,13 @@ enum class Command : int {
     dismiss = 122,
 };
 
+/// What became of a command.
+enum class Outcome {
+    done,   ///< it has its effect
+    told,   ///< it had none, and the message says why; or a question waits for its answer
+    window, ///< it is the window's to do: dialogs, full screen, zoom
+};
+
 /// What is fixed about a command.
 struct CommandInfo {
     Command command;              ///< its number is what remote hands may send

@@ -104,7 +104,8 @@ std::wstring MarvoEngine::whyNotPlayable(const std::wstring& file) const {
     const vcore::handle handle(CreateFileW(file.c_str(), GENERIC_READ,
                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return handle ? L"it holds no two frames that can be played" : systemText(GetLastError());
+    return nameOf(file) + L": " +
+           (handle ? L"it holds no two frames that can be played" : systemText(GetLastError()));
 }
 
 /// Has the engine replay a range of a file, held.
@@ -124,7 +125,7 @@ bool MarvoEngine::open(const std::wstring& file, FrameSpan range) {
     const std::string name = narrowFile(file);
     constexpr std::uint64_t most = INT_MAX;
     if (name.empty()) {
-        return done(false, L"its name has letters that this system cannot pass on");
+        return done(false, nameOf(file) + L": its name has letters that this system cannot pass on");
     }
     playFile_.clear();
     if (!dvFE.playinit(videoArea_, static_cast<int>(std::min(range.first, most)),

@@ -22,8 +22,8 @@ class Recordings {
 public:
     virtual ~Recordings() = default;
 
-    /// Opens `file` and says what it holds; nothing, with the reason in `why` (without a full stop), when it
-    /// is no recording.
+    /// Opens `file` and says what it holds; nothing, with the reason in `why` (which names the file, and has
+    /// no full stop), when it is no recording.
     virtual std::optional<RecordingFacts> look(const std::wstring& file, std::wstring& why) = 0;
     /// The time code of a frame as "hh:mm:ss:ff"; empty when there is none.
     virtual std::wstring timeCode(const std::wstring& file, std::uint64_t frame) = 0;

@@ -32,7 +32,11 @@ RollingFile::RollingFile(Disk& disk, const std::wstring& folder, std::wstring ex
     : disk_(disk), folder_(joined(folder, L"rolling")), extension_(std::move(extension)) {}
 
 std::wstring RollingFile::next(std::int64_t timeOfDay_ms, std::wstring& why) {
-    return disk_.makeFolder(folder_, why) ? recordingName(disk_, folder_, timeOfDay_ms, extension_) : L"";
+    if (!disk_.makeFolder(folder_, why)) {
+        why = folder_ + L": " + why;
+        return L"";
+    }
+    return recordingName(disk_, folder_, timeOfDay_ms, extension_);
 }
 
 std::vector<std::wstring> RollingFile::recycle() {

@@ -2,16 +2,11 @@
 /// The evening: what the operator does, and what becomes of it.
 #pragma once
 
-#include "app/clip_desk.h"
+#include "app/capture.h"
+#include "app/clip_commands.h"
 #include "app/command.h"
-#include "app/disk.h"
-#include "app/engine.h"
-#include "app/moment.h"
-#include "app/player.h"
-#include "app/recorder.h"
-#include "app/recordings.h"
-#include "app/reel.h"
-#include "app/settings.h"
+#include "app/stage.h"
+#include "app/transport.h"
 #include "app/view.h"
 
 #include <cstdint>
@@ -20,13 +15,6 @@
 #include <vector>
 
 namespace app {
-
-/// What became of a command.
-enum class Outcome {
-    done,   ///< it has its effect
-    told,   ///< it had none, and the message says why; or a question waits for its answer
-    window, ///< it is the window's to do: dialogs, full screen, zoom
-};
 
 /// A picture that can be fetched: from the engine's ring by its number, else from its file.
 struct PictureAt {
@@ -87,9 +75,9 @@ public:
     /// Everything a window draws.
     const View& view() const { return view_; }
     /// The settings in use.
-    const Settings& settings() const { return settings_; }
+    const Settings& settings() const { return stage_.settings; }
     /// The reel that is shown.
-    const Reel& reel() const { return old_ ? *old_ : evening_; }
+    const Reel& reel() const { return stage_.reel(); }
     /// Where the picture of a place is to be had; nothing when it cannot be shown.
     std::optional<PictureAt> pictureAt(std::uint64_t place) const;
     /// Time of day and time code of a place, for the mouse over the timeline.
@@ -100,105 +88,28 @@ private:
         Command command;
         std::int64_t until_ms;
     };
-    struct Playlist {
-        std::vector<std::uint64_t> clips;
-        std::size_t at = 0;
-    };
-    struct Loss {
-        std::int64_t since_ms;   ///< on the steady clock
-        std::uint64_t nextPlace; ///< of the first frame behind it, unless another file begins before
-    };
 
     template <class Act>
     Outcome acted(Act act);
     Outcome dispatch(Command command, const std::wstring& argument);
-    Outcome transport(Command command, const std::wstring& argument);
-    Outcome clipCommand(Command command, const std::wstring& argument);
-    Outcome done(Text id, const std::vector<std::wstring>& values = {});
-    Outcome told(Text id, const std::vector<std::wstring>& values = {});
-    Outcome needs(Command command);
-    Outcome report(Player::Result result);
-
-    Outcome goLive();
-    Outcome hold();
-    Outcome holdOrGoOn();
-    Outcome step(std::int64_t frames);
-    Outcome showNearest(std::uint64_t place);
-    Outcome home();
-    Outcome goTo(const std::wstring& argument);
-    Outcome shuttleKey(int direction);
-    Outcome setSpeed(double factor);
-    Outcome playAt(double speed);
-    Outcome again(double seconds);
-    Outcome setMode(PlayMode mode);
     Outcome nextField();
     Outcome toggle(bool& value, Text on, Text off);
-
-    Outcome markIn();
-    Outcome markOut();
-    Outcome clearMark();
-    Outcome makeClip(FrameSpan places);
-    Outcome neighbour(int by);
-    Outcome playClip(const std::wstring& argument);
-    Outcome playClip(const Clip& clip);
-    Outcome playAll();
-    bool playFromList(std::size_t first);
-    Outcome deleteClip();
-    Outcome moveClip(int by);
-    Outcome renameClip(const std::wstring& name);
-    Outcome undo();
-
-    Outcome record();
     Outcome stop();
-    void stopNow();
-    Outcome lookForCamera();
     Outcome quit();
     Outcome ask(Command command, Text id, const std::vector<std::wstring>& values = {});
     Outcome confirm();
     Outcome dismiss();
-
-    bool startEngine();
-    void restartForOtherFormat();
-    void restoreShown();
-    void closeOld();
-    void watchCamera();
-    void watchRecording();
-    void watchDrive();
-    void roll();
     void take(Player::Event event);
     void refresh();
 
-    ClipDesk& clips() { return old_ ? oldClips_ : eveningClips_; }
-    std::optional<FrameSpan> placesOf(const Clip& clip) const;
-    std::wstring placeText(std::uint64_t place) const;
-    std::wstring lengthText(FrameSpan places) const;
-    std::wstring folder() const { return settings_.folder; }
-
-    Engine& engine_;
-    Disk& disk_;
-    Recordings& recordings_;
-    Settings settings_;
-    Reel evening_;
-    std::optional<Reel> old_;
-    Player player_;
-    Recorder recorder_;
-    ClipDesk eveningClips_;
-    ClipDesk oldClips_;
-    EngineState state_;
+    Stage stage_;
+    Transport transport_{stage_};
+    ClipCommands clipCommands_{stage_};
+    Capture capture_{stage_};
     View view_;
-    Moment now_;
-    View::Message message_;
     std::optional<Question> question_;
     std::wstring questionText_;
-    std::optional<Playlist> playlist_;
-    std::optional<Loss> loss_;
-    std::optional<std::uint64_t> freeBytes_;
-    std::int64_t driveAsked_ms_ = 0;
-    std::int64_t rollingTried_ms_ = 0;
     std::int64_t clipsTried_ms_ = 0;
-    std::optional<std::int64_t> restartAt_ms_;
-    bool restartRecords_ = false;
-    std::wstring ended_; ///< what is to be said of a recording that ended by itself
     Field field_ = Field::both;
     bool showTime_ = true;
     bool busy_ = false;

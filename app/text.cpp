@@ -2,6 +2,7 @@
 
 #include "app/moment.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -159,6 +160,21 @@ std::wstring numberText(double value, Language language) {
     }
     localise(result, language);
     return (value < 0 && result != L"0" ? L"-" : L"") + result;
+}
+
+std::wstring firstOf(const std::vector<std::wstring>& findings, Language language) {
+    const std::wstring first = findings.empty() ? L"" : findings.front();
+    return findings.size() < 2 ? first
+                               : text(Text::andMore, language, {first, std::to_wstring(findings.size() - 1)});
+}
+
+std::optional<double> numberOf(const std::wstring& text) {
+    std::wstring plain = text;
+    std::replace(plain.begin(), plain.end(), L',', L'.');
+    wchar_t* end = nullptr;
+    const double value = std::wcstod(plain.c_str(), &end);
+    const bool whole = !plain.empty() && end == plain.c_str() + plain.size() && std::isfinite(value);
+    return whole ? std::optional(value) : std::nullopt;
 }
 
 } // namespace app

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,5 +37,9 @@ std::wstring durationText(std::int64_t length_ms, Language language);
 std::wstring timeOfDayText(std::int64_t timeOfDay_ms, bool withFraction);
 /// "0.33" or "0,33", "-2".
 std::wstring numberText(double value, Language language);
+/// The first of several findings, and how many more there are.
+std::wstring firstOf(const std::vector<std::wstring>& findings, Language language);
+/// A number with a decimal point or comma; nothing when that is not all there is.
+std::optional<double> numberOf(const std::wstring& text);
 
 } // namespace app

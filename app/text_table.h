@@ -155,7 +155,7 @@ MARVO_TEXT(toldTimeOn, L"The time is shown.", L"Die Zeit wird gezeigt.")
 MARVO_TEXT(toldTimeOff, L"The time is not shown.", L"Die Zeit wird nicht gezeigt.")
 MARVO_TEXT(toldCall, L"Marker {0}.", L"Marke {0}.")
 MARVO_TEXT(toldCallFailed, L"The marker was not taken: {0}.", L"Die Marke wurde nicht genommen: {0}.")
-MARVO_TEXT(toldCommandFailed, L"The engine refused that: {0}.", L"Die Maschine lehnt das ab: {0}.")
+MARVO_TEXT(toldCommandFailed, L"That cannot be shown: {0}.", L"Das kann nicht gezeigt werden: {0}.")
 
 // Messages: recording and camera.
 MARVO_TEXT(toldRecording, L"Recording into {0}.", L"Aufnahme in {0}.")
@@ -167,6 +167,8 @@ MARVO_TEXT(toldNotRecording, L"No recording runs; the rolling file goes on.",
 MARVO_TEXT(toldStopped, L"{0} is complete: {1}.", L"{0} ist fertig: {1}.")
 MARVO_TEXT(toldStoppedShort, L"{0} has ended: {1}; {2} frames are missing: {3}.",
            L"{0} ist beendet: {1}; {2} Bilder fehlen: {3}.")
+MARVO_TEXT(toldStoppedGone, L"{0} has ended, but it is not in {1} any more: was it moved or deleted?",
+           L"{0} ist beendet, liegt aber nicht mehr in {1}: verschoben oder gelöscht?")
 MARVO_TEXT(askStop, L"Stop recording {0}? Once more within 3 s, or Y.",
            L"Aufnahme {0} beenden? Nochmals innerhalb 3 s, oder Y.")
 MARVO_TEXT(askQuitRecording, L"{0} is being recorded. Stop it and quit? Once more within 3 s, or Y.",
@@ -189,7 +191,7 @@ MARVO_TEXT(gapOf, L"no picture for {0}", L"{0} ohne Bild")
 
 // Messages: opening.
 MARVO_TEXT(toldOpened, L"{0} is open: {1}.", L"{0} ist geöffnet: {1}.")
-MARVO_TEXT(toldOpenFailed, L"{0} cannot be opened: {1}.", L"{0} kann nicht geöffnet werden: {1}.")
+MARVO_TEXT(toldOpenFailed, L"Nothing was opened: {0}.", L"Nichts wurde geöffnet: {0}.")
 MARVO_TEXT(toldTooShort, L"{0} holds no two frames.", L"{0} enthält keine zwei Bilder.")
 MARVO_TEXT(toldOtherSystem, L"{0} has frames of {1} bytes, the camera of {2}: open it without the camera.",
            L"{0} hat Bilder zu {1} Byte, die Kamera zu {2}: ohne Kamera öffnen.")
@@ -231,6 +233,9 @@ MARVO_TEXT(undoneMoved, L"Undone: the clip is where it was.",
            L"Rückgängig: Der Clip ist wieder an seinem Platz.")
 
 // Clip files.
+MARVO_TEXT(clipFileBeyond, L"{0} ends with frame {1}, but the recording has {2} frames.",
+           L"{0} endet mit Bild {1}, aber die Aufnahme hat {2} Bilder.")
+MARVO_TEXT(andMore, L"{0} (and {1} more)", L"{0} (und {1} weitere)")
 MARVO_TEXT(clipFileUnreadable, L"{0} cannot be read: {1}. It is left as it is.",
            L"{0} ist nicht lesbar: {1}. Sie bleibt, wie sie ist.")
 MARVO_TEXT(clipFileOther, L"The clip list names another file, {0}, not {1}. It is left as it is.",

@@ -77,9 +77,10 @@ void ViewBuilder::buildPicture() {
     view_.cameraBuilt = state_.built;
     view_.held = player_.held();
     view_.speed = player_.speed();
-    const bool stands = view_.held || player_.show() == Player::Show::nothing;
-    view_.speedText =
-        stands ? say(Text::speedHeld) : say(Text::speedTimes, {numberText(view_.speed, settings_.language)});
+    if (player_.show() != Player::Show::nothing) {
+        view_.speedText = view_.held ? say(Text::speedHeld)
+                                     : say(Text::speedTimes, {numberText(view_.speed, settings_.language)});
+    }
     view_.playMode = player_.mode();
     view_.playModeText = say(modeText(view_.playMode));
     view_.mute = settings_.mute;

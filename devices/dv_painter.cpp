@@ -57,11 +57,13 @@ void put_rgb32(const uint8_t* __restrict red, const uint8_t* __restrict green, c
 
 void put_rgb24(const uint8_t* __restrict red, const uint8_t* __restrict green, const uint8_t* __restrict blue,
                uint8_t* __restrict out, int width) {
-    for (int x = 0; x < width; ++x) {
-        out[3 * x] = blue[x];
-        out[3 * x + 1] = green[x];
-        out[3 * x + 2] = red[x];
+    // Each pixel is stored with a byte too many, which the next one puts right.
+    uint8_t pixels[4 * most_pixels];
+    put_rgb32(red, green, blue, pixels, width);
+    for (int x = 0; x < width - 1; ++x) {
+        std::memcpy(out + 3 * x, pixels + 4 * x, 4);
     }
+    std::memcpy(out + 3 * (width - 1), pixels + 4 * (width - 1), 3);
 }
 
 /// Pixels in pairs: their luma first, at the bytes 0 and 2, or last.

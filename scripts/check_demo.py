@@ -10,6 +10,7 @@ Exit status 0 only if every check held.
 """
 
 import json
+import math
 import struct
 import subprocess
 import sys
@@ -19,6 +20,8 @@ FRAME_BYTES = 144000
 SECTOR = 512
 # The pictures that are compared: small enough that the screen's way of drawing makes no difference.
 GRID = (90, 72)
+# In dB, the middle of the picture against that frame of the stream: about 24, another frame: at most 16.
+LEAST_LIKENESS = 20
 
 
 class Table:
@@ -171,12 +174,46 @@ def durations(path):
             "audio": len(samples) / 2 / 48000}
 
 
-def check_picture(table, path):
-    """Whether a screenshot shows something: a display that is one colour has no spread."""
-    told = subprocess.run(["convert", str(path), "-colorspace", "gray", "-format", "%[fx:standard_deviation]",
-                           "info:"], check=True, capture_output=True)
-    spread = float(told.stdout)
-    table.add(f"screenshot {path.name}", spread > 0.05, f"spread of brightness {spread:.2f}")
+def psnr(one, other):
+    """How alike two pictures are, in dB; the same one gives 99."""
+    error = sum((a - b) ** 2 for a, b in zip(one, other)) / len(one)
+    return 10 * math.log10(255 ** 2 / error) if error else 99.0
+
+
+def check_picture(table, path, shot, pictures, numbers):
+    """Whether the picture on a screenshot is one of the camera's, and that which the application says.
+    `numbers` has the camera's number of each frame of the recording."""
+    left, top, width, height = shot["picture"]
+    # Words lie over the upper edge, an alarm in the middle.
+    above, below = (0.62, 0.96) if shot["mode"] == "no-signal" else (0.3, 0.7)
+    part = (f"crop={width * 6 // 10}:{int(height * (below - above))}:"
+            f"{left + width * 2 // 10}:{top + int(height * above)}")
+    seen = gray_pictures(["-i", str(path), part])[0]
+    parts = pictures[above, below]
+    likeness = [psnr(seen, picture) for picture in parts]
+    best = likeness.index(max(likeness))
+    expected = None
+    if shot["file"].endswith(numbers["file"]) and shot["frame"] < len(numbers["order"]):
+        expected = numbers["order"][shot["frame"]]
+    off = 0 if expected is None else (best - expected + len(parts) // 2) % len(parts) - len(parts) // 2
+    # While the picture moves, the screen may be some frames off the number.
+    tolerance = 0 if shot["held"] else 12
+    held = likeness[best] >= LEAST_LIKENESS and abs(off) <= tolerance
+    told = "" if expected is None else f", the application says {expected}"
+    table.add(f"screenshot {path.name}", held,
+              f"shows camera frame {best} ({likeness[best]:.1f} dB){told}")
+
+
+def check_screens(table, folder, shots, recording, frames):
+    source = read_source(folder / "source.dv")
+    place = {frame: index for index, frame in enumerate(source)}
+    numbers = {"file": f"recordings\\{recording.name}", "order": [place.get(frame) for frame in frames]}
+    pictures = {}
+    for above, below in ((0.3, 0.7), (0.62, 0.96)):
+        part = f"crop=iw*0.6:ih*{below - above:.2f}:iw*0.2:ih*{above}"
+        pictures[above, below] = gray_pictures(["-i", str(folder / "source.dv"), part])
+    for shot in shots:
+        check_picture(table, folder / f"{shot['name']}.png", shot, pictures, numbers)
 
 
 def check_evening(table, folder):
@@ -185,7 +222,8 @@ def check_evening(table, folder):
     failed = [step["step"] for step in steps if not step["held"]]
     table.add("every step of the evening", not failed, f"{len(steps)} steps, {len(failed)} without effect")
     recording = folder / "recordings" / session["recording"].replace("\\", "/").rsplit("/", 1)[-1]
-    check_recording(table, recording.name, read_source(folder / "source.dv"), read_avi(recording),
+    recorded = read_avi(recording)
+    check_recording(table, recording.name, read_source(folder / "source.dv"), recorded,
                     read_deliveries(folder / "camera.log"), losses=1)
     seconds = session["exported_frames"] / 25
     told = durations(folder / "export.avi")
@@ -193,8 +231,7 @@ def check_evening(table, folder):
     table.add("export.avi: picture and sound of the right length", held, f"{seconds:.2f} s wanted, {told}")
     table.add("the clips are kept beside the recording", Path(f"{recording}.clips").is_file(),
               f"{recording.name}.clips")
-    for name in session["screenshots"]:
-        check_picture(table, folder / f"{name}.png")
+    check_screens(table, folder, session["screenshots"], recording, recorded[0])
 
 
 def check_engine(table, folder):

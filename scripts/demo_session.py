@@ -2,9 +2,10 @@
 """Plays an evening on marvo-replay by keys and mouse, as its operator does, and prints what held.
 
 demo_session.py EVENING DIR DISPLAY: the application runs on that display with DIR as its current directory
-and listens on the port of DIR/marvo-replay.ini. EVENING is "evening", or "full", where the disk takes no more
-after a while. Screenshots and session.json, which says what was seen at each step, are left in DIR. Exit
-status 0 only if every step had its effect.
+and listens on the port of DIR/marvo-replay.ini. EVENING is "evening"; "full", where the disk takes no more
+after a while; or "first", what a new user tries first, with the old recording "cup final 1998.dv" in DIR.
+Screenshots and session.json, which says what was seen at each step, are left in DIR. Exit status 0 only if
+every step had its effect.
 """
 import json
 import socket
@@ -17,6 +18,9 @@ FPS = 25
 PATIENCE_S = 30
 # From the window's lower edge to the middle of the timeline, and from its sides to the timeline's ends.
 TIMELINE_ABOVE_BOTTOM, TIMELINE_INSET = 250, 12
+# What lies around the picture's panel: the menu above, the panels below, meter and clips on the right.
+MENU, PANELS_BELOW, PANELS_RIGHT = 19, 302, 334
+OLD = "cup final 1998.dv"
 TITLE = "Marvo replay"
 # As the export dialog takes it.
 EXPORT = r"R:\out\demo\evening\export.avi"
@@ -79,10 +83,22 @@ class Session:
             self.run("xdotool", "key", name)
             time.sleep(0.08)
 
+    def picture(self):
+        """Left, top, width and height of the 4:3 picture on the display."""
+        left, top, width, height = self.window()
+        display = [int(part) for part in self.run("xdotool", "getdisplaygeometry").split()]
+        if [width, height] != display:
+            top, width, height = top + MENU, width - PANELS_RIGHT, height - MENU - PANELS_BELOW
+        across = min(width, height * 4 // 3)
+        up = across * 3 // 4
+        return [left + (width - across) // 2, top + (height - up) // 2, across, up]
+
     def shoot(self, name):
-        """A picture of the display as DIR/<name>.png."""
+        """A picture of the display as DIR/<name>.png, and what the status says is on it."""
+        seen = self.status()
         self.run("import", "-window", "root", self.folder / f"{name}.png")
-        self.shots.append(name)
+        self.shots.append({"name": name, "picture": self.picture()} |
+                          {key: seen[key] for key in ("mode", "file", "frame", "held")})
 
     def note(self, what, held, seen):
         self.steps.append({"step": what, "held": bool(held), "seen": seen})
@@ -239,6 +255,37 @@ def fill_the_disk(session):
     session.keys("ctrl+q", "y")
 
 
+def first_evening(session):
+    session.wait("live", lambda s: s["mode"] == "live" and s["newest"] is not None)
+    session.keys("r")
+    begun = session.wait("Record records", lambda s: s["recording"] == "recording")
+    time.sleep(3)
+    session.keys("r")
+    again = session.wait("once more, it goes on with the same file",
+                         lambda s: s["recordingFile"] == begun["recordingFile"] and "since" in s["message"])
+    session.shoot("record-twice")
+    session.note("and keeps what it has", again["recorded_ms"] >= 3000, f"{again['recorded_ms']} ms")
+    session.keys("space")
+    at = session.wait("hold", lambda s: s["held"])["position"]
+    time.sleep(12)
+    session.keys("Left")
+    session.wait("a step back, when the ring has long gone on", lambda s: s["position"] == at - 1)
+    session.shoot("hold-then-step")
+    session.keys("c")
+    session.wait("a clip of the last ten seconds", lambda s: s["clips"])
+    session.send(f"open {OLD}")
+    session.wait("an older file says whose it is",
+                 lambda s: s["mode"] == "old-recording" and OLD in s["source"])
+    session.shoot("older-file")
+    session.keys("BackSpace", "F11")
+    time.sleep(1.5)
+    session.shoot("full-screen")
+    session.keys("F11")
+    lose_the_camera(session)
+    stop_and_quit(session)
+    return {"recording": begun["recordingFile"]}
+
+
 def match(session):
     recording = record_and_mark(session)
     scrub(session)
@@ -256,7 +303,7 @@ def main():
     evening, folder, display = sys.argv[1], Path(sys.argv[2]).resolve(), sys.argv[3]
     session = Session(folder, display)
     first_click(session)
-    result = match(session) if evening == "evening" else fill_the_disk(session) or {}
+    result = {"evening": match, "full": fill_the_disk, "first": first_evening}[evening](session) or {}
     result |= {"steps": session.steps, "screenshots": session.shots}
     (folder / "session.json").write_text(json.dumps(result, indent=1) + "\n")
     return 0 if all(step["held"] for step in session.steps) else 1

@@ -72,21 +72,6 @@ std::vector<Numbered> chosenClips(const app::ClipFileContent& content, const Arg
     return one;
 }
 
-/// The clip's name as a part of a file's name: what the system does not take there becomes "_".
-std::wstring fileWord(const std::wstring& name) {
-    std::wstring word = name;
-    std::replace_if(
-        word.begin(), word.end(),
-        [](wchar_t letter) {
-            return letter < L' ' || std::wstring_view(L"<>:\"/\\|?*").find(letter) != std::wstring_view::npos;
-        },
-        L'_');
-    constexpr size_t mostLetters = 100;
-    word.resize(std::min(word.size(), mostLetters));
-    word.resize(word.find_last_not_of(L". ") + 1);
-    return word;
-}
-
 /// The name for a clip's file: "*" in `out` stands for the clip's number and name.
 std::wstring outFor(const std::wstring& out, const Numbered& clip) {
     const size_t star = shown(out).find(L'*') == std::wstring::npos ? std::wstring::npos : out.rfind(L'*');
@@ -94,7 +79,8 @@ std::wstring outFor(const std::wstring& out, const Numbered& clip) {
         return out;
     }
     const std::wstring number = (clip.number < 10 ? L"0" : L"") + std::to_wstring(clip.number);
-    return openable(out.substr(0, star) + number + L" " + fileWord(clip.clip.name) + out.substr(star + 1));
+    return openable(out.substr(0, star) + number + L" " + app::ClipFile::fileWord(clip.clip.name) +
+                    out.substr(star + 1));
 }
 
 /// Looks at all that could be wrong before the first file is made.

@@ -1,5 +1,4 @@
 #include "tools/commands.h"
-#include "tools/image_file.h"
 #include "tools/json_writer.h"
 #include "tools/output_file.h"
 #include "tools/recording.h"
@@ -8,6 +7,7 @@
 #include "tools/text.h"
 
 #include "marvo/picture/frame_decoder.h"
+#include "marvo/picture/picture_file.h"
 
 #include <cstdio>
 
@@ -31,7 +31,7 @@ void report(const dvPicture& picture, unsigned long long frame, const Arguments&
     json.add("frame", frame);
     json.add("width", static_cast<unsigned long>(picture.width));
     json.add("height", static_cast<unsigned long>(picture.height));
-    json.add("pixelAspect", pixelAspect(picture));
+    json.add("pixelAspect", picture.pixelAspect());
     json.end();
     std::fputs(json.text().c_str(), stdout);
 }
@@ -52,7 +52,7 @@ ExitStatus grab(const Arguments& arguments) {
         throw Failure{ExitStatus::usage, "Say which frame with --frame."};
     }
     refusePipe(arguments.files[1], "A picture");
-    if (!isImageName(arguments.files[1])) {
+    if (!dvPictureFile::hasFormat(arguments.files[1].c_str())) {
         throw Failure{ExitStatus::usage,
                       quoted(arguments.files[1]) + " ends with none of .bmp, .png and .jpg."};
     }
@@ -78,8 +78,10 @@ ExitStatus grab(const Arguments& arguments) {
     if (arguments.square) {
         makeSquare(picture);
     }
-    if (!saveImage(picture, output.name(), output.temporaryName(), fault)) {
-        throw cannotWrite(output.name(), fault);
+    dvPictureFile file;
+    if (!file.write(picture, output.temporaryName().c_str(), output.name().c_str())) {
+        throw cannotWrite(output.name(), "the system's imaging component refuses: " +
+                                             systemMessage(static_cast<DWORD>(file.error())));
     }
     output.publish();
     report(picture, frame, arguments);

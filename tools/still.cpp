@@ -67,7 +67,7 @@ void keepField(dvPicture& picture, bool upper) {
 }
 
 void makeSquare(dvPicture& picture) {
-    const auto width = static_cast<unsigned>(std::lround(picture.width * pixelAspect(picture)));
+    const auto width = static_cast<unsigned>(std::lround(picture.width * picture.pixelAspect()));
     const std::vector<Shares> shares = sharesFor(picture.width, width);
     std::vector<unsigned char> pixels(width * pixelBytes * picture.height);
     for (unsigned line = 0; line < picture.height; ++line) {
@@ -87,11 +87,6 @@ void makeSquare(dvPicture& picture) {
     picture.pixels = std::move(pixels);
     picture.width = picture.aspectNumerator = width;
     picture.aspectDenominator = picture.height;
-}
-
-double pixelAspect(const dvPicture& picture) {
-    return static_cast<double>(picture.aspectNumerator) * picture.height /
-           (static_cast<double>(picture.aspectDenominator) * picture.width);
 }
 
 } // namespace dvrec

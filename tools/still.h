@@ -13,7 +13,4 @@ void keepField(dvPicture& picture, bool upper);
 /// Makes the pixels square: the picture gets as wide as its height and its sides to show say.
 void makeSquare(dvPicture& picture);
 
-/// How wide a pixel of the picture is to be shown, where its height is 1.
-double pixelAspect(const dvPicture& picture);
-
 } // namespace dvrec

@@ -1,5 +1,7 @@
 #include "app/window/dark_dialog.h"
 
+#include <commctrl.h>
+
 namespace app {
 
 DarkDialog::~DarkDialog() {
@@ -82,6 +84,7 @@ HWND DarkDialog::addChoice(const Area& area, int id, const std::vector<std::wstr
         SendMessageW(choice, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(item.c_str()));
     }
     SendMessageW(choice, CB_SETCURSEL, static_cast<WPARAM>(chosen), 0);
+    SetWindowSubclass(choice, &DarkDialog::choiceProc, 0, reinterpret_cast<DWORD_PTR>(this));
     return choice;
 }
 
@@ -90,6 +93,46 @@ HWND DarkDialog::addList(const Area& area, int id) {
         add(L"LISTBOX", {}, WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_NOTIFY, area, id);
     SendMessageW(list, LB_SETITEMHEIGHT, 0, fonts_.scaled(24));
     return list;
+}
+
+/// The system draws frame and arrow light: they are drawn over.
+LRESULT CALLBACK DarkDialog::choiceProc(HWND choice, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                        DWORD_PTR self) {
+    const LRESULT result = DefSubclassProc(choice, message, wParam, lParam);
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(choice, &DarkDialog::choiceProc, id);
+    } else if (message == WM_PAINT || message == WM_NCPAINT || message == WM_SETFOCUS ||
+               message == WM_KILLFOCUS || message == WM_LBUTTONDOWN || message == WM_LBUTTONUP) {
+        reinterpret_cast<DarkDialog*>(self)->drawChoice(choice);
+    }
+    return result;
+}
+
+void DarkDialog::drawChoice(HWND choice) {
+    COMBOBOXINFO parts = {};
+    parts.cbSize = sizeof parts;
+    RECT outside = {};
+    if (!GetComboBoxInfo(choice, &parts) || !GetClientRect(choice, &outside)) {
+        return;
+    }
+    HDC context = GetDC(choice);
+    {
+        Canvas canvas(context, fonts_);
+        const Area whole = {outside.left, outside.top, outside.right, outside.bottom};
+        const RECT& words = parts.rcItem;
+        const Area button = {words.right, whole.top + 1, whole.right - 1, whole.bottom - 1};
+        canvas.fill({whole.left, whole.top, words.left, whole.bottom}, colour::background);
+        canvas.fill({whole.left, whole.top, whole.right, words.top}, colour::background);
+        canvas.fill({whole.left, words.bottom, whole.right, whole.bottom}, colour::background);
+        canvas.frame({words.left, words.top, words.right, words.bottom}, 1, colour::background);
+        canvas.fill(button, colour::raised);
+        canvas.frame(whole, 1, GetFocus() == choice ? colour::replay : colour::line);
+        const int x = (button.left + button.right) / 2;
+        const int y = (button.top + button.bottom) / 2;
+        const int half = canvas.scaled(4);
+        canvas.polygon({{x - half, y - half / 2}, {x + half, y - half / 2}, {x, y + half / 2}}, colour::text);
+    }
+    ReleaseDC(choice, context);
 }
 
 void DarkDialog::drawRow(Canvas&, const Area&, int, bool) {}

@@ -46,6 +46,9 @@ protected:
 private:
     HWND add(const wchar_t* kind, const std::wstring& words, DWORD style, const Area& area, int id);
     void drawControl(const DRAWITEMSTRUCT& item);
+    void drawChoice(HWND choice);
+    static LRESULT CALLBACK choiceProc(HWND choice, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                       DWORD_PTR self);
 
     Fonts fonts_{96};
     HBRUSH ground_ = nullptr;

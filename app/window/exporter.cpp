@@ -1,7 +1,6 @@
 #include "app/window/exporter.h"
 
 #include "app/window/frame_source.h"
-#include "app/window/png_file.h"
 #include "app/window/system_message.h"
 
 #include <cstdio>
@@ -87,6 +86,7 @@ bool exportPictures(const Clip& clip, const std::wstring& target, const JobQueue
     FrameSource source;
     dvFrameDecoder decoder;
     dvPicture picture;
+    dvPictureFile file;
     std::vector<unsigned char> bytes;
     for (std::uint64_t frame = clip.frames.first; frame <= clip.frames.last; ++frame) {
         const double done = static_cast<double>(frame - clip.frames.first);
@@ -101,13 +101,9 @@ bool exportPictures(const Clip& clip, const std::wstring& target, const JobQueue
             why = withoutStop(decoder.explanation());
             return false;
         }
-        const double aspect = static_cast<double>(picture.aspectNumerator) * picture.height /
-                              (static_cast<double>(picture.aspectDenominator) * picture.width);
         const std::wstring name = folder.next();
-        if (!writePng(
-                {picture.pixels.data(), static_cast<int>(picture.width), static_cast<int>(picture.height)},
-                aspect, name, why)) {
-            why = name + L": " + why;
+        if (!file.write(picture, name.c_str())) {
+            why = name + L": " + systemMessage(static_cast<DWORD>(file.error()));
             return false;
         }
     }
@@ -145,17 +141,6 @@ JobQueue::Work exportWork(const Clip& clip, const std::wstring& target) {
         return pictures ? exportPictures(clip, target, progress, why)
                         : exportFile(clip, target, progress, why);
     };
-}
-
-std::wstring fileNameOf(const std::wstring& clipName) {
-    std::wstring name;
-    for (const wchar_t letter : clipName) {
-        name += letter < L' ' || std::wcschr(L"\\/:*?\"<>|", letter) != nullptr ? L'_' : letter;
-    }
-    while (!name.empty() && (name.back() == L'.' || name.back() == L' ')) {
-        name.pop_back();
-    }
-    return name.empty() ? L"clip" : name;
 }
 
 } // namespace app

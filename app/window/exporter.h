@@ -24,7 +24,4 @@ ExportKind exportKindOf(const std::wstring& target);
 /// at low priority.
 JobQueue::Work exportWork(const Clip& clip, const std::wstring& target);
 
-/// A name for files made of a clip's name: without the signs that file names cannot have.
-std::wstring fileNameOf(const std::wstring& clipName);
-
 } // namespace app

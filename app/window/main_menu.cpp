@@ -196,12 +196,14 @@ void MainMenu::paintRest(HWND owner) const {
         !GetWindowRect(owner, &window)) {
         return;
     }
-    // One line more below, where the system draws a light one.
-    RECT rest = {last.right, bar.rcBar.top, bar.rcBar.right, bar.rcBar.bottom + 1};
+    // One line more above and below, where the system draws light ones.
+    RECT rest = {last.right, bar.rcBar.top - 1, bar.rcBar.right, bar.rcBar.bottom + 1};
     OffsetRect(&rest, -window.left, -window.top);
+    const RECT above = {bar.rcBar.left - window.left, rest.top, rest.right, rest.top + 1};
     RECT below = {bar.rcBar.left - window.left, last.bottom - window.top, rest.right, rest.bottom};
     HDC context = GetWindowDC(owner);
     FillRect(context, &rest, ground_);
+    FillRect(context, &above, ground_);
     FillRect(context, &below, ground_);
     ReleaseDC(owner, context);
 }

@@ -16,6 +16,19 @@ void MessageBar::update(const View& view, Language language) {
     }
 }
 
+namespace {
+
+/// A line, or, when it is too long for that, two small ones.
+void paintWords(Canvas& canvas, const Area& area, const std::wstring& words, Writing writing, COLORREF ink) {
+    if (canvas.widthOf(words, writing) <= area.width()) {
+        canvas.text(area, words, writing, ink);
+    } else {
+        canvas.paragraph(area.inset(0, canvas.scaled(2)), words, Writing::small, ink);
+    }
+}
+
+} // namespace
+
 void MessageBar::paint(Canvas& canvas, const Area& area) {
     const int margin = canvas.scaled(12);
     yesArea_ = noArea_ = {};
@@ -38,7 +51,7 @@ void MessageBar::paint(Canvas& canvas, const Area& area) {
     if (!shown_.alarm.empty()) {
         Area alarm = shown_.message.empty() ? rest : rest.takeLeft(rest.width() / 2);
         canvas.fill(alarm, colour::alarm);
-        canvas.text(alarm.inset(margin, 0), shown_.alarm, Writing::strong, colour::text);
+        paintWords(canvas, alarm.inset(margin, 0), shown_.alarm, Writing::strong, colour::text);
     }
     Area message = rest.inset(margin, 0);
     if (shown_.refused && !shown_.message.empty()) {
@@ -47,7 +60,8 @@ void MessageBar::paint(Canvas& canvas, const Area& area) {
                      sign.bottom - canvas.scaled(8)},
                     colour::warning);
     }
-    canvas.text(message, shown_.message, Writing::normal, shown_.refused ? colour::warning : colour::text);
+    paintWords(canvas, message, shown_.message, Writing::normal,
+               shown_.refused ? colour::warning : colour::text);
 }
 
 LRESULT MessageBar::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {

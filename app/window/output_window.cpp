@@ -1,5 +1,6 @@
 #include "app/window/output_window.h"
 
+#include "app/output_place.h"
 #include "app/window/still_view.h"
 
 #include <algorithm>
@@ -25,21 +26,15 @@ struct MonitorPlace {
 };
 
 MonitorPlace placeFor(HWND owner, int wanted) {
-    const Monitors monitors;
+    const std::vector<HMONITOR> monitors = Monitors().list;
     const HMONITOR operators = MonitorFromWindow(owner, MONITOR_DEFAULTTOPRIMARY);
-    HMONITOR chosen = nullptr;
-    if (wanted >= 1 && wanted <= static_cast<int>(monitors.list.size())) {
-        chosen = monitors.list[static_cast<size_t>(wanted - 1)];
-    }
-    for (HMONITOR monitor : monitors.list) {
-        if (chosen == nullptr && monitor != operators) {
-            chosen = monitor;
-        }
-    }
-    const bool whole = chosen != nullptr && chosen != operators;
+    const auto own = std::find(monitors.begin(), monitors.end(), operators);
+    const std::optional<size_t> chosen =
+        outputMonitor(monitors.size(), static_cast<size_t>(own - monitors.begin()), wanted);
+    const bool whole = chosen.has_value();
     MONITORINFO info = {};
     info.cbSize = sizeof info;
-    GetMonitorInfoW(whole ? chosen : operators, &info);
+    GetMonitorInfoW(whole ? monitors[*chosen] : operators, &info);
     const RECT& r = whole ? info.rcMonitor : info.rcWork;
     if (whole) {
         return {{r.left, r.top, r.right, r.bottom}, true};

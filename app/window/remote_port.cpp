@@ -34,6 +34,7 @@ RemotePort::~RemotePort() {
 
 bool RemotePort::listen(int port) {
     close();
+    taken_ = false;
     if (port == 0) {
         return true;
     }
@@ -139,7 +140,9 @@ bool RemotePort::send(Client& client) {
 }
 
 bool RemotePort::refuse(const wchar_t* step) {
-    explanation_ = std::wstring(step) + L": " + systemMessage(static_cast<DWORD>(WSAGetLastError()));
+    const int error = WSAGetLastError();
+    taken_ = error == WSAEADDRINUSE || error == WSAEACCES;
+    explanation_ = std::wstring(step) + L": " + systemMessage(static_cast<DWORD>(error));
     return false;
 }
 

@@ -34,6 +34,8 @@ public:
     void close();
     /// Why the last `listen` failed, as the system says it.
     const std::wstring& explanation() const { return explanation_; }
+    /// Whether it failed because another program has the port.
+    bool taken() const { return taken_; }
     /// The port listened on, 0 for none.
     int port() const { return port_; }
 
@@ -59,6 +61,7 @@ private:
     std::wstring explanation_;
     int port_ = 0;
     bool started_ = false;
+    bool taken_ = false;
 };
 
 } // namespace app

@@ -1,16 +1,16 @@
 #include "app/window/replay_window.h"
 
+#include "app/clip_file.h"
 #include "app/protocol.h"
 #include "app/window/camera_list.h"
 #include "app/window/exporter.h"
+#include "app/window/file_dialogs.h"
 #include "app/window/help_dialog.h"
 #include "app/window/settings_dialog.h"
 
 #include <shellapi.h>
-#include <shlobj.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace app {
 
@@ -67,7 +67,7 @@ bool isDown(int key) {
 
 ReplayWindow::~ReplayWindow() {
     // The threads that read frames end before the engine that has them.
-    output_.close();
+    show_.reset();
     pictures_.reset();
     remote_.reset();
     jobs_.cancelAll();
@@ -98,10 +98,13 @@ bool ReplayWindow::open(const std::vector<std::wstring>& files, bool fullScreen)
     if (!createPanels()) {
         return false;
     }
+    show_ = std::make_unique<PictureShow>(picture_, meter_);
     connectPanels();
     useSettings(true);
     layOut();
-    setFullScreen(fullScreen);
+    if (fullScreen) {
+        setFullScreen(true);
+    }
     ShowWindow(handle(), SW_SHOW);
     SetForegroundWindow(handle());
     SetFocus(handle());
@@ -110,13 +113,7 @@ bool ReplayWindow::open(const std::vector<std::wstring>& files, bool fullScreen)
     session_->start(now());
     looking_ = false;
     findCameraWords();
-    std::wstring told;
-    for (const std::wstring& finding : findings_) {
-        told += told.empty() ? finding : L" " + finding;
-    }
-    if (!told.empty()) {
-        session_->tell(told, true);
-    }
+    tellFindings();
     if (!files.empty()) {
         openFile(files.front());
     }
@@ -156,6 +153,7 @@ LRESULT ReplayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) 
     case WM_GETMINMAXINFO: {
         auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
         info->ptMinTrackSize = {fonts_.scaled(leastWidth), fonts_.scaled(leastHeight)};
+        fullScreen_.limit(handle(), info->ptMinTrackSize);
         return 0;
     }
     case WM_MOUSEWHEEL:
@@ -202,16 +200,14 @@ LRESULT ReplayWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) 
         return 0;
     }
     case WM_DISPLAYCHANGE:
-        output_.monitorsChanged();
-        if (fullScreen_) {
-            fullScreen_ = false;
-            setFullScreen(true);
-        }
+        show_->output().monitorsChanged();
+        tellOfMonitor();
+        fullScreen_.follow(handle());
         return 0;
     case dpiChanged: {
         fonts_.setDpi(HIWORD(wParam));
         const RECT& wanted = *reinterpret_cast<const RECT*>(lParam);
-        if (!fullScreen_) {
+        if (!fullScreen_.on()) {
             place({wanted.left, wanted.top, wanted.right, wanted.bottom});
         }
         useSettings(true);
@@ -281,7 +277,7 @@ void ReplayWindow::connectPanels() {
     clips_.onMenu = [this](POINT at) { menu_.popUp(handle(), at, true, settings_); };
     transport_.onCommand = [this](Command wanted) { perform(wanted); };
     message_.onAnswer = [this](bool yes) { perform(yes ? Command::confirm : Command::dismiss); };
-    output_.onClosed = [this] { toggleOutput(); };
+    show_->output().onClosed = [this] { toggleOutput(); };
 }
 
 void ReplayWindow::readSettings() {
@@ -299,20 +295,54 @@ void ReplayWindow::keepSettings() {
 /// Has everything work with the settings as they are now.
 void ReplayWindow::useSettings(bool menus) {
     session_->apply(forSession());
-    engine_->set({cameraNumber(settings_.camera), static_cast<unsigned long>(settings_.ring_frames),
-                  settings_.delay_ms, settings_.deinterlace});
+    setEngine();
     transport_.setKeys(settings_.keys, settings_.language);
     if (menus) {
-        HMENU former = GetMenu(handle());
-        HMENU fresh = menu_.build(settings_);
-        if (fullScreen_) {
-            DestroyMenu(fresh);
-        } else {
-            SetMenu(handle(), fresh);
-            DestroyMenu(former);
-        }
+        fullScreen_.setMenu(handle(), menu_.build(settings_));
     }
     listen();
+}
+
+/// What the engine is to do at its next start. The cameras are counted anew: they come and go.
+void ReplayWindow::setEngine() {
+    engine_->set({cameraNumber(settings_.camera), static_cast<unsigned long>(settings_.ring_frames),
+                  settings_.delay_ms, settings_.deinterlace});
+}
+
+/// Tells of what was wrong at the start; the log has all of it.
+void ReplayWindow::tellFindings() {
+    std::vector<std::wstring> findings = findings_;
+    if (!portFinding_.empty()) {
+        findings.insert(findings.begin(), portFinding_);
+    }
+    for (const std::wstring& finding : findings) {
+        engine_->log(finding);
+    }
+    if (!findings.empty()) {
+        session_->tell(firstOf(findings, settings_.language), true);
+    } else {
+        tellOfCamera();
+    }
+}
+
+/// Tells when another camera is used than the one that the settings name.
+void ReplayWindow::tellOfCamera() {
+    const std::vector<std::wstring> names = cameraNames();
+    const bool there = std::find(names.begin(), names.end(), settings_.camera) != names.end();
+    if (!settings_.camera.empty() && !there && session_->view().cameraBuilt && !names.empty()) {
+        session_->tell(text(Text::windowOtherCamera, settings_.language, {settings_.camera, names.front()}),
+                       true);
+    }
+}
+
+/// Tells when the audience's window cannot be where the settings want it.
+void ReplayWindow::tellOfMonitor() {
+    const int there = GetSystemMetrics(SM_CMONITORS);
+    if (show_->output().opened() && settings_.outputMonitor > there) {
+        session_->tell(text(Text::windowNoMonitor, settings_.language,
+                            {std::to_wstring(settings_.outputMonitor), std::to_wstring(there)}),
+                       true);
+    }
 }
 
 /// The settings with what an empty entry stands for.
@@ -330,6 +360,7 @@ Settings ReplayWindow::forSession() const {
 
 void ReplayWindow::showLooking() {
     picture_.setEmpty(words(Text::windowLooking));
+    setEngine();
     UpdateWindow(handle());
     UpdateWindow(picture_.handle());
 }
@@ -361,7 +392,7 @@ bool ReplayWindow::takeKey(const MSG& message) {
     const Key pressed = {static_cast<int>(message.wParam), isDown(VK_CONTROL), isDown(VK_SHIFT),
                          isDown(VK_MENU)};
     const bool repeated = (message.lParam & 0x40000000) != 0;
-    if (fullScreen_ && pressed.code == VK_ESCAPE && !session_->view().question) {
+    if (fullScreen_.on() && pressed.code == VK_ESCAPE && !session_->view().question) {
         perform(Command::fullScreen);
         return true;
     }
@@ -383,6 +414,7 @@ void ReplayWindow::perform(Command command, const std::wstring& argument) {
     if (looking_) {
         looking_ = false;
         findCameraWords();
+        tellOfCamera();
     }
     refresh();
 }
@@ -393,10 +425,8 @@ void ReplayWindow::performHere(Command command, const std::wstring& argument) {
     const POINT middle = {panel.width() / 2, panel.height() / 2};
     switch (command) {
     case Command::open:
-        if (argument.empty()) {
-            askForFile();
-        } else {
-            openFile(argument);
+        if (const auto file = askForRecording(handle(), session_->settings().folder, settings_.language)) {
+            openFile(*file);
         }
         break;
     case Command::exportClip:
@@ -410,7 +440,7 @@ void ReplayWindow::performHere(Command command, const std::wstring& argument) {
         clips_.beginRename();
         break;
     case Command::fullScreen:
-        setFullScreen(!fullScreen_);
+        setFullScreen(!fullScreen_.on());
         break;
     case Command::outputWindow:
         toggleOutput();
@@ -437,26 +467,6 @@ void ReplayWindow::performHere(Command command, const std::wstring& argument) {
     }
 }
 
-void ReplayWindow::askForFile() {
-    const std::wstring title = words(Text::windowOpenTitle);
-    std::wstring filter = words(Text::windowRecordings) + L'\0' + L"*.avi;*.dv;*.raw" + L'\0' +
-                          words(Text::windowAllFiles) + L'\0' + L"*.*" + L'\0';
-    std::wstring folder = session_->settings().folder;
-    std::wstring file(mostPath, L'\0');
-    OPENFILENAMEW wanted = {};
-    wanted.lStructSize = sizeof wanted;
-    wanted.hwndOwner = handle();
-    wanted.lpstrFilter = filter.c_str();
-    wanted.lpstrFile = file.data();
-    wanted.nMaxFile = mostPath;
-    wanted.lpstrInitialDir = folder.c_str();
-    wanted.lpstrTitle = title.c_str();
-    wanted.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_EXPLORER;
-    if (GetOpenFileNameW(&wanted)) {
-        openFile(file.c_str());
-    }
-}
-
 void ReplayWindow::exportChosen(const std::wstring& argument) {
     const std::vector<View::ClipRow>& rows = session_->view().clips;
     const auto row =
@@ -470,30 +480,9 @@ void ReplayWindow::exportChosen(const std::wstring& argument) {
         addExport(clip, fullPath(argument));
         return;
     }
-    const std::wstring title = words(Text::windowExportTitle);
-    const std::wstring filter = words(Text::windowExportAvi) + L'\0' + L"*.avi" + L'\0' +
-                                words(Text::windowExportDv) + L'\0' + L"*.dv" + L'\0' +
-                                words(Text::windowExportPictures) + L'\0' + L"*" + L'\0';
-    std::wstring file = fileNameOf(clip.name);
-    file.resize(mostPath, L'\0');
-    OPENFILENAMEW wanted = {};
-    wanted.lStructSize = sizeof wanted;
-    wanted.hwndOwner = handle();
-    wanted.lpstrFilter = filter.c_str();
-    wanted.lpstrFile = file.data();
-    wanted.nMaxFile = mostPath;
-    wanted.lpstrTitle = title.c_str();
-    wanted.Flags =
-        OFN_OVERWRITEPROMPT | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST | OFN_EXPLORER;
-    if (!GetSaveFileNameW(&wanted)) {
-        return;
+    if (const auto target = askForExport(handle(), clip.name, settings_.language)) {
+        addExport(clip, *target);
     }
-    std::wstring target = file.c_str();
-    const ExportKind kind = exportKindOf(target);
-    if (kind == ExportKind::pictures && wanted.nFilterIndex < 3) {
-        target += wanted.nFilterIndex == 1 ? L".avi" : L".dv";
-    }
-    addExport(clip, target);
 }
 
 void ReplayWindow::exportAll(const std::wstring& argument) {
@@ -503,22 +492,15 @@ void ReplayWindow::exportAll(const std::wstring& argument) {
         return;
     }
     if (folder.empty()) {
-        const std::wstring title = words(Text::windowExportAllTitle);
-        BROWSEINFOW wanted = {};
-        wanted.hwndOwner = handle();
-        wanted.lpszTitle = title.c_str();
-        wanted.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
-        PIDLIST_ABSOLUTE chosen = SHBrowseForFolderW(&wanted);
-        wchar_t path[MAX_PATH] = L"";
-        if (chosen == nullptr || !SHGetPathFromIDListW(chosen, path)) {
+        const std::optional<std::wstring> chosen = askForFolder(handle(), words(Text::windowExportAllTitle));
+        if (!chosen) {
             return;
         }
-        CoTaskMemFree(chosen);
-        folder = path;
+        folder = *chosen;
     }
     std::vector<std::wstring> targets;
     for (const View::ClipRow& row : session_->view().clips) {
-        const std::wstring stem = joined(fullPath(folder), fileNameOf(row.clip.name));
+        const std::wstring stem = joined(fullPath(folder), ClipFile::fileWord(row.clip.name));
         std::wstring target = stem + L".avi";
         for (int i = 2; disk_.exists(target) || std::count(targets.begin(), targets.end(), target) != 0;
              ++i) {
@@ -550,8 +532,13 @@ void ReplayWindow::showSettings() {
     keepSettings();
     useSettings(true);
     findCameraWords();
-    if (later && session_->view().cameraBuilt) {
+    if (!session_->view().cameraBuilt) {
+        perform(Command::lookForCamera);
+    } else if (later) {
         session_->tell(words(Text::windowSettingsLater), false);
+    }
+    if (!portFinding_.empty()) {
+        session_->tell(portFinding_, true);
     }
     layOut();
 }
@@ -574,10 +561,11 @@ void ReplayWindow::listen() {
         });
     }
     const int wanted = settings_.token.empty() ? 0 : settings_.port;
+    portFinding_.clear();
     if (wanted != remote_->port() && !remote_->listen(wanted)) {
-        session_->tell(text(Text::windowPortTaken, settings_.language,
-                            {std::to_wstring(wanted), remote_->explanation()}),
-                       true);
+        portFinding_ = text(Text::windowPortTaken, settings_.language,
+                            {std::to_wstring(wanted),
+                             remote_->taken() ? words(Text::windowPortInUse) : remote_->explanation()});
     }
 }
 
@@ -585,14 +573,10 @@ void ReplayWindow::tick() {
     session_->tick(now());
     tellEndedJobs();
     session_->setBusy(jobs_.busy());
-    const std::wstring complaint = sound_.complaint();
+    const std::wstring complaint = show_->tick();
     if (!complaint.empty()) {
         session_->tell(text(Text::windowNoSound, settings_.language, {complaint}), true);
     }
-    sound_.meter([this](const std::int16_t* samples, size_t count, unsigned channels) {
-        meter_.take(samples, count, channels);
-    });
-    meter_.tick();
     refresh();
     if (session_->view().quit) {
         session_->shutDown();
@@ -615,81 +599,13 @@ void ReplayWindow::refresh() {
     clips_.update();
     transport_.update(view);
     message_.update(view, settings_.language);
-    meter_.setMuted(view.mute);
-    if (fullScreen_ && message_.visible() == message_.empty()) {
+    if (fullScreen_.on() && message_.visible() == message_.empty()) {
         layOut();
     }
-    refreshPicture();
-    followPicture();
-}
-
-void ReplayWindow::refreshPicture() {
-    const View& view = session_->view();
-    if (!looking_) {
-        picture_.setEmpty(view.mode == View::Mode::noCamera ? noCameraWords_ : std::wstring());
-    }
-    const ModeSign sign = modeSign(view, settings_.language);
-    const bool signal = view.mode != View::Mode::noSignal;
-    std::wstring tag = view.mode == View::Mode::noCamera       ? std::wstring()
-                       : view.mode == View::Mode::oldRecording ? view.source
-                                                               : sign.words;
-    if (!tag.empty() && view.showTime && !view.timeOfDay.empty()) {
-        tag += L"   " + (view.held ? view.timeOfDay : view.timeOfDay.substr(0, 8));
-    }
-    if (view.held && view.field != Field::both) {
-        tag +=
-            L"   " + text(Text::windowField, settings_.language, {view.field == Field::first ? L"1" : L"2"});
-    }
-    if (!tag.empty() && picture_.zoomFactor() > 1.0) {
-        const double factor = std::round(picture_.zoomFactor() * 10.0) / 10.0;
-        tag += L"   " + text(Text::windowZoom, settings_.language, {numberText(factor, settings_.language)});
-    }
-    picture_.setTag(tag, signal ? sign.colour : colour::raised);
-    // In full screen there is no status bar.
-    const bool records = fullScreen_ && view.recording >= View::Recording::recording;
-    picture_.setCorner(records ? recordingWords(view) : std::wstring(), recordingColour(view));
-    // What the sign says already stands above.
-    std::wstring since = view.noSignalText;
-    if (since.starts_with(sign.words + L" ")) {
-        since.erase(0, sign.words.size() + 1);
-    }
-    picture_.setAlarm(signal ? std::wstring() : sign.words, signal ? std::wstring() : since, colour::alarm);
-    const dvAspect aspect = sound_.aspect();
-    picture_.setAspect(static_cast<int>(aspect.width), static_cast<int>(aspect.height));
-}
-
-/// Has stills, sound and output show what the engine shows.
-void ReplayWindow::followPicture() {
-    const View& view = session_->view();
-    sound_.setMuted(view.mute || view.held || view.speed != 1.0);
-    if (view.frame == noFrame || (view.file.empty() && !view.inRing)) {
-        sound_.pause();
-        output_.followNothing();
-        picture_.setStill({}, Field::both);
-        return;
-    }
-    const FrameAddress address = {view.file, view.frame};
-    sound_.follow(address, !view.held && view.speed == 1.0);
-    if (output_.opened()) {
-        output_.follow(address, view.held ? view.field : Field::both);
-    }
-    const bool wanted = view.held && view.field != Field::both;
-    if (!wanted) {
-        stillThere_ = false;
-        still_ = {};
-        picture_.setStill({}, Field::both);
-        return;
-    }
-    if (!(still_ == address)) {
-        still_ = address;
-        pictures_->wish(PictureUse::still, address);
-    }
-    if (stillThere_ && stillField_ != view.field) {
-        stillField_ = view.field;
-        picture_.setStill({stillPicture_.pixels.data(), static_cast<int>(stillPicture_.width),
-                           static_cast<int>(stillPicture_.height)},
-                          stillField_);
-    }
+    const std::wstring empty = looking_                            ? words(Text::windowLooking)
+                               : view.mode == View::Mode::noCamera ? noCameraWords_
+                                                                   : std::wstring();
+    show_->update(view, settings_.language, empty, fullScreen_.on(), *pictures_);
 }
 
 void ReplayWindow::takePictures() {
@@ -703,14 +619,7 @@ void ReplayWindow::takePictures() {
             hover_.setPicture(std::move(result.picture));
             break;
         default:
-            if (result.address == still_ && result.picture.width != 0) {
-                stillPicture_ = std::move(result.picture);
-                stillThere_ = true;
-                stillField_ = session_->view().field;
-                picture_.setStill({stillPicture_.pixels.data(), static_cast<int>(stillPicture_.width),
-                                   static_cast<int>(stillPicture_.height)},
-                                  stillField_);
-            }
+            show_->takeStill(std::move(result), session_->view());
             break;
         }
     }
@@ -771,40 +680,23 @@ void ReplayWindow::wheel(WPARAM wParam, LPARAM lParam) {
 }
 
 void ReplayWindow::setFullScreen(bool on) {
-    if (on == fullScreen_) {
-        return;
-    }
-    fullScreen_ = on;
     hover_.show(false);
-    const LONG style = GetWindowLongW(handle(), GWL_STYLE);
     if (on) {
-        beforeFullScreen_.length = sizeof beforeFullScreen_;
-        GetWindowPlacement(handle(), &beforeFullScreen_);
-        MONITORINFO info = {};
-        info.cbSize = sizeof info;
-        GetMonitorInfoW(MonitorFromWindow(handle(), MONITOR_DEFAULTTONEAREST), &info);
-        HMENU menu = GetMenu(handle());
-        SetMenu(handle(), nullptr);
-        DestroyMenu(menu);
-        SetWindowLongW(handle(), GWL_STYLE, style & ~WS_OVERLAPPEDWINDOW);
-        const RECT& r = info.rcMonitor;
-        SetWindowPos(handle(), HWND_TOP, r.left, r.top, r.right - r.left, r.bottom - r.top, SWP_FRAMECHANGED);
+        fullScreen_.enter(handle());
     } else {
-        SetWindowLongW(handle(), GWL_STYLE, style | WS_OVERLAPPEDWINDOW);
-        SetMenu(handle(), menu_.build(settings_));
-        SetWindowPlacement(handle(), &beforeFullScreen_);
-        SetWindowPos(handle(), nullptr, 0, 0, 0, 0,
-                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+        fullScreen_.leave(handle());
     }
     layOut();
 }
 
 void ReplayWindow::toggleOutput() {
-    if (output_.opened()) {
-        output_.close();
-    } else if (!output_.open(handle(), settings_.outputMonitor)) {
+    OutputWindow& output = show_->output();
+    if (output.opened()) {
+        output.close();
+    } else if (!output.open(handle(), settings_.outputMonitor)) {
         session_->tell(words(Text::windowOutputFailed), true);
     }
+    tellOfMonitor();
     SetForegroundWindow(handle());
     SetFocus(handle());
 }
@@ -817,7 +709,7 @@ void ReplayWindow::layOut() {
             window.show(shown);
         }
     };
-    const bool all = !fullScreen_;
+    const bool all = !fullScreen_.on();
     const bool message = all || !message_.empty();
     put(message_, message ? rest.takeBottom(fonts_.scaled(messageHeight)) : Area(), message);
     put(status_, all ? rest.takeBottom(fonts_.scaled(statusHeight)) : Area(), all);

@@ -7,14 +7,12 @@
 #include "app/system_disk.h"
 #include "app/window/clip_panel.h"
 #include "app/window/file_recordings.h"
+#include "app/window/full_screen.h"
 #include "app/window/hover_view.h"
-#include "app/window/level_meter.h"
 #include "app/window/main_menu.h"
 #include "app/window/message_bar.h"
-#include "app/window/output_window.h"
-#include "app/window/picture_panel.h"
+#include "app/window/picture_show.h"
 #include "app/window/remote_port.h"
-#include "app/window/sound_follower.h"
 #include "app/window/status_bar.h"
 #include "app/window/timeline_panel.h"
 #include "app/window/transport_bar.h"
@@ -51,6 +49,10 @@ private:
     void keepSettings();
     void useSettings(bool menus);
     Settings forSession() const;
+    void setEngine();
+    void tellFindings();
+    void tellOfCamera();
+    void tellOfMonitor();
     void showLooking();
     void findCameraWords();
     void openFile(const std::wstring& file);
@@ -58,7 +60,6 @@ private:
     bool takeKey(const MSG& message);
     void perform(Command command, const std::wstring& argument = {});
     void performHere(Command command, const std::wstring& argument);
-    void askForFile();
     void exportChosen(const std::wstring& argument);
     void exportAll(const std::wstring& argument);
     bool addExport(const Clip& clip, const std::wstring& target);
@@ -67,8 +68,6 @@ private:
 
     void tick();
     void refresh();
-    void refreshPicture();
-    void followPicture();
     void takePictures();
     void tellEndedJobs();
     void hover(std::optional<std::uint64_t> place, int x);
@@ -80,8 +79,9 @@ private:
     SystemDisk disk_;
     FileRecordings recordings_;
     std::wstring settingsFile_;
-    Settings settings_; ///< as the file has them
-    std::vector<std::wstring> findings_;
+    Settings settings_;                  ///< as the file has them
+    std::vector<std::wstring> findings_; ///< what is wrong in the settings file
+    std::wstring portFinding_;           ///< why nobody can be heard; empty: all is well
     Fonts fonts_{96};
     std::unique_ptr<MarvoEngine> engine_;
     std::unique_ptr<Session> session_;
@@ -96,18 +96,12 @@ private:
     StatusBar status_;
     MessageBar message_;
     HoverView hover_;
-    OutputWindow output_;
-    SoundFollower sound_;
+    std::unique_ptr<PictureShow> show_;
     std::unique_ptr<RemotePort> remote_;
     std::deque<std::pair<Command, std::wstring>> wishes_; ///< of remote hands, for the window
     bool looking_ = false;
     std::wstring noCameraWords_;
-    bool fullScreen_ = false;
-    WINDOWPLACEMENT beforeFullScreen_ = {};
-    FrameAddress still_; ///< the one wished for or shown
-    dvPicture stillPicture_;
-    bool stillThere_ = false;
-    Field stillField_ = Field::both;
+    FullScreen fullScreen_;
     int wheelRest_ = 0;
 };
 

@@ -39,7 +39,6 @@ constexpr int height = 640;
 constexpr int labelWidth = 250;
 constexpr int rowHeight = 36;
 constexpr int firstRow = 64;
-constexpr int mostMonitors = 4;
 
 /// The keys that only change what others mean.
 bool isModifier(int key) {
@@ -82,7 +81,8 @@ void SettingsDialog::addRows() {
     const int cameraChosen = settings_.camera.empty() ? 0 : static_cast<int>(chosen - cameras_.begin()) + 1;
     const std::vector<std::wstring> noYes = {words(Text::windowNo), words(Text::windowYes)};
     std::vector<std::wstring> monitors = {words(Text::windowOtherMonitor)};
-    for (int i = 1; i <= mostMonitors; ++i) {
+    // One that is not plugged in now stays what it is, too.
+    for (int i = 1; i <= std::max(GetSystemMetrics(SM_CMONITORS), settings_.outputMonitor); ++i) {
         monitors.push_back(std::to_wstring(i));
     }
 
@@ -113,8 +113,7 @@ void SettingsDialog::addRows() {
     choice(Text::windowSettingDeinterlace, deinterlace, noYes, settings_.deinterlace ? 1 : 0);
     choice(Text::windowSettingBackToLive, backToLive, noYes, settings_.backToLive ? 1 : 0);
     choice(Text::windowSettingMute, mute, noYes, settings_.mute ? 1 : 0);
-    choice(Text::windowSettingMonitor, monitor, monitors,
-           std::clamp(settings_.outputMonitor, 0, mostMonitors));
+    choice(Text::windowSettingMonitor, monitor, monitors, settings_.outputMonitor);
     choice(Text::windowSettingLanguage, language, {L"English", L"Deutsch"},
            settings_.language == Language::german ? 1 : 0);
     edit(Text::windowSettingPort, port, std::to_wstring(settings_.port), narrow);

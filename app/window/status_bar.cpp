@@ -24,12 +24,14 @@ ModeSign modeSign(const View& view, Language language) {
 }
 
 std::wstring recordingWords(const View& view) {
-    if (view.recording != View::Recording::recording) {
+    if (view.recording < View::Recording::recording) {
         return view.recordingText;
     }
+    // The name stands below in small letters.
     const std::wstring name = nameOf(view.recordingFile);
     const size_t named = name.empty() ? std::wstring::npos : view.recordingText.find(name);
-    return std::wstring(L"\x25CF ") + view.recordingText.substr(0, named);
+    const std::wstring words = view.recordingText.substr(0, named);
+    return view.recording == View::Recording::recording ? L"\x25CF " + words : words;
 }
 
 COLORREF recordingColour(const View& view) {
@@ -45,12 +47,11 @@ COLORREF recordingColour(const View& view) {
 
 void StatusBar::update(const View& view, Language language) {
     const ModeSign sign = modeSign(view, language);
-    const bool old = view.mode == View::Mode::oldRecording;
     Cells now;
-    now.mode = {sign.words, old ? view.source : nameOf(view.file), sign.colour};
+    now.mode = {sign.words, nameOf(view.file), sign.colour};
     const std::wstring time = view.held ? view.timeOfDay : view.timeOfDay.substr(0, 8);
     now.time = {time.empty() ? view.position : time, time.empty() ? std::wstring() : view.position};
-    now.speed = {view.speedText, view.playModeText};
+    now.speed = {view.speedText, view.speedText.empty() ? std::wstring() : view.playModeText};
     const bool on =
         view.recording == View::Recording::recording || view.recording == View::Recording::failing;
     now.recording = {recordingWords(view), on ? nameOf(view.recordingFile) : std::wstring(),

@@ -3,12 +3,18 @@
 #pragma once
 
 #include "app/view.h"
-#include "app/window/png_file.h"
 #include "app/window/window.h"
 
 #include <vector>
 
 namespace app {
+
+/// A picture in memory, rows from the top, four bytes a pixel: blue, green, red, and one unused.
+struct PixelView {
+    const void* pixels = nullptr;
+    int width = 0;
+    int height = 0;
+};
 
 /// Draws the lines of a picture into an area.
 void drawPicture(HDC context, const PixelView& picture, Field field, const Area& area);

@@ -153,12 +153,15 @@ void TimelinePanel::paintClips(Canvas& canvas, const Area& lane) {
 
 void TimelinePanel::paintTimes(Canvas& canvas, const Area& lane) {
     const int every = canvas.scaled(timeEvery_px);
+    const auto timeAt_ms = [this](int x) { return session_->reel().timeOfDay_ms(timeline_.place(x)); };
+    // Enlarged so far that times would repeat, or on a line of few seconds.
+    const bool fraction = timeAt_ms(every) - timeAt_ms(0) < 2000;
     for (int x = 0; x + every / 2 < lane.width(); x += every) {
-        const std::int64_t time_ms = session_->reel().timeOfDay_ms(timeline_.place(x));
+        const std::int64_t time_ms = timeAt_ms(x);
         canvas.fill({lane.left + x, lane.top, lane.left + x + 1, lane.top + canvas.scaled(6)}, colour::line);
         if (time_ms != 0) {
             canvas.text({lane.left + x + canvas.scaled(4), lane.top, lane.left + x + every, lane.bottom},
-                        timeOfDayText(time_ms, false), Writing::small, colour::faint);
+                        timeOfDayText(time_ms, fraction), Writing::small, colour::faint);
         }
     }
 }

@@ -74,6 +74,10 @@ MARVO_TEXT(windowTargetIsSource, L"{0} is the recording itself; choose another n
 MARVO_TEXT(windowNoSound, L"No sound can be heard: {0}.", L"Es ist kein Ton zu hören: {0}.")
 MARVO_TEXT(windowOutputFailed, L"The output window could not be opened.",
            L"Das Ausgabefenster konnte nicht geöffnet werden.")
+MARVO_TEXT(windowNoMonitor, L"There is no monitor {0}, only {1}: the output is where there is room.",
+           L"Es gibt keinen Monitor {0}, nur {1}: Die Ausgabe ist dort, wo Platz ist.")
+MARVO_TEXT(windowOtherCamera, L"{0} is not there: this is {1}.", L"{0} ist nicht da: Das ist {1}.")
+MARVO_TEXT(windowPortInUse, L"another program has it", L"ein anderes Programm hat ihn")
 MARVO_TEXT(windowPortTaken, L"Port {0} cannot be used for remote hands: {1}.",
            L"Der Port {0} ist für die Fernbedienung nicht zu haben: {1}.")
 MARVO_TEXT(windowSettingsLater, L"Camera, frames in memory and deinterlacing count from the next start.",

@@ -16,4 +16,10 @@ struct dvPicture {
     unsigned aspectDenominator = 3; ///< see there
     /// 4 bytes for each pixel (blue, green, red, unused), the top line first, without gaps.
     std::vector<unsigned char> pixels;
+
+    /// How wide a pixel is to be shown, where its height is 1. Of a picture that is there only.
+    double pixelAspect() const {
+        return static_cast<double>(aspectNumerator) * height /
+               (static_cast<double>(aspectDenominator) * width);
+    }
 };

@@ -1,5 +1,6 @@
 #include "app/jobs.h"
 #include "app/key_map.h"
+#include "app/output_place.h"
 #include "app/recording_name.h"
 #include "app/rolling_file.h"
 #include "app/timeline.h"
@@ -211,6 +212,8 @@ TEST(ClipFile, KeepsEveryLine) {
     EXPECT_TRUE(ClipFile::read(disk, L"c.avi", Language::english).refused);
     disk.refused.clear();
     EXPECT_TRUE(ClipFile::write(disk, L"c.avi", {}, {}, why) && !disk.exists(L"c.avi.clips"));
+    EXPECT_EQ(ClipFile::fileWord(L"1:0 \"goal\"?. ") + ClipFile::fileWord(L"..."), L"1_0 _goal__clip");
+    EXPECT_EQ(ClipFile::fileWord(std::wstring(300, L'x')).size(), 100u);
 }
 
 TEST(Settings, ComeBackAndNameNonsense) {
@@ -281,9 +284,21 @@ TEST(Names, AreNeverThoseOfFilesThatAreThere) {
     EXPECT_TRUE(rolling.exists(made[1]) && rolling.exists(made[3]) && rolling.exists(made[4]) &&
                 rolling.content.size() == 5);
     rolling.refused = {L"D:\\r\\rolling"};
-    EXPECT_TRUE(files.next(time, why).empty() && why == L"refused");
+    EXPECT_TRUE(files.next(time, why).empty() && why == L"D:\\r\\rolling: refused");
     EXPECT_TRUE(!RollingFile::due(999, 1000, false) && RollingFile::due(1000, 1000, false) &&
                 !RollingFile::due(2999, 1000, true));
+}
+
+TEST(OutputPlace, IsWhereTheOperatorIsNot) {
+    const struct {
+        std::size_t monitors, operators;
+        int wanted, place; ///< place -1: an ordinary window
+    } cases[] = {{1, 0, 0, -1}, {1, 0, 5, -1}, {2, 0, 0, 1}, {2, 1, 0, 0}, {2, 0, 1, -1}, {2, 0, 2, 1},
+                 {2, 0, 7, 1},  {2, 1, 7, 0},  {3, 2, 2, 1}, {3, 0, 3, 2}, {0, 0, 1, -1}, {2, 0, -1, 1}};
+    for (const auto& one : cases) {
+        const auto place = outputMonitor(one.monitors, one.operators, one.wanted);
+        EXPECT_EQ(place ? static_cast<int>(*place) : -1, one.place) << one.monitors << ' ' << one.wanted;
+    }
 }
 
 TEST(Jobs, RunOneByOneAndCanBeCancelled) {

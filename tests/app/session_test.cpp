@@ -195,6 +195,12 @@ TEST(Session, RecordsIntoNewFilesAndStopsOnlyWhenAskedTwice) {
     EXPECT_TRUE(evening.view().recording == View::Recording::rolling && evening.engine.faults.empty());
     EXPECT_EQ(evening.act(Command::stop), Outcome::told);
     EXPECT_EQ(evening.disk.content[L"C:\\rec\\2026-11-21 19-30-02.avi"], "yesterday's");
+    evening.act(Command::record);
+    evening.disk.content.erase(evening.engine.recordFile()); // by another program
+    evening.act(Command::stop);
+    evening.engine.stopsAllowed = 1;
+    evening.act(Command::stop);
+    EXPECT_TRUE(evening.saw(Text::toldStoppedGone)) << utf8(evening.message());
     evening.act(Command::quit);
     evening.act(Command::quit);
     EXPECT_TRUE(evening.view().quit);
@@ -296,7 +302,7 @@ TEST(Session, SaysWhoseMaterialItShows) {
     Evening evening;
     evening.run(100);
     EXPECT_EQ(evening.session->open(L"C:\\none.avi"), Outcome::told);
-    EXPECT_EQ(evening.message(), L"C:\\none.avi cannot be opened: there is no such file.");
+    EXPECT_EQ(evening.message(), L"Nothing was opened: there is no such file.");
     EXPECT_EQ(evening.session->open(evening.oldFile(L"C:\\one.avi", 1, 0)), Outcome::told);
     evening.recordings.frameBytes = 120000;
     EXPECT_EQ(evening.session->open(evening.oldFile(L"C:\\o.avi", 40, -100)), Outcome::told);
@@ -304,7 +310,8 @@ TEST(Session, SaysWhoseMaterialItShows) {
     evening.disk.content[L"C:\\o.avi.clips"] =
         "marvo clips 1: o.avi\n3\t9\t-\tx\nnonsense\n50\t60\t-\tbehind the end\n";
     EXPECT_TRUE(evening.session->open(L"C:\\o.avi") == Outcome::done &&
-                evening.message().find(L"Line 3 ") == 0);
+                evening.message().find(L"Line 3 ") == 0 &&
+                evening.message().find(L"(and 1 more)") != std::wstring::npos);
     EXPECT_TRUE(evening.view().clips.size() == 2 && evening.view().clips[1].gone &&
                 !evening.view().line.liveEdge);
     EXPECT_TRUE(evening.act(Command::playClip, L"2") == Outcome::told &&
@@ -324,6 +331,7 @@ TEST(Session, SaysWhoseMaterialItShows) {
     EXPECT_EQ(evening.session->open(evening.session->settings().recent[0]), Outcome::done);
     EXPECT_TRUE(evening.act(Command::clipOfLast10) == Outcome::done && !evening.view().alarms.empty());
     EXPECT_EQ(evening.disk.content[L"C:\\o.avi.clips"], others);
+    EXPECT_EQ(evening.view().alarms[0].text.find(L".."), std::wstring::npos);
     EXPECT_EQ(evening.session->open(evening.engine.recordFile()), Outcome::done);
     EXPECT_TRUE(evening.saw(Text::toldOfThisEvening));
     EXPECT_TRUE(evening.view().mode != Mode::oldRecording && evening.view().clips.empty());

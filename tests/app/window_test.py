@@ -35,6 +35,9 @@ class Replay:
         self.process = subprocess.Popen(scripted_tests.command("marvo-replay", *arguments), cwd=folder,
                                         env=environment, stdin=subprocess.DEVNULL, stdout=self.output,
                                         stderr=subprocess.STDOUT)
+        self.connection = None
+        if values["port"] != self.port:
+            return
         self.connection = self.await_(self._connect, "the remote port")
         # The port is open before the camera is; until that is found, nobody answers.
         self.connection.settimeout(60)
@@ -76,7 +79,8 @@ class Replay:
         if self.process.poll() is None:
             self.process.terminate()
         self.process.wait(20)
-        self.connection.close()
+        if self.connection:
+            self.connection.close()
         self.output.close()
 
 
@@ -148,8 +152,15 @@ class Window(unittest.TestCase):
 
     def test_trouble_is_told(self):
         # The camera is gone for a while; a setting makes no sense; a stranger comes to the port.
-        replay = self.start(camera="stream = pal.dv\nlose = 100:2500", delay="soon")
+        replay = self.start(camera="stream = pal.dv\nlose = 100:2500", delay="soon", monitor=7)
         self.assertIn("soon", replay.until(lambda now: now["message"])["message"])
+        # The port is taken by then for another one, which says so and goes on.
+        (self.folder / "other").mkdir()
+        other = Replay(self.folder / "other", port=replay.port)
+        self.addCleanup(other.close)
+        for command in range(2):
+            self.assertTrue(replay.say("output-window")["ok"])
+            replay.until(lambda now: "no monitor 7" in now["message"] or command)
         with socket.create_connection(("127.0.0.1", replay.port)) as stranger:
             stranger.sendall(b"wrong\nrecord\n")
             self.assertEqual(stranger.makefile().read().count("\n"), 1)
@@ -158,6 +169,9 @@ class Window(unittest.TestCase):
         self.assertGreater(lost["noSignal_ms"], 0)
         back = replay.until(lambda now: now["mode"] == "live")
         self.assertEqual(back["recordingFile"], lost["recordingFile"])
+        log = self.folder / "other" / "marvo.log"
+        other.await_(lambda: log.exists() and f"Port {replay.port} cannot" in log.read_text(), "the log")
+        other.await_(lambda: list((log.parent / "recordings" / "rolling").glob("*.avi")), "the log's file")
         # An old recording says whose it is, and the window takes what is dropped or given by name.
         old = self.folder / "old match.dv"
         shutil.copy(scripted_tests.STREAMS / "pal.dv", old)
