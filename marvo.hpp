@@ -24,16 +24,16 @@
 
 namespace marvo {
 
-using status_info = marvo_status_info;
-using play_info = marvo_play_info;
-using event = marvo_event;
-using frame_info = marvo_frame_info;
-using sound_info = marvo_sound_info;
-using picture_info = marvo_picture_info;
-using recording_info = marvo_recording_info;
-using setting_info = marvo_setting_info;
-using verify_result = marvo_verify_result;
-using copy_result = marvo_copy_result;
+using status_info = marvo_status_info;       ///< the whole state of the engine
+using play_info = marvo_play_info;           ///< where play is
+using event = marvo_event;                   ///< what has happened
+using frame_info = marvo_frame_info;         ///< what a frame is
+using sound_info = marvo_sound_info;         ///< the sound of a frame
+using picture_info = marvo_picture_info;     ///< a picture
+using recording_info = marvo_recording_info; ///< what a recording is
+using setting_info = marvo_setting_info;     ///< what there is to know of a setting
+using verify_result = marvo_verify_result;   ///< what a verification found
+using copy_result = marvo_copy_result;       ///< what came of a copy
 
 /// A result of the library that is not MARVO_OK, with its sentence for people.
 class error : public std::runtime_error {
@@ -69,6 +69,7 @@ public:
     template <class Container, class Element = decltype(*std::declval<const Container&>().data())>
     bytes(const Container& container) : data_(container.data()), size_(container.size() * sizeof(Element)) {}
 
+    /// Where it begins.
     const void* data() const noexcept { return data_; }
 
     /// The size as the library takes it; throws for one that no frame has.
@@ -167,7 +168,9 @@ private:
 class subscription {
 public:
     subscription() = default;
+    /// Takes the other one's over.
     subscription(subscription&& other) noexcept { swap(other); }
+    /// Ends its own and takes the other one's over.
     subscription& operator=(subscription&& other) noexcept {
         subscription taken(std::move(other));
         swap(taken);
@@ -381,7 +384,9 @@ public:
     engine(void* window, marvo_u64 from, marvo_u64 to, const std::string& file) {
         check(marvo_play_init(window, from, to, file.c_str()));
     }
+    /// Takes the engine over.
     engine(engine&& other) noexcept : built_(std::exchange(other.built_, false)) {}
+    /// Exchanges the two.
     engine& operator=(engine&& other) noexcept {
         std::swap(built_, other.built_);
         return *this;
@@ -398,9 +403,13 @@ public:
         built_ = false;
         check(marvo_done());
     }
+    /// Shows the picture in `window`, a HWND.
     void show(void* window) { check(marvo_show(window)); }
+    /// Takes the picture out of its window.
     void hide() { check(marvo_hide()); }
+    /// The picture's size in pixels.
     void setVideoSize(int width, int height) { check(marvo_set_video_size(width, height)); }
+    /// The picture's position in its window in pixels.
     void setVideoPos(int x, int y) { check(marvo_set_video_pos(x, y)); }
     /// To be called at WM_DESTROY of the window that the picture is in.
     void windowDestroyed() { check(marvo_window_destroyed()); }
@@ -411,20 +420,20 @@ private:
 
 /// A frame and what it is.
 struct frame {
-    std::vector<unsigned char> data;
-    frame_info info = detail::sized<frame_info>();
+    std::vector<unsigned char> data;               ///< its bytes
+    frame_info info = detail::sized<frame_info>(); ///< what it is
 };
 
 /// Interleaved 16-bit samples of all channels.
 struct sound {
-    std::vector<short> samples;
-    sound_info info = detail::sized<sound_info>();
+    std::vector<short> samples;                    ///< one of each channel, then the next of each
+    sound_info info = detail::sized<sound_info>(); ///< what it is
 };
 
 /// Pixels of 4 bytes (blue, green, red, 255), the top line first.
 struct picture {
-    std::vector<unsigned char> pixels;
-    picture_info info = detail::sized<picture_info>();
+    std::vector<unsigned char> pixels;                 ///< line by line
+    picture_info info = detail::sized<picture_info>(); ///< its sides
 };
 
 namespace detail {
@@ -523,12 +532,14 @@ private:
 /// A recording that is read: raw, AVI or DV stream; it may still grow.
 class reader {
 public:
+    /// Opens a recording of any kind.
     explicit reader(const std::string& file) {
         marvo_reader* made = nullptr;
         check(marvo_reader_open(file.c_str(), &made));
         handle_.reset(made);
     }
 
+    /// What it is.
     recording_info info() const {
         auto info = detail::sized<recording_info>();
         check(marvo_reader_info(handle_.get(), &info));
@@ -547,6 +558,7 @@ public:
             return marvo_reader_read(handle_.get(), number, buffer, capacity, info);
         });
     }
+    /// Frame `number`.
     frame read(marvo_u64 number) {
         frame read_;
         read(number, read_);

@@ -126,9 +126,10 @@ step "done"
 if ((total_passed + total_failed == 0)); then
     say "test.sh: no test ran${filter:+: nothing matches $filter}. That counts as a failure."
 fi
-# Which compilers, standards, orders and flags the public header has been compiled with.
+# Which compilers, standards, orders and flags the public header has been compiled with; what became of the
+# documentation's samples.
 for target in "${targets[@]}"; do
-    find "build/$target/results" -name consumer.txt -exec cat '{}' +
+    find "build/$target/results" \( -name consumer.txt -o -name samples.txt \) -exec cat '{}' +
 done
 ((${#second_chance[@]} == 0)) || printf 'passed when run again alone: %s\n' "${second_chance[@]}"
 printf '%s\n' "${summary[@]}" "$total_passed passed, $total_failed failed"

@@ -66,7 +66,12 @@ Outcome ClipCommands::perform(Command command, const std::wstring& argument) {
 }
 
 Outcome ClipCommands::markIn() {
-    const std::optional<std::uint64_t> place = stage_.player.place();
+    const Reel& evening = stage_.evening;
+    std::optional<std::uint64_t> place = stage_.player.place();
+    // A recording that has just begun has no frame yet: its first is meant, not the last of the file before.
+    if (stage_.player.show() == Player::Show::live && !evening.segments().empty() && evening.last().growing) {
+        place = std::max(place.value_or(0), evening.last().start);
+    }
     if (!place) {
         return stage_.report(Player::Result::nothing);
     }

@@ -1,7 +1,7 @@
 #!/bin/bash
-# first_evening.sh: what a new user tries first and must not go wrong, played on marvo-replay by keys and mouse:
-# Record while it records, a step long after the hold, an older file, full screen, a lost camera, a full disk.
-# Needs a build (marvo-replay, marvo-devices). Leaves a screenshot of each, and session.json, in
+# first_evening.sh: what a new user tries first and must not go wrong, played on marvo-replay by keys and
+# mouse: Record while it records, a step long after the hold, an older file, full screen, a lost camera, a
+# full disk. Needs a build (marvo-replay, marvo-devices). Leaves a screenshot of each, and session.json, in
 # out/first-evening/ and out/first-evening-full/.
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"

@@ -1,29 +1,21 @@
 #!/bin/bash
-# make_docs.sh DIR: makes the reference of everything that marvo.h offers, and the written documentation, as
-# web pages
-# in DIR. Fails with Doxygen's words when a public class or member has no comment.
+# make_docs.sh DIR: makes the documentation's site in DIR/html: the written pages, and the reference of
+# everything that marvo.h, marvo.hpp and marvo_c.h offer. Fails with Doxygen's words when something public has
+# no comment, and when a link leads nowhere (scripts/check_site.py).
 set -euo pipefail
 . "${BASH_SOURCE[0]%/*}/common.sh"
-
-# Prints a header and every one of ours that it includes, each once.
-declare -A seen=()
-list_headers() {
-    [[ -z ${seen[$1]:-} && -f $1 ]] || return 0
-    seen[$1]=1
-    printf '%s\n' "$1"
-    local header
-    while IFS= read -r header; do
-        list_headers "$header"
-    done < <(sed -nE 's/^#include "([^"]+)".*/\1/p' "$1")
-}
 
 [[ -n ${1:-} ]] || die "say where the pages shall go."
 mkdir -p "$1"
 MARVO_DOCS=$(cd -P "$1" && pwd -P)
 cd "$root"
-list_headers marvo.h >"$MARVO_DOCS/headers.txt"
-MARVO_DOC_HEADERS=$(tr '\n' ' ' <"$MARVO_DOCS/headers.txt")
-export MARVO_DOCS MARVO_DOC_HEADERS
 # Links to a page that is gone would still seem to work.
-rm -rf "$MARVO_DOCS/html"
+rm -rf "$MARVO_DOCS/html" "$MARVO_DOCS/input"
+python3 -B scripts/prepare_docs.py "$MARVO_DOCS/input"
+MARVO_VERSION=$(sed -nE 's/^.*version(Major|Minor|Patch) = ([0-9]+);.*/\2/p' marvo/version.h | paste -sd.)
+export MARVO_DOCS MARVO_VERSION
 doxygen docs/Doxyfile >&2
+# Shown by the pages, or linked.
+cp "$MARVO_DOCS"/input/pictures/* "$MARVO_DOCS/html/"
+python3 -B scripts/finish_docs.py "$MARVO_DOCS/html"
+python3 -B scripts/check_site.py "$MARVO_DOCS/html"

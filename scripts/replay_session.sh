@@ -1,16 +1,16 @@
 # For scripts that play the operator of marvo-replay (sourced behind common.sh, not run).
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154 # $root and $wine_dir are common.sh's
 
 # Sets $display to the invisible display, which is started when it does not run.
 choose_invisible_display() {
     display_runs || "$root/scripts/display.sh"
     display_runs || die "the invisible display ended at once; $wine_dir/display.log tells why."
-    # shellcheck disable=SC2034,SC2154 # for the caller; display_runs sets the number
+    # shellcheck disable=SC2034 # for the caller; display_runs sets the number
     display=:$display_number
 }
 
-# prepare_camera FOLDER LINES: makes the folder anew, with a camera that plays FOLDER/source.dv and does what the
-# lines say.
+# prepare_camera FOLDER LINES: makes the folder anew, with a camera that plays FOLDER/source.dv and does what
+# the lines say.
 prepare_camera() {
     rm -rf "${1:?}"
     mkdir -p "$1"
@@ -18,8 +18,8 @@ prepare_camera() {
     printf 'stream = source.dv\nlog = camera.log\n%s' "$2" >"$1/camera.txt"
 }
 
-# start_replay FOLDER SECONDS [COMMAND...]: starts marvo-replay with the folder's camera, in it, for so long at
-# the most, with COMMAND in front; demo_session.py finds its remote port in the settings. Its process is in
+# start_replay FOLDER SECONDS [COMMAND...]: starts marvo-replay with the folder's camera, in it, for so long
+# at the most, with COMMAND in front; demo_session.py finds its remote port in the settings. Its process is in
 # $replay.
 start_replay() {
     local folder=$1 seconds=$2 inner

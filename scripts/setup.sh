@@ -12,7 +12,7 @@ packages=(
     # For the analysis of locks.
     clang
     wine wine64 libc6-i386 xvfb libgl1 libgl1-mesa-dri fonts-dejavu-core
-    ffmpeg imagemagick python3 doxygen
+    ffmpeg imagemagick python3 doxygen doxygen-awesome-css
     # Keys and mouse for the tests of the window.
     xdotool
     # The second compiler: marvo.h must suit it, too. llvm makes the library for Microsoft's linker, and lld

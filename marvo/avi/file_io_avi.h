@@ -20,7 +20,7 @@ class MARVO_API FileIOAVI {
 public:
     /// What operations return.
     enum Code : int {
-        Ok = 0,
+        Ok = 0,                ///< nothing has failed
         ShortWrite = 6,        ///< the system took less than was to be written
         WriteFailed = 9,       ///< the system refused a write
         IndexFileNotOpen = 13, ///< the file cannot be opened for reading its index

@@ -34,10 +34,10 @@ class MARVO_API str {
 public:
     /// The bits of the `flags` of a constructor.
     enum flagBits : int {
-        narrowStale = 1, ///< the wide text changed since the narrow copy was made
-        growable = 2,    ///< the buffer may be reallocated; else the capacity is fixed
-        keepNarrow = 4,  ///< the narrow copy is allocated at construction
-        defaultFlags = growable | narrowStale
+        narrowStale = 1,                      ///< the wide text changed since the narrow copy was made
+        growable = 2,                         ///< the buffer may be reallocated; else the capacity is fixed
+        keepNarrow = 4,                       ///< the narrow copy is allocated at construction
+        defaultFlags = growable | narrowStale ///< what a text begins with
     };
 
     /// Stands for "up to the end of the text" where a count is asked for.

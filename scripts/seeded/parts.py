@@ -24,6 +24,7 @@ SEEN_BY = {
     "recording": [*_ABOVE_READERS, "replay", "interop.own", "interop.faults", "frontend", "system"],
     "replay": ["replay", "replay.guard", "frontend", "system"],
     "frontend": ["frontend", "frontend.guard", "system"],
+    "flat": ["flat", "flat.guard"],
     "tools": ["dvrec", "mutation.guard", "interop.own", "interop.foreign"],
 }
 THREAD_SAFETY = "thread-safety"

@@ -1,5 +1,5 @@
 """The library as a host meets it: what `cmake --install` puts down, in every order with other headers, under
-every compiler, with flags that are not the library's own, found by CMake, linked as the README says.
+every compiler, with flags that are not the library's own, found by CMake.
 
 marvo.h alone is compiled by each compiler. Among the standard headers, behind headers of Windows that break
 others (`HARSH`), in both standards, and with a host's switches and macros it is compiled by one of them; the
@@ -15,7 +15,6 @@ import shutil
 import subprocess
 import unittest
 
-import extract_examples
 import scripted_tests
 from scripted_tests import PRESET, ROOT, TARGET
 
@@ -182,19 +181,6 @@ class Program(unittest.TestCase):
     def test_dvrec_tells_the_version_of_the_header(self):
         done = scripted_tests.run("dvrec", "--version")
         self.assertEqual((0, f"dvrec {self.version()}"), (done.returncode, done.stdout.decode().strip()))
-
-    def test_the_sample_of_the_readme_works_as_it_stands_there(self):
-        lines = (ROOT / "README.md").read_text(encoding="utf-8").split("\n")
-        (_, _, code), = extract_examples.examples(lines)
-        (_, _, commands), = extract_examples.examples(lines, "sh")
-        folder = FOLDER / "readme"
-        folder.mkdir()
-        (folder / "match.cpp").write_text("\n".join(code), encoding="utf-8")
-        text = "\n".join(commands).replace("i686-w64-mingw32", TRIPLET).replace("win32", PRESET)
-        output("bash", "-euc", text, cwd=folder,
-               env=scripted_tests.environment(marvo=str(ROOT), MARVO_TIMEOUT="60"))
-        # Two seconds at the very least, of 144000 bytes a frame.
-        self.assertGreater((folder / "match.dv").stat().st_size, 2 * 25 * 144000)
 
 
 def setUpModule():
