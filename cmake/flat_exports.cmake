@@ -35,9 +35,10 @@ if(MINGW)
     set(library ${MARVO_LIBRARY_DIR}/libmarvo_c.a)
     add_custom_command(OUTPUT ${library} DEPENDS ${marvo_BINARY_DIR}/marvo_c_import.def
         COMMAND ${CMAKE_COMMAND} -E make_directory ${MARVO_LIBRARY_DIR}
-        # The names of its temporary files get into the library.
-        COMMAND ${CMAKE_DLLTOOL} --kill-at --deterministic-libraries --temp-prefix marvo_c
-            --input-def ${marvo_BINARY_DIR}/marvo_c_import.def --output-lib ${library} VERBATIM)
+        # The names of its temporary files and its own path, as given, get into the library.
+        COMMAND ${CMAKE_COMMAND} -E chdir ${MARVO_LIBRARY_DIR} ${CMAKE_DLLTOOL} --kill-at
+            --deterministic-libraries --temp-prefix marvo_c
+            --input-def ${marvo_BINARY_DIR}/marvo_c_import.def --output-lib libmarvo_c.a VERBATIM)
     add_custom_target(marvo_c_library ALL DEPENDS ${library})
     add_library(marvo_c INTERFACE)
     target_link_libraries(marvo_c INTERFACE ${library})
